@@ -1,0 +1,210 @@
+// SPDX-License-Identifier: MIT
+#include "bayer/demosaic.h"
+
+#include <string.h>
+
+#include <algorithm>
+
+#include "arguments.h"
+#include "lum/lum.h"
+#include "simd/isa.h"
+
+namespace lum {
+namespace {
+
+// Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That keeps
+// the parity and so the colour.
+int64_t mirrored(int64_t i, int64_t n) {
+  const int64_t period = 2 * (n - 1);
+  const int64_t m = ((i % period) + period) % period;
+  return m < n ? m : period - m;
+}
+
+// Samples of row y from column `first` on, `count` of them, mirrored where the frame ends.
+void copy_row(uint8_t* to, const MosaicFrame& f, int64_t y, int64_t first, int64_t count) {
+  const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
+  const int64_t width = f.width;
+  const int64_t begin = std::clamp<int64_t>(-first, 0, count);
+  const int64_t end = std::clamp<int64_t>(width - first, begin, count);
+  for (int64_t i = 0; i < begin; ++i) to[i] = row[mirrored(first + i, width)];
+  memcpy(to + begin, row + first + begin, static_cast<size_t>(end - begin));
+  for (int64_t i = end; i < count; ++i) to[i] = row[mirrored(first + i, width)];
+}
+
+uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
+  const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
+  return f.dst + (size_t{y} * f.width + x) * pixel;
+}
+
+// Row y holds red and green, or blue and green; its own colour is at columns of this parity.
+bool is_red_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1) == 0; }
+uint32_t native_column(const MosaicFrame& f, uint32_t y) {
+  return (f.red.column + f.red.row + y) & 1;
+}
+
+// Bilinear needs three rows with one sample more on either side: copies of them stay in the
+// first-level cache, taken in strips whatever the width.
+void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
+  constexpr uint32_t kStrip = 4096;
+  constexpr uint32_t kBefore = 64;  // keeps the rows aligned; one sample is needed
+  constexpr ptrdiff_t kPitch = kBefore + kStrip + 2 * kPaddedBytes;
+  alignas(64) uint8_t rows[3][kPitch] = {};
+  const RowKernel kernel = kernels.at(Source::bilinear, f.sink);
+
+  for (uint32_t x = 0; x < f.width; x += kStrip) {
+    const uint32_t n = std::min(kStrip, f.width - x);
+    const auto fetch = [&](int64_t y) {
+      uint8_t* const row = rows[(y + 3) % 3];
+      copy_row(row + kBefore - 1, f, y, int64_t{x} - 1, int64_t{n} + 2);
+      return row + kBefore;
+    };
+    const uint8_t* up = fetch(-1);
+    const uint8_t* mid = fetch(0);
+    for (uint32_t y = 0; y < f.height; ++y) {
+      const uint8_t* const down = fetch(int64_t{y} + 1);
+      RowArgs args;
+      args.column = native_column(f, y);
+      args.above = up - mid;
+      args.below = down - mid;
+      args.own_is_blue = is_red_row(f, y) ? 0 : 1;
+      kernel(destination(f, x, y), mid, nullptr, n, args);
+      up = mid;
+      mid = down;
+    }
+  }
+}
+
+// Columns of a tile, margins and all, are a multiple of every level's vectors.
+constexpr int kTile = 240;
+constexpr int kTileWords = kTile + 2 * kTileMargin;
+static_assert(kTileWords % 32 == 0, "whole vectors of words");
+constexpr int kRowWords = kTileSlack + kTileWords + 3 * kTileSlack;
+constexpr ptrdiff_t kPlanePitch = kTile + 2 * kPaddedBytes;
+
+using WordRow = int16_t[kRowWords];
+
+// The last N rows of something, by row number from -N on.
+template <int N>
+struct Ring {
+  alignas(64) WordRow rows[N];
+  int16_t* operator[](int64_t y) { return rows[(y + N) % N] + kTileSlack; }
+};
+
+struct TileRows {
+  Ring<7> z, qh, ah3, av3;
+  Ring<3> pv;
+  alignas(64) WordRow qv, e, act, scratch, work[5];
+  alignas(64) uint8_t planes[3 * kPlanePitch];
+};
+
+// How far below the row that is written a mode's rows must be known.
+constexpr int kReach = 3;
+
+void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
+                  TileRows& rows) {
+  const DemosaicKernels& k = kernels.demosaic;
+  const bool directional = mode != DemosaicMode::yuv422;
+  const auto step = mode == DemosaicMode::lcaa    ? k.lcaa
+                    : mode == DemosaicMode::lcaav ? k.lcaav
+                                                  : k.yuv422;
+  const RowKernel write = kernels.at(Source::planes8, f.sink);
+  const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
+  // Whole vectors, and no more samples than the mirrored margin provides.
+  const size_t words = (n + 2 * kTileMargin + 31) / 32 * 32;
+
+  const auto add_samples = [&](int64_t y) {
+    uint8_t samples[kTileWords];
+    copy_row(samples, f, y, int64_t{x} - kTileMargin, static_cast<int64_t>(words));
+    k.widen(rows.z[y], samples, words);
+    if (directional) k.along_row(rows.z[y], rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
+  };
+  const auto add_columns = [&](int64_t y) {
+    const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1], rows.z[y + 2]};
+    k.down_column(z, rows.pv[y], rows.av3[y], rows.scratch + kTileSlack, words);
+  };
+
+  for (int64_t y = -kReach; y < kReach; ++y) add_samples(y);
+  if (directional) {
+    add_columns(-1);
+    add_columns(0);
+  }
+  DemosaicTile t = {};
+  t.qv = rows.qv + kTileSlack;
+  t.e = rows.e + kTileSlack;
+  t.act = rows.act + kTileSlack;
+  for (int i = 0; i < 5; ++i) t.work[i] = rows.work[i] + kTileSlack;
+  for (int i = 0; i < 3; ++i) t.planes[i] = rows.planes + i * kPlanePitch;
+  t.pixels = n;
+
+  for (int64_t y = 0; y < f.height; ++y) {
+    add_samples(y + kReach);
+    if (directional) {
+      add_columns(y + 1);
+      const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
+      const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
+      const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
+      k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
+                  words);
+    }
+    for (int i = 0; i < 7; ++i) {
+      t.z[i] = rows.z[y + i - 3];
+      t.qh[i] = rows.qh[y + i - 3];
+    }
+    t.native = native_column(f, static_cast<uint32_t>(y));
+    step(t);
+
+    // The own colour is red or blue: the planes are read forwards or backwards.
+    RowArgs args;
+    const bool red = is_red_row(f, static_cast<uint32_t>(y));
+    args.pitch = red ? kPlanePitch : -kPlanePitch;
+    write(destination(f, x, static_cast<uint32_t>(y)), red ? t.planes[0] : t.planes[2], nullptr, n,
+          args);
+  }
+}
+
+uint32_t demosaic(DemosaicMode mode, uint8_t* dst, const uint8_t* src, uint32_t width,
+                  uint32_t height, uint32_t format, uint32_t pattern) {
+  if (const uint32_t error = check_mosaic(dst, src, width, height, pattern)) return error;
+  if (format > LUM_FORMAT_UYVY) return kNotImplemented;
+  convert_demosaic(kernels(),
+                   {dst, src, width, height, red_phase(pattern), static_cast<Sink>(format)}, mode);
+  return kSuccess;
+}
+
+}  // namespace
+
+void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, DemosaicMode mode) {
+  if (mode == DemosaicMode::bilinear) {
+    convert_bilinear(kernels, frame);
+    return;
+  }
+  TileRows rows = {};
+  for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, rows);
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+uint32_t LumRaw8ImageTransform_3x3(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                   uint32_t height, uint32_t formatIndex, uint32_t bayerPattern) {
+  return demosaic(DemosaicMode::bilinear, dst, src, width, height, formatIndex, bayerPattern);
+}
+
+uint32_t LumRaw8ImageTransform_IntLCAA(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                       uint32_t height, uint32_t formatIndex,
+                                       uint32_t bayerPattern) {
+  return demosaic(DemosaicMode::lcaa, dst, src, width, height, formatIndex, bayerPattern);
+}
+
+uint32_t LumRaw8ImageTransform_IntLCAAV(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                        uint32_t height, uint32_t formatIndex,
+                                        uint32_t bayerPattern) {
+  return demosaic(DemosaicMode::lcaav, dst, src, width, height, formatIndex, bayerPattern);
+}
+
+uint32_t LumRaw8ImageTransform_IntYUV422(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                         uint32_t height, uint32_t formatIndex,
+                                         uint32_t bayerPattern) {
+  return demosaic(DemosaicMode::yuv422, dst, src, width, height, formatIndex, bayerPattern);
+}

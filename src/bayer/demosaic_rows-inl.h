@@ -1,0 +1,330 @@
+// SPDX-License-Identifier: MIT
+// Demosaics that look beyond the 2 x 2 block: the vector parts. Frames, borders and the order of rows
+// are in demosaic.cpp.
+//
+// N is the colour that the row's own native pixels hold (red in red rows), O the one that the row
+// lacks; every other pixel of the row holds green.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// Rows of finished colours, padded.
+struct Planes8 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit Planes8(const RowArgs& args) : pitch(args.pitch) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    return {load<U8>(a), load<U8>(a + pitch), load<U8>(a + 2 * pitch)};
+  }
+
+  ptrdiff_t pitch;
+};
+
+// (a + b + c + d + 2) >> 2 in bytes. Two averages that round up overshoot by one when one of the first
+// two was rounded and the last one was too.
+LUM_INLINE U8 average4(U8 a, U8 b, U8 c, U8 d) {
+  const U8 ab = avg_up(a, b), cd = avg_up(c, d);
+  return avg_up(ab, cd) - (((a ^ b) | (c ^ d)) & (ab ^ cd) & 1);
+}
+
+// Bilinear, 3 x 3: with h, v, d the sums of the neighbours beside, above and below, diagonal,
+//   native: N = z             G = (h + v + 2) >> 2   O = (d + 2) >> 2
+//   green:  N = (h + 1) >> 1  G = z                  O = (v + 1) >> 1
+struct Bilinear {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit Bilinear(const RowArgs& args)
+      : native(even_lanes(args.column)),
+        above(args.above),
+        below(args.below),
+        own_is_blue(args.own_is_blue != 0) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const uint8_t* const up = a + above;
+    const uint8_t* const down = a + below;
+    const U8 z = load<U8>(a), left = load<U8>(a - 1), right = load<U8>(a + 1);
+    const U8 n = load<U8>(up), s = load<U8>(down);
+    const U8 cross4 = average4(left, right, n, s);
+    const U8 diagonal =
+        average4(load<U8>(up - 1), load<U8>(up + 1), load<U8>(down - 1), load<U8>(down + 1));
+    U8 own, green, other, unused;
+    cross(native, z, avg_up(left, right), own, unused);
+    cross(native, cross4, z, green, unused);
+    cross(native, diagonal, avg_up(n, s), other, unused);
+    return own_is_blue ? Rgb8{other, green, own} : Rgb8{own, green, other};
+  }
+
+  Mask native;
+  ptrdiff_t above, below;
+  bool own_is_blue;
+};
+
+inline void widen(int16_t* dst, const uint8_t* src, size_t bytes) {
+  for (size_t x = 0; x < bytes; x += kLanes / 2) store(dst + x, load_widened(src + x));
+}
+
+LUM_INLINE I16 at(const int16_t* row, ptrdiff_t x) { return load<I16>(row + x); }
+
+// Sums of three neighbours of `row`, into `sums`.
+LUM_INLINE void sum_columns(const int16_t* row, int16_t* sums, size_t words) {
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    const int16_t* const p = row + x;
+    store(sums + x, at(p, -1) + at(p, 0) + at(p, 1));
+  }
+}
+
+// Five samples in line, two before to two behind:
+//   p = z0 - 2 z1 + 2 z2 - 2 z3 + z4, sixteen times a colour difference after the low-pass that follows
+//   a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
+LUM_INLINE I16 activity(I16 z0, I16 z1, I16 z3, I16 z4) {
+  const I16 inner = z3 - z1;
+  return absolute(z0 - z4 + inner + inner);
+}
+
+// qh = 2 p(x) - p(x - 1) - p(x + 1), as one filter [-1 4 -7 8 -7 4 -1].
+inline void along_row(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scratch, size_t words) {
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    const int16_t* const p = z + x;
+    const I16 m2 = at(p, -2), m1 = at(p, -1), p1 = at(p, 1), p2 = at(p, 2);
+    const I16 s1 = m1 + p1, s2 = m2 + p2, s3 = at(p, -3) + at(p, 3);
+    store(qh + x, ((at(p, 0) - s1) << 3) + s1 + (s2 << 2) - s3);
+    store(scratch + x, activity(m2, m1, p1, p2));
+  }
+  sum_columns(scratch, ah3, words);
+}
+
+inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
+                        size_t words) {
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    const I16 z0 = at(z[0], x), z1 = at(z[1], x), z2 = at(z[2], x), z3 = at(z[3], x), z4 = at(z[4], x);
+    const I16 near = z2 - z1 - z3;
+    store(pv + x, z0 + z4 + near + near);
+    store(scratch + x, activity(z0, z1, z3, z4));
+  }
+  sum_columns(scratch, av3, words);
+}
+
+// 1 where a > b, as the number that a comparison's lanes of all ones are, negated by subtraction.
+LUM_INLINE I16 minus_one_where(I16 a, I16 b) { return I16(a > b); }
+
+// 0..4: how much smoother the second of two measures is than the first; 2 is undecided. f is the
+// measure below which the decision is weak.
+template <class Near, class Far>
+LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far) {
+  return 2 - minus_one_where(second, far(first)) - minus_one_where(second, near(first)) +
+         minus_one_where(first, near(second)) + minus_one_where(first, far(second));
+}
+
+inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
+                      const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
+                      size_t words) {
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    const I16 mid = at(pv[1], x);
+    store(qv + x, mid + mid - at(pv[0], x) - at(pv[2], x));
+    const I16 gh = at(ah3[0], x) + at(ah3[1], x) + at(ah3[2], x);
+    const I16 gv = at(av3[0], x) + at(av3[1], x) + at(av3[2], x);
+    // 4 is smooth along the row.
+    store(e + x, preference(
+                     gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }));
+    store(act + x, lesser(gh, gv));
+  }
+}
+
+// (weight * a + (2^bits - weight) * b + half) >> bits. The product may wrap; the sum does not.
+LUM_INLINE I16 mix(I16 weight, I16 a, I16 b, int bits) {
+  const U16 sum = U16(weight) * U16(a - b) + (U16(b) << bits) + static_cast<uint16_t>(1 << (bits - 1));
+  return I16(sum) >> bits;
+}
+
+LUM_INLINE I16 pick(const Mask& mask, I16 chosen, I16 otherwise) {
+  U16 x, y;
+  cross16(mask, U16(chosen), U16(otherwise), x, y);
+  return I16(x);
+}
+
+// Differences of a pixel: to the colour that green pixels miss in their row (first) and to the one
+// that the whole row misses (second), still 16 times too large.
+struct Differences {
+  I16 first, second;
+};
+// Colours of half a block before they are limited.
+struct Colours {
+  I16 n, g, o;
+};
+// With d1 = (first + 8) >> 4 and d2 alike:
+//   native: N = z, G = z - d1, O = z - d1 + d2     green: N = z - d1, G = z, O = z - d2
+LUM_INLINE Colours colours_from(const Mask& native, I16 z, const Differences& x) {
+  const I16 d1 = (x.first + 8) >> 4, d2 = (x.second + 8) >> 4;
+  const I16 near = z - d1;
+  U16 n, g;
+  cross16(native, U16(z), U16(near), n, g);
+  return {I16(n), I16(g), pick(native, near + d2, z - d2)};
+}
+
+// half(x) gives the colours of columns x .. x + kLanes / 2 - 1 of the tile's word rows.
+template <class Half>
+LUM_INLINE void write_planes(const DemosaicTile& t, Half half) {
+  for (size_t x = 0; x < t.pixels; x += kLanes) {
+    const Colours lo = half(x + kTileMargin), hi = half(x + kTileMargin + kLanes / 2);
+    store(t.planes[0] + x, narrow(lo.n, hi.n));
+    store(t.planes[1] + x, narrow(lo.g, hi.g));
+    store(t.planes[2] + x, narrow(lo.o, hi.o));
+  }
+}
+
+LUM_INLINE I16 negated_average(I16 a, I16 b) { return -((a + b + 1) >> 1); }
+
+// Differences down the column by a pixel's own line and by the lines beside it: which of the two is
+// the first depends on what the pixel holds.
+LUM_INLINE Differences down(const Mask& native, I16 own, I16 beside) {
+  U16 first, second;
+  cross16(native, U16(own), U16(beside), first, second);
+  return {I16(first), I16(second)};
+}
+
+LUM_INLINE Differences mixed(I16 w, const Differences& along, const Differences& across) {
+  return {mix(w, along.first, across.first, 3), mix(w, along.second, across.second, 3)};
+}
+
+inline void lcaa(const DemosaicTile& t) {
+  const Mask native = even_lanes(t.native);
+  write_planes(t, [&](size_t x) {
+    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);  // 0..8, 8 is smooth along the row
+    const Differences row = {at(t.qh[3], x), negated_average(at(t.qh[2], x), at(t.qh[4], x))};
+    const Differences column =
+        down(native, at(t.qv, x), negated_average(at(t.qv, x - 1), at(t.qv, x + 1)));
+    return colours_from(native, at(t.z[3], x), mixed(w, row, column));
+  });
+}
+
+// Which of two neighbouring lines to lean to, by how far their green is from the pixel's: 0..4
+// quarters for the first.
+LUM_INLINE I16 closer(I16 a, I16 c) {
+  return preference(
+      a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; });
+}
+
+// Green of a pixel by differences q, not limited.
+LUM_INLINE I16 green(const Mask& native, I16 z, I16 q) { return pick(native, z - ((q + 8) >> 4), z); }
+
+// -((k a + (4 - k) b + 2) >> 2), k by which of the greens is nearer to the pixel's.
+LUM_INLINE I16 leaning(I16 green_here, I16 green_a, I16 green_b, I16 a, I16 b) {
+  const I16 k = closer(absolute(green_here - green_a), absolute(green_here - green_b));
+  return -mix(k, a, b, 2);
+}
+
+LUM_INLINE I16 smooth3(I16 before, I16 here, I16 behind) {
+  return (before + here + here + behind + 2) >> 2;
+}
+LUM_INLINE I16 smooth4(I16 far1, I16 near1, I16 near2, I16 far2) {
+  const I16 near = near1 + near2;
+  return -((far1 + far2 + near + near + near + 4) >> 3);
+}
+
+// How busy and nearly grey a place is, 0..2, from its activity and its smooth differences.
+LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
+  const I16 u = absolute(smooth.first) + absolute(smooth.second) + 64, quarter = u >> 2;
+  return -minus_one_where(act, quarter + (quarter >> 1)) - minus_one_where(act, u - quarter);
+}
+
+inline void lcaav(const DemosaicTile& t) {
+  const Mask native = even_lanes(t.native);
+  const Mask native_beside = even_lanes(t.native + 1);  // in the rows and columns beside
+  for (size_t x = 0; x < t.pixels + 2 * kTileMargin; x += kLanes / 2) {
+    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
+    const I16 z = at(t.z[3], x);
+    const I16 qh = at(t.qh[3], x), qh_up = at(t.qh[2], x), qh_down = at(t.qh[4], x);
+    const I16 qv = at(t.qv, x), qv_left = at(t.qv, x - 1), qv_right = at(t.qv, x + 1);
+
+    // Sharp: what a line lacks comes from the neighbouring line whose green is nearer.
+    const I16 from_rows = leaning(green(native, z, qh), green(native_beside, at(t.z[2], x), qh_up),
+                                  green(native_beside, at(t.z[4], x), qh_down), qh_up, qh_down);
+    const I16 from_columns =
+        leaning(green(native, z, qv), green(native_beside, at(t.z[3], x - 1), qv_left),
+                green(native_beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
+    const Differences sharp = mixed(w, {qh, from_rows}, down(native, qv, from_columns));
+
+    // Smooth: a second low-pass, across the direction.
+    const Differences row = {smooth3(at(t.qh[1], x), qh, at(t.qh[5], x)),
+                             smooth4(at(t.qh[0], x), qh_up, qh_down, at(t.qh[6], x))};
+    const Differences column = down(native, smooth3(at(t.qv, x - 2), qv, at(t.qv, x + 2)),
+                                    smooth4(at(t.qv, x - 3), qv_left, qv_right, at(t.qv, x + 3)));
+    const Differences smooth = mixed(w, row, column);
+
+    store(t.work[0] + x, sharp.first);
+    store(t.work[1] + x, sharp.second);
+    store(t.work[2] + x, smooth.first);
+    store(t.work[3] + x, smooth.second);
+    store(t.work[4] + x, calmness(at(t.act, x), smooth));
+  }
+  write_planes(t, [&](size_t x) {
+    const I16 share = at(t.work[4], x - 1) + at(t.work[4], x + 1);  // 0..4, of the smooth set
+    const Differences chosen = {mix(share, at(t.work[2], x), at(t.work[0], x), 2),
+                                mix(share, at(t.work[3], x), at(t.work[1], x), 2)};
+    return colours_from(native, at(t.z[3], x), chosen);
+  });
+}
+
+// Least-squares differences of a pixel pair, d1 = G - N and d2 = G - O, times 32. Column 0 is the
+// pair's native pixel and column 1 its green one; when green comes first the columns run leftwards.
+// Rows y - j and y + j have the same coefficients, so their samples are added first.
+struct PairKernel {
+  int8_t row[3][6];  // rows y, y +- 1, y +- 2; columns -2 .. 3
+};
+constexpr PairKernel kGreenMinusOwn = {
+    {{-3, 3, -12, 9, -7, 2}, {1, 1, 4, -1, 2, 0}, {0, 0, -3, 2, -2, 0}}};
+constexpr PairKernel kGreenMinusOther = {
+    {{1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}}};
+
+// Two neighbouring columns of a kernel as they lie in memory, for madd().
+LUM_INLINE I16 pair_weights(const PairKernel& k, int row, int pair, bool green_first) {
+  const int column = green_first ? 5 - 2 * pair : 2 * pair;
+  const int next = green_first ? column - 1 : column + 1;
+  return I16(U32{} + (static_cast<uint32_t>(static_cast<uint16_t>(k.row[row][column])) |
+                      static_cast<uint32_t>(static_cast<uint16_t>(k.row[row][next])) << 16));
+}
+
+struct PairWeights {
+  I16 w[3][3];
+  LUM_INLINE PairWeights(const PairKernel& k, bool green_first) {
+    for (int row = 0; row < 3; ++row) {
+      for (int pair = 0; pair < 3; ++pair) w[row][pair] = pair_weights(k, row, pair, green_first);
+    }
+  }
+  // sums[row][pair]: samples of the pairs to the left, here, to the right. The result stands in both
+  // words of the pair.
+  LUM_INLINE I16 difference(const I16 (&sums)[3][3]) const {
+    I32 sum = I32{} + 16;
+    for (int row = 0; row < 3; ++row) {
+      for (int pair = 0; pair < 3; ++pair) sum += madd(sums[row][pair], w[row][pair]);
+    }
+    const U32 d = U32(sum >> 5) & 0xFFFF;
+    return I16(d | d << 16);
+  }
+};
+
+// native: N = z, G = z + d1, O = z + d1 - d2     green: N = z - d1, G = z, O = z - d2
+inline void yuv422_mode(const DemosaicTile& t) {
+  const Mask native = even_lanes(t.native);
+  const bool green_first = (t.native & 1) != 0;
+  const PairWeights own(kGreenMinusOwn, green_first), other(kGreenMinusOther, green_first);
+  write_planes(t, [&](size_t x) {
+    I16 sums[3][3];
+    for (int pair = 0; pair < 3; ++pair) {
+      const ptrdiff_t column = static_cast<ptrdiff_t>(x) + 2 * pair - 2;
+      sums[0][pair] = at(t.z[3], column);
+      sums[1][pair] = at(t.z[2], column) + at(t.z[4], column);
+      sums[2][pair] = at(t.z[1], column) + at(t.z[5], column);
+    }
+    const I16 d1 = own.difference(sums), d2 = other.difference(sums);
+    const I16 z = sums[0][1];
+    const I16 raised = z + d1;
+    return Colours{pick(native, z, z - d1), pick(native, raised, z),
+                   pick(native, raised, z) - d2};
+  });
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

@@ -1,0 +1,82 @@
+// SPDX-License-Identifier: MIT
+#include "bayer/mosaic.h"
+
+#include <string.h>
+
+namespace lum {
+namespace {
+
+size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
+
+// The last row has no row below it and repeats the one above, bytes that are never written included.
+void copy_last_row(const MosaicFrame& f) {
+  const size_t row_bytes = f.width * pixel_bytes(f.sink);
+  uint8_t* const last = f.dst + (f.height - 1) * row_bytes;
+  memcpy(last, last - row_bytes, row_bytes);
+}
+
+bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1) == 0; }
+
+// Columns are taken in strips, so that two reduced rows stay in the first-level cache and on the
+// stack, whatever the width.
+constexpr uint32_t kStrip = 4096;
+
+}  // namespace
+
+Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
+  Reduction reduction = {Source::mono16, Sink::mono8_rec601, {}};
+  if (sink >= Sink::mono16_rec601) reduction.sink = Sink::mono16_rec601;
+  reduction.args.shift = shift;
+  reduction.args.big_endian = big_endian;
+  return reduction;
+}
+
+void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic, RowArgs args) {
+  const RowKernel kernel = kernels.at(mosaic, f.sink);
+  args.column = f.red.column;
+  const uint8_t* upper = f.src;
+  uint8_t* dst = f.dst;
+  for (uint32_t y = 0; y + 1 < f.height; ++y) {
+    const uint8_t* const lower = upper + f.width;
+    const bool red_above = red_in_row(f, y);
+    kernel(dst, red_above ? upper : lower, red_above ? lower : upper, f.width, args);
+    dst += f.width * pixel_bytes(f.sink);
+    upper = lower;
+  }
+  copy_last_row(f);
+}
+
+void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
+                            const Reduction& reduction, Source mosaic, RowArgs args) {
+  const SourceTraits& in = kSources[static_cast<size_t>(reduction.source)];
+  const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
+  const RowKernel kernel = kernels.at(mosaic, f.sink);
+  args.column = f.red.column;
+  const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;
+  const size_t dst_row = f.width * pixel_bytes(f.sink);
+  // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
+  // own values come with the next strip.
+  constexpr uint32_t kBeyond = 2;
+  alignas(64) uint8_t reduced[2][(kStrip + kBeyond) * sizeof(uint16_t)];
+
+  for (uint32_t x = 0; x < f.width;) {
+    const uint32_t left = f.width - x;
+    const uint32_t n = left <= kStrip + kBeyond ? left : kStrip + kBeyond;
+    const uint8_t* src = f.src + size_t{x} / in.group_pixels * in.group_bytes;
+    uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
+    reduce(reduced[0], src, nullptr, n, reduction.args);
+    for (uint32_t y = 0; y + 1 < f.height; ++y) {
+      src += src_row;
+      const uint8_t* const upper = reduced[y & 1];
+      uint8_t* const lower = reduced[(y + 1) & 1];
+      reduce(lower, src, nullptr, n, reduction.args);
+      const bool red_above = red_in_row(f, y);
+      kernel(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
+      dst += dst_row;
+    }
+    x += n == left ? n : kStrip;
+  }
+  copy_last_row(f);
+}
+
+}  // namespace lum

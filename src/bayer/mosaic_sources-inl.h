@@ -1,0 +1,74 @@
+// SPDX-License-Identifier: MIT
+// Bayer mosaics, two rows at a time. Pixel x is made of the 2 x 2 samples whose top left one is its
+// own: they hold one red, one blue and two green samples wherever they lie, here for column 0:
+//
+//   a:  R0 G1 R2 G3 ...     pixel 0: R0, (G1 + G0') >> 1, B1'    the row with red is always a,
+//   b:  G0'B1'G2'B3'...     pixel 1: R2, (G1 + G2') >> 1, B1'    above b or below it alike
+//
+// So each row gives a colour at the lanes of one parity and green at the others.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+struct Mosaic8 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr int kRows = 2;
+  static constexpr bool kEdge = true, kPadded = false;
+
+  explicit Mosaic8(const RowArgs& args) : red_lanes(even_lanes(args.column)) {}
+
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
+    return colours(load<U8>(a), load<U8>(a + 1), load<U8>(b), load<U8>(b + 1));
+  }
+  LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
+    return colours(load<U8>(a), load_edge8(a), load<U8>(b), load_edge8(b));
+  }
+
+ private:
+  LUM_INLINE Rgb8 colours(U8 a0, U8 a1, U8 b0, U8 b1) const {
+    Rgb8 p;
+    U8 green_a, green_b;
+    cross(red_lanes, a0, a1, p.r, green_a);
+    cross(red_lanes, b1, b0, p.b, green_b);
+    p.g = avg_down(green_a, green_b);
+    return p;
+  }
+
+  Mask red_lanes;
+};
+
+struct Mosaic16 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 2;
+  static constexpr bool kEdge = true, kPadded = false;
+
+  explicit Mosaic16(const RowArgs& args) : red_lanes(even_lanes(args.column)) {}
+
+  LUM_INLINE Rgb16 block(const uint8_t* a, const uint8_t* b) const {
+    return colours(a, load<U16>(a + kLanes + 2), b, load<U16>(b + kLanes + 2));
+  }
+  LUM_INLINE Rgb16 last_block(const uint8_t* a, const uint8_t* b) const {
+    return colours(a, load_edge16(a + kLanes), b, load_edge16(b + kLanes));
+  }
+
+ private:
+  // a1_hi, b1_hi: the upper half's samples one column on.
+  LUM_INLINE Rgb16 colours(const uint8_t* a, U16 a1_hi, const uint8_t* b, U16 b1_hi) const {
+    Rgb16 p;
+    half(load<U16>(a), load<U16>(a + 2), load<U16>(b), load<U16>(b + 2), p.r.lo, p.g.lo, p.b.lo);
+    half(load<U16>(a + kLanes), a1_hi, load<U16>(b + kLanes), b1_hi, p.r.hi, p.g.hi, p.b.hi);
+    return p;
+  }
+  LUM_INLINE void half(U16 a0, U16 a1, U16 b0, U16 b1, U16& r, U16& g, U16& b) const {
+    U16 green_a, green_b;
+    cross16(red_lanes, a0, a1, r, green_a);
+    cross16(red_lanes, b1, b0, b, green_b);
+    g = avg_down(green_a, green_b);
+  }
+
+  Mask red_lanes;
+};
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

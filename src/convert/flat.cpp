@@ -1,0 +1,45 @@
+// SPDX-License-Identifier: MIT
+#include "convert/flat.h"
+
+#include <string.h>
+
+namespace lum {
+
+void copy_block(uint8_t* dst, const uint8_t* src, size_t bytes) {
+  if (dst != src) memcpy(dst, src, bytes);
+}
+
+void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst,
+                  const uint8_t* src, uint32_t count, const RowArgs& args) {
+  if (count == 0) return;
+  if (const RowKernel kernel = kernels.at(source, sink)) {
+    kernel(dst, src, nullptr, count, args);
+  } else {
+    const SourceTraits& traits = kSources[static_cast<size_t>(source)];
+    copy_block(dst, src, size_t{count} / traits.group_pixels * traits.group_bytes);
+  }
+}
+
+void mono8_to_uyvy(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count) {
+  const uint32_t paired = count & ~1u;
+  convert_flat(kernels, Source::mono8, Sink::uyvy, dst, src, paired);
+  if (count == paired) return;
+  uint8_t* const group = dst + size_t{paired} * 2;
+  group[0] = 0;
+  group[1] = src[paired];
+  group[2] = 0;
+}
+
+void mono16_little_endian_tinted(const Kernels& kernels, Sink sink, uint8_t* dst,
+                                 const uint8_t* src, uint32_t count) {
+  // Kept: a pixel's high byte is tinted by the byte that follows it, the next pixel's low byte. That
+  // is the big-endian conversion of the source from its second byte on; the last pixel has no
+  // follower and is not tinted.
+  const uint32_t followed = count - 1;
+  convert_flat(kernels, Source::mono16_tinted, sink, dst, src + 1, followed);
+  const uint8_t last[2] = {src[size_t{followed} * 2 + 1], 0};
+  convert_flat(kernels, Source::mono16_tinted, sink,
+               dst + size_t{followed} * kSinks[static_cast<size_t>(sink)].pixel_bytes, last, 1);
+}
+
+}  // namespace lum

@@ -1,0 +1,102 @@
+// SPDX-License-Identifier: MIT
+// Mono sources.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// Bytes Y0 Y1 Y2 ...
+struct Mono8Source {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono8Source(const RowArgs&) {}
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {load<U8>(a)}; }
+};
+
+// 12 bits packed: Y0[11:4], Y1[3:0] Y0[3:0], Y1[11:4]. Only the upper eight bits of a pixel count.
+struct Mono12Packed {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono12Packed(const RowArgs&) {}
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {load_packed12(a)}; }
+};
+
+// The same with all 12 bits, shifted up by `shift`, as words in host order. A shuffle puts a pixel's
+// upper eight bits above the byte with its low nibble: in the lower nibble of the first pixel of a
+// pair, in the upper one of the second.
+struct Mono12PackedTo16 {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono12PackedTo16(const RowArgs& args) : shift(args.shift) {}
+  LUM_INLINE Gray16 block(const uint8_t* a, const uint8_t*) const {
+    return {{words(a), words(a + kLanes * 3 / 4)}};
+  }
+
+ private:
+  struct Pair {
+    static constexpr int low(int i) { return i / 2 * 3 + 1; }
+    static constexpr int high(int i) { return i / 2 * 3 + i % 2 * 2; }
+  };
+  LUM_INLINE U16 words(const uint8_t* p) const {
+    const U16 v = load_words_of_3(p, Pair{});
+    const U16 upper = U16(U32{} + 0x0FFF0FF0u), lower = U16(U32{} + 0x0000000Fu);
+    return shift_left(((v >> 4) & upper) | (v & lower), shift);
+  }
+
+  unsigned shift;
+};
+
+// Big-endian words, all 16 bits used: H L. Grey is H; of the bits below it the upper one (0x80 of L)
+// adds 1 to red and the lower one (0x40) adds 1 to blue, not beyond 255: a tint that lets a viewer
+// tell quarter steps apart.
+struct Mono16Tinted {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono16Tinted(const RowArgs&) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const U16 lo = load<U16>(a), hi = load<U16>(a + kLanes);  // as little-endian words: L is on top
+    const U16 grey_lo = lo & 255, grey_hi = hi & 255;
+    return {narrow(I16(grey_lo + (lo >> 15)), I16(grey_hi + (hi >> 15))),
+            narrow(I16(grey_lo), I16(grey_hi)),
+            narrow(I16(grey_lo + ((lo >> 14) & 1)), I16(grey_hi + ((hi >> 14) & 1)))};
+  }
+};
+
+// Words of either byte order whose significant bits are `shift` below the top.
+struct Mono16Words {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono16Words(const RowArgs& args)
+      : shift(args.shift), order(byte_order(args.big_endian != 0)) {}
+  LUM_INLINE Wide words(const uint8_t* a) const {
+    return {ordered(load<U16>(a), order), ordered(load<U16>(a + kLanes), order)};
+  }
+  unsigned shift;
+  ByteOrder order;
+};
+
+// The top eight significant bits: (V >> (8 - shift)) & 255. Bits above them are dropped, not clamped.
+struct Mono16To8 : Mono16Words {
+  using Mono16Words::Mono16Words;
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
+    const Wide v = words(a);
+    return {narrow(I16(shift_right(v.lo, 8 - shift) & 255), I16(shift_right(v.hi, 8 - shift) & 255))};
+  }
+};
+
+// (V << shift) & 0xFFFF in host order.
+struct Mono16To16 : Mono16Words {
+  using Mono16Words::Mono16Words;
+  LUM_INLINE Gray16 block(const uint8_t* a, const uint8_t*) const {
+    const Wide v = words(a);
+    return {{shift_left(v.lo, shift), shift_left(v.hi, shift)}};
+  }
+};
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

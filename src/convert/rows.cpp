@@ -1,0 +1,76 @@
+// SPDX-License-Identifier: MIT
+#include "convert/rows.h"
+
+#include <stdlib.h>
+#include <string.h>
+
+#include <memory>
+
+#include "arguments.h"
+#include "lum/lum.h"
+#include "simd/isa.h"
+
+namespace lum {
+namespace {
+
+// Line 2 i from second + i * row_bytes, line 2 i + 1 from first + i * row_bytes, in this order.
+void weave(uint8_t* dst, const uint8_t* first, const uint8_t* second, size_t row_bytes,
+           size_t field_rows) {
+  for (size_t i = 0; i < field_rows; ++i) {
+    memmove(dst + 2 * i * row_bytes, second + i * row_bytes, row_bytes);
+    memcpy(dst + (2 * i + 1) * row_bytes, first + i * row_bytes, row_bytes);
+  }
+}
+
+}  // namespace
+
+void flip_vertical(const Kernels& kernels, uint8_t* image, uint32_t row_bytes, uint32_t rows) {
+  uint8_t* top = image;
+  uint8_t* bottom = image + size_t{rows - 1} * row_bytes;
+  for (uint32_t i = 0; i < rows / 2; ++i, top += row_bytes, bottom -= row_bytes) {
+    kernels.exchange(top, bottom, row_bytes);
+  }
+}
+
+void interlaced_to_progressive(uint8_t* dst, const uint8_t* src, uint32_t row_bytes,
+                               uint32_t height) {
+  // Kept: of an odd row length the half is rounded down, so the second field is taken to start
+  // height / 2 bytes before the middle of the buffer. 32 bits, as callers' frames are.
+  const uint32_t second = height * (row_bytes >> 1);
+  weave(dst, src, src + second, row_bytes, height / 2);
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+uint32_t LumFlipVertical(uint8_t* image, uint32_t rowBytes, uint32_t rows) {
+  if (image == nullptr) return bad_parameter(1);
+  if (rowBytes == 0) return bad_parameter(2);
+  if (rows < 2) return bad_parameter(3);
+  flip_vertical(kernels(), image, rowBytes, rows);
+  return kSuccess;
+}
+
+uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source, uint32_t rowBytes,
+                                    uint32_t height) {
+  if (destination == nullptr) return bad_parameter(1);
+  if (source == nullptr) return bad_parameter(2);
+  if (height % 2 != 0) return bad_parameter(4);
+  if (destination != source) {
+    interlaced_to_progressive(destination, source, rowBytes, height);
+    return kSuccess;
+  }
+  // In place the lines are written from the top, and the second field lies below them until it is
+  // read; only the first field needs a copy.
+  const uint32_t field_bytes = (height * rowBytes) >> 1;
+  if (field_bytes == 0) return kSuccess;
+  struct Free {
+    void operator()(uint8_t* p) const { free(p); }
+  };
+  const std::unique_ptr<uint8_t, Free> first(static_cast<uint8_t*>(malloc(field_bytes)));
+  if (first == nullptr) return kOutOfMemory;
+  memcpy(first.get(), source, field_bytes);
+  weave(destination, first.get(), source + field_bytes, rowBytes, height / 2);
+  return kSuccess;
+}

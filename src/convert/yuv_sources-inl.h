@@ -1,0 +1,139 @@
+// SPDX-License-Identifier: MIT
+// YUV sources, full range: the pixels of a group share its U and V. With u = U - 128, v = V - 128
+//
+//   R = clamp(Y + ((359 v + 128) >> 8))         = clamp(Y + v + ((103 v + 128) >> 8))
+//   G = clamp(Y - ((88 u + 183 v + 128) >> 8))  = clamp(Y - v - ((88 u - 73 v + 128) >> 8))
+//   B = clamp(Y + ((454 u + 128) >> 8))         = clamp(Y + 2 u + ((-58 u + 128) >> 8))
+//
+// where the forms on the right stay within 16 bits.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+struct YuvWords {
+  I16 y, u, v;  // u and v offset by 128, as stored
+};
+struct RgbWords {
+  I16 r, g, b;  // not limited yet
+};
+
+LUM_INLINE RgbWords to_rgb(const YuvWords& p) {
+  const I16 u = p.u - 128, v = p.v - 128;
+  return {p.y + v + ((times(v, 103) + 128) >> 8),
+          p.y - v - ((times(u, 88) - times(v, 73) + 128) >> 8),
+          p.y + u + u + ((times(u, -58) + 128) >> 8)};
+}
+
+// U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
+struct Yuv411Layout {
+  struct Y {
+    static constexpr int low(int i) { return i / 4 * 6 + 1 + i % 4 + i % 4 / 2; }
+    static constexpr int high(int) { return -1; }
+  };
+  struct U {
+    static constexpr int low(int i) { return i / 4 * 6; }
+    static constexpr int high(int) { return -1; }
+  };
+  struct V {
+    static constexpr int low(int i) { return i / 4 * 6 + 3; }
+    static constexpr int high(int) { return -1; }
+  };
+  // As in U Y V Y: chroma below, Y above.
+  struct ChromaY {
+    static constexpr int low(int i) { return i / 4 * 6 + i % 2 * 3; }
+    static constexpr int high(int i) { return Y::low(i); }
+  };
+  static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
+  static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
+  static LUM_INLINE YuvWords words(const uint8_t* p) {
+    return {I16(load_words_of_3(p, Y{})), I16(load_words_of_3(p, U{})), I16(load_words_of_3(p, V{}))};
+  }
+  static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
+};
+
+// U Y0 V Y1: as words, chroma below Y.
+struct Yuv422Layout {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 4;
+  static constexpr int kHalf = kLanes;
+  static LUM_INLINE YuvWords words(const uint8_t* p) {
+    const U16 v = load<U16>(p);
+    const U32 group = U32(v);
+    const U32 u = group & 255, second = (group >> 16) & 255;
+    return {I16(v >> 8), I16(u | u << 16), I16(second | second << 16)};
+  }
+  static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
+};
+
+template <class Layout>
+struct YuvSource {
+  static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit YuvSource(const RowArgs&) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const RgbWords lo = to_rgb(Layout::words(a)), hi = to_rgb(Layout::words(a + Layout::kHalf));
+    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+  }
+};
+
+// Y alone, which is BT.601 luminance already.
+template <class Layout>
+struct YuvLuma {
+  static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit YuvLuma(const RowArgs&) {}
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
+    return {narrow(Layout::luma_words(a), Layout::luma_words(a + Layout::kHalf))};
+  }
+};
+
+// 4:1:1 to 4:2:2 by bytes alone.
+struct Yuv411To422 {
+  static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Yuv411To422(const RowArgs&) {}
+  LUM_INLINE Wide block(const uint8_t* a, const uint8_t*) const {
+    return {load_words_of_3(a, Yuv411Layout::ChromaY{}),
+            load_words_of_3(a + Yuv411Layout::kHalf, Yuv411Layout::ChromaY{})};
+  }
+};
+
+// U Y V
+struct Yuv444 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Yuv444(const RowArgs&) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const Bytes3 v = load3(a);
+    const Bytes2 y = interleave(v.c1, U8{}), cb = interleave(v.c0, U8{}), cr = interleave(v.c2, U8{});
+    const RgbWords lo = to_rgb({I16(y.lo), I16(cb.lo), I16(cr.lo)});
+    const RgbWords hi = to_rgb({I16(y.hi), I16(cb.hi), I16(cr.hi)});
+    return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
+  }
+};
+
+struct Yuv444Luma : Yuv444 {
+  using Yuv444::Yuv444;
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {load3(a).c1}; }
+};
+
+// U and V of a pair are (first + second) >> 1.
+struct Yuv444To422 : Yuv444 {
+  using Yuv444::Yuv444;
+  LUM_INLINE Yuv422 block(const uint8_t* a, const uint8_t*) const {
+    const Bytes3 v = load3(a);
+    return {v.c1, U8(pair_average(v.c0) | pair_average(v.c2) << 8)};
+  }
+
+ private:
+  static LUM_INLINE U16 pair_average(U8 v) {
+    return ((U16(v) & 255) + (U16(v) >> 8)) >> 1;
+  }
+};
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

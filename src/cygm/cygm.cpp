@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+#include "cygm/cygm.h"
+
+#include <string.h>
+
+#include "arguments.h"
+#include "lum/lum.h"
+#include "simd/isa.h"
+
+namespace lum {
+namespace {
+
+// The two frame lines of an output row as the kernels take them.
+struct LinePair {
+  const uint8_t* cyan_yellow;
+  const uint8_t* green_magenta;
+  RowArgs args;
+};
+
+LinePair lines_of_row(const uint8_t* src, uint32_t width, uint32_t height, uint32_t y) {
+  const uint8_t* const second_field = src + size_t{height / 2} * width;
+  // Of the lines y and y + 1 the even one is 2 i of the second field, the odd one 2 i + 1 of the first.
+  const uint32_t even = y + (y & 1), odd = y + 1 - (y & 1);
+  LinePair pair;
+  pair.cyan_yellow = second_field + size_t{even / 2} * width;
+  pair.green_magenta = src + size_t{odd / 2} * width;
+  pair.args.column = odd % 4 == 3 ? 1 : 0;
+  return pair;
+}
+
+}  // namespace
+
+void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
+                  uint32_t width, uint32_t height) {
+  const RowKernel kernel = kernels.at(Source::cygm, sink);
+  const size_t row_bytes = size_t{width} * kSinks[static_cast<size_t>(sink)].pixel_bytes;
+  for (uint32_t y = 0; y + 1 < height; ++y) {
+    const LinePair lines = lines_of_row(src, width, height, y);
+    kernel(dst, lines.cyan_yellow, lines.green_magenta, width, lines.args);
+    dst += row_bytes;
+  }
+  memcpy(dst, dst - row_bytes, row_bytes);
+}
+
+void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width,
+                         uint32_t height) {
+  constexpr uint32_t kBytes = 3;
+  const RowKernel kernel = kernels.at(Source::cygm, Sink::bgr24);
+  const size_t row_bytes = size_t{width} * kBytes;
+  const uint32_t computed = height - 4;
+  for (uint32_t y = 0; y < computed; ++y) {
+    uint8_t* const row = dst + y * row_bytes;
+    const LinePair lines = lines_of_row(src, width, height, y);
+    kernel(row, lines.cyan_yellow, lines.green_magenta, width, lines.args);
+    // Kept: the last pixel is not the copy of its neighbour that the kernel makes; its block takes
+    // the sample that follows the row end in the buffer. A row of the four columns from width - 2
+    // on has that pixel as its second; the fourth column is padding.
+    const size_t at = width - 2;
+    uint8_t a[4] = {}, b[4] = {}, pixels[4 * kBytes];
+    memcpy(a, lines.cyan_yellow + at, 3);
+    memcpy(b, lines.green_magenta + at, 3);
+    kernel(pixels, a, b, 4, lines.args);
+    memcpy(row + (width - 1) * kBytes, pixels + kBytes, kBytes);
+  }
+  // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2 has
+  // no such repetition.
+  if (width <= 3) return;
+  uint8_t* const bottom = dst + computed * row_bytes;
+  memcpy(bottom, bottom - row_bytes, row_bytes);
+  memcpy(bottom + row_bytes, bottom - row_bytes, 2 * row_bytes);
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+uint32_t LumIRaw8CYGMImageTransform(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                    uint32_t height, uint32_t formatIndex, uint32_t reserved) {
+  (void)reserved;
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (width == 0) return bad_parameter(3);
+  if (height == 0) return bad_parameter(4);
+  if (width % 2 != 0) return bad_parameter(3);
+  if (height % 4 != 0) return bad_parameter(4);
+  if (formatIndex > LUM_FORMAT_UYVY) return kNotImplemented;
+  convert_cygm(kernels(), static_cast<Sink>(formatIndex), dst, src, width, height);
+  return kSuccess;
+}
+
+uint32_t LumIRaw8CYGMToBGR(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (width % 2 != 0) return bad_parameter(3);
+  // A height of 4 has no row of which the bottom ones could be copies.
+  if (height % 4 != 0 || height == 4) return bad_parameter(4);
+  if (width == 0 || height == 0) return kSuccess;
+  convert_cygm_to_bgr(kernels(), dst, src, width, height);
+  return kSuccess;
+}

@@ -1,0 +1,79 @@
+// SPDX-License-Identifier: MIT
+#include "simd/isa.h"
+
+namespace lum {
+
+extern const Kernels kernels_base;
+
+#if defined(__x86_64__)
+
+extern const Kernels kernels_sse41;
+extern const Kernels kernels_avx2;
+extern const Kernels kernels_avx512;
+
+namespace {
+
+enum Feature : uint32_t {
+  kSse2 = 1 << 0,
+  kSsse3 = 1 << 1,
+  kSse41 = 1 << 2,
+  kAvx2 = 1 << 3,
+  kAvx512 = 1 << 4,
+};
+
+struct LevelEntry {
+  const Kernels* kernels;
+  uint32_t needs;
+};
+constexpr LevelEntry kLevels[kLevelCount] = {
+    {&kernels_base, 0},
+    {&kernels_sse41, kSsse3 | kSse41},
+    {&kernels_avx2, kAvx2 | kSse41 | kSsse3},
+    {&kernels_avx512, kAvx512 | kAvx2 | kSse41 | kSsse3},
+};
+
+}  // namespace
+
+// __builtin_cpu_supports() looks at the processor's bits and at whether the operating system saves
+// the registers they need.
+uint32_t processor_features() {
+  uint32_t features = 0;
+  if (__builtin_cpu_supports("sse2")) features |= kSse2;
+  if (__builtin_cpu_supports("ssse3")) features |= kSsse3;
+  if (__builtin_cpu_supports("sse4.1")) features |= kSse41;
+  if (__builtin_cpu_supports("avx") && __builtin_cpu_supports("avx2")) features |= kAvx2;
+  if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
+      __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
+      __builtin_cpu_supports("avx512vbmi")) {
+    features |= kAvx512;
+  }
+  return features;
+}
+
+uint32_t build_features() { return kSse2 | kSsse3 | kSse41 | kAvx2 | kAvx512; }
+
+const Kernels* kernels_of(Level level) {
+  const LevelEntry& entry = kLevels[static_cast<unsigned>(level)];
+  return (processor_features() & entry.needs) == entry.needs ? entry.kernels : nullptr;
+}
+
+#else
+
+uint32_t processor_features() { return 0; }
+uint32_t build_features() { return 0; }
+const Kernels* kernels_of(Level level) { return level == Level::base ? &kernels_base : nullptr; }
+
+#endif
+
+const Kernels& kernels() {
+  static const Kernels* const best = [] {
+    const Kernels* found = &kernels_base;
+    for (unsigned level = 0; level < kLevelCount; ++level) {
+      if (const Kernels* k = kernels_of(static_cast<Level>(level))) found = k;
+    }
+    return found;
+  }();
+  return *best;
+}
+
+}  // namespace lum

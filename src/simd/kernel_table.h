@@ -1,0 +1,160 @@
+// SPDX-License-Identifier: MIT
+// The table of row kernels: sources x destinations, one table for each instruction-set level.
+#ifndef LUM_SIMD_KERNEL_TABLE_H
+#define LUM_SIMD_KERNEL_TABLE_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace lum {
+
+// What a row kernel reads. Every row of the table below, kSources, describes one of them.
+enum class Source : unsigned {
+  mosaic8,        // two rows of a Bayer mosaic, bytes: a holds the red samples, b the blue ones
+  mosaic16,       // the same, 16-bit words in host order
+  mono8,          // grey bytes
+  mono12_packed,  // two pixels in three bytes; the middle byte (both low nibbles) is not used
+  mono16_tinted,  // big-endian words; the two bits below the high byte tint red and blue
+  mono16,         // words of either byte order, shifted up by RowArgs::shift
+  rgb24,          // R, G, B in memory
+  bgr24,          // B, G, R in memory
+  rgba32,         // R, G, B, A in memory
+  bgra32,         // B, G, R, A in memory
+  cygm,           // two lines of a complementary mosaic: a holds cyan, yellow; b green, magenta
+  mosaic8_corrected,   // mosaic8, then RowArgs::matrix
+  mosaic8_wrapped,     // the same with sums of 32 bits, of which bits 10 to 25 count
+  mosaic16_corrected,  // mosaic16, then RowArgs::matrix
+  yuv411,              // U Y0 Y1 V Y2 Y3
+  yuv422,              // U Y0 V Y1
+  yuv444,              // U Y V
+  planes8,   // three rows of bytes, RowArgs::pitch apart: R from a, G, B
+  bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with a sample before
+             // and one behind: see RowArgs::above
+};
+constexpr size_t kSourceCount = 19;
+
+// What a row kernel writes; the values are those of LumSimpleImageFormat.
+enum class Sink : unsigned {
+  mono8_rec601,
+  bgr24,
+  bgra32,  // fourth byte not written unless the source has an alpha of its own
+  rgb24,
+  rgba32,  // likewise
+  mono8_rec709,
+  uyvy,
+  mono16_rec601,
+  mono16_rec709,
+  bgr48,
+  rgb48,
+};
+constexpr size_t kSinkCount = 11;
+
+struct SourceTraits {
+  const char* name;
+  unsigned group_pixels;  // n is a multiple of this ...
+  unsigned group_bytes;   // ... and each row of n pixels has n / group_pixels * group_bytes bytes
+  unsigned rows;          // 1: only a is read; 2: a and b
+  unsigned min_pixels;    // least n
+};
+constexpr SourceTraits kSources[kSourceCount] = {
+    {"mosaic8", 1, 1, 2, 2},        {"mosaic16", 1, 2, 2, 2}, {"mono8", 1, 1, 1, 1},
+    {"mono12_packed", 2, 3, 1, 2},  {"mono16_tinted", 1, 2, 1, 1}, {"mono16", 1, 2, 1, 1},
+    {"rgb24", 1, 3, 1, 1},          {"bgr24", 1, 3, 1, 1},    {"rgba32", 1, 4, 1, 1},
+    {"bgra32", 1, 4, 1, 1},         {"cygm", 1, 1, 2, 2},
+    {"mosaic8_corrected", 1, 1, 2, 2}, {"mosaic8_wrapped", 1, 1, 2, 2},
+    {"mosaic16_corrected", 1, 2, 2, 2},
+    {"yuv411", 4, 6, 1, 4},         {"yuv422", 2, 4, 1, 2},   {"yuv444", 1, 3, 1, 1},
+    {"planes8", 1, 1, 1, 1},        {"bilinear", 1, 1, 1, 1},
+};
+
+struct SinkTraits {
+  const char* name;
+  unsigned pixel_bytes;
+  unsigned group_pixels;  // n is a multiple of this
+};
+constexpr SinkTraits kSinks[kSinkCount] = {
+    {"mono8_rec601", 1, 1}, {"bgr24", 3, 1},        {"bgra32", 4, 1},        {"rgb24", 3, 1},
+    {"rgba32", 4, 1},       {"mono8_rec709", 1, 1}, {"uyvy", 2, 2},          {"mono16_rec601", 2, 1},
+    {"mono16_rec709", 2, 1}, {"bgr48", 6, 1},       {"rgb48", 6, 1},
+};
+
+// What a kernel needs to know beyond its rows; each source reads only what its comment names.
+struct RowArgs {
+  // mosaics: 0 when column 0 of row a is red, 1 when column 1 is.
+  // cygm:    0 when column 0 of row b is green, 1 when it is magenta.
+  uint32_t column = 0;
+  // mono16: bits by which a word is shifted up to fill 16 bits; at most 8 to 8-bit sinks, at most 16
+  // to the others. mono12_packed to 16-bit sinks: bits by which the 12 bits are shifted up.
+  uint32_t shift = 0;
+  uint32_t big_endian = 0;  // mono16: 1 when the first byte of a word is its high byte
+  // The corrected mosaics: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes its
+  // row's sum >> scale, limited to what the sink holds.
+  const int32_t* matrix = nullptr;
+  uint32_t scale = 0;
+  // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.
+  uint32_t wide = 0;
+  ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes
+  // bilinear: where the rows above and below lie, in bytes from a; `column` is then the parity of the
+  // columns that hold the row's own colour, and own_is_blue tells which that is.
+  ptrdiff_t above = 0, below = 0;
+  uint32_t own_is_blue = 0;
+};
+
+// Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two), writes
+// exactly n pixels of dst; no pointer needs an alignment. In the two-row sources the last pixel has
+// the value of the one before it. dst may equal a only for rgb24 -> bgr24 and bgr24 -> rgb24.
+using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                           const RowArgs& args);
+
+// kPaddedBytes: sources of rows that the library made itself read on beyond the last pixel, up to
+// this many bytes; every other source reads its n pixels only.
+constexpr size_t kPaddedBytes = 64;
+
+// The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer is
+// at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end.
+constexpr int kTileMargin = 8;
+constexpr int kTileSlack = 16;
+
+// Index 3 of z and qh is row y, the one that is written.
+struct DemosaicTile {
+  const int16_t* z[7];   // samples, rows y - 3 .. y + 3
+  const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
+  const int16_t* qv;     // differences down the column, row y
+  const int16_t* e;      // direction, row y
+  const int16_t* act;    // activity, row y
+  int16_t* work[5];      // rows for the kernel's own use
+  uint32_t native;       // parity of the columns of row y that hold the row's own colour
+  size_t pixels;         // columns to write, from column 0 of the tile on, rounded up to kPaddedBytes
+  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
+};
+
+struct DemosaicKernels {
+  void (*widen)(int16_t* dst, const uint8_t* src, size_t bytes);
+  // From a row's samples: qh and the sums over three columns of the activity along the row.
+  void (*along_row)(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scratch, size_t words);
+  // From rows y - 2 .. y + 2: pv and the sums over three columns of the activity down the column.
+  void (*down_column)(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
+                      size_t words);
+  // From rows y - 1 .. y + 1 of pv, ah3, av3: qv, direction and activity of row y.
+  void (*direction)(const int16_t* const pv[3], const int16_t* const ah3[3],
+                    const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
+                    size_t words);
+  void (*lcaa)(const DemosaicTile& tile);
+  void (*lcaav)(const DemosaicTile& tile);
+  void (*yuv422)(const DemosaicTile& tile);
+};
+
+struct Kernels {
+  RowKernel row[kSourceCount][kSinkCount];  // null where the conversion does not exist or is a copy
+  void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes);  // swaps two disjoint byte ranges
+
+  DemosaicKernels demosaic;
+
+  constexpr RowKernel at(Source source, Sink sink) const {
+    return row[static_cast<size_t>(source)][static_cast<size_t>(sink)];
+  }
+};
+
+}  // namespace lum
+
+#endif

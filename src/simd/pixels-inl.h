@@ -1,0 +1,127 @@
+// SPDX-License-Identifier: MIT
+// Pixel arithmetic: luminance, chroma, averages. Each formula stands here once, for all levels.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// Blocks of kLanes pixels, what sources give and sinks take.
+struct Gray8 {
+  U8 y;
+};
+struct Gray16 {
+  Wide y;
+};
+struct Rgb8 {
+  U8 r, g, b;
+};
+struct Rgb16 {
+  Wide r, g, b;
+};
+// Four vectors of kLanes / 4 pixels of four bytes each, in memory order (bgr tells which); the fourth
+// byte is alpha, or undefined.
+template <bool bgr, bool has_alpha>
+struct Pixels4 {
+  U8 quarter[4];
+};
+
+template <class V>
+LUM_INLINE V avg_down(V a, V b) {  // (a + b) >> 1 without a ninth bit
+  return avg_up(a, b) - ((a ^ b) & 1);
+}
+
+// Luminance: (wr R + wg G + wb B + round) >> 8. BT.601 truncates and BT.709 rounds.
+// The green weight is above 127, the limit of a signed byte, so it is split over the two products of
+// madd(): once beside red and once beside blue.
+struct Rec601 {
+  static constexpr int kRed = 77, kGreen = 150, kBlue = 29, kRound = 0, kGreenWithRed = 51;
+};
+struct Rec709 {
+  static constexpr int kRed = 54, kGreen = 184, kBlue = 18, kRound = 128, kGreenWithRed = 74;
+};
+
+template <class Luma>
+LUM_INLINE U8 luma(const Rgb8& p) {
+  const I8 red_green = I8(splat_pair(Luma::kRed, Luma::kGreenWithRed));
+  const I8 blue_green = I8(splat_pair(Luma::kBlue, Luma::kGreen - Luma::kGreenWithRed));
+  const Bytes2 rg = interleave(p.r, p.g);
+  const Bytes2 bg = interleave(p.b, p.g);
+  // Each product pair is at most 255 * 128; their sum needs all 16 bits, unsigned.
+  U16 lo = U16(madd(rg.lo, red_green)) + U16(madd(bg.lo, blue_green));
+  U16 hi = U16(madd(rg.hi, red_green)) + U16(madd(bg.hi, blue_green));
+  if (Luma::kRound != 0) {
+    lo += static_cast<uint16_t>(Luma::kRound);
+    hi += static_cast<uint16_t>(Luma::kRound);
+  }
+  return pack_high(lo, hi);
+}
+
+// The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the signed
+// one; the weights add up to 256, so 128 * 256 is put back.
+template <class Luma, bool bgr, bool has_alpha>
+LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
+  constexpr uint32_t kFirst = bgr ? Luma::kBlue : Luma::kRed;
+  constexpr uint32_t kThird = bgr ? Luma::kRed : Luma::kBlue;
+  const U8 weights = U8(U32{} + (kFirst | uint32_t{Luma::kGreen} << 8 | kThird << 16));
+  const I16 ones = I16(splat16(1));
+  U32 q[4];
+  for (int i = 0; i < 4; ++i) {
+    const I16 pairs = madd(weights, I8(p.quarter[i] ^ 0x80));
+    q[i] = (U32(madd(pairs, ones)) + static_cast<uint32_t>(128 * 256 + Luma::kRound)) >> 8;
+  }
+  return narrow4(q);
+}
+
+// 16-bit samples: the sum needs 24 bits. `high` adds the products' upper parts, each floored, so it
+// falls short of the result by less than 4; the low 16 bits of the sum tell by how much.
+template <class Luma>
+LUM_INLINE U16 luma(U16 r, U16 g, U16 b) {
+  const U16 wr = multiplier(Luma::kRed), wg = multiplier(Luma::kGreen), wb = multiplier(Luma::kBlue);
+  const U16 high = mul_hi(r, wr << 8) + mul_hi(g, wg << 8) + mul_hi(b, wb << 8);
+  const U16 low = r * wr + g * wg + b * wb + static_cast<uint16_t>(Luma::kRound);
+  return high + (((low >> 8) - high) & 255);
+}
+template <class Luma>
+LUM_INLINE Wide luma(const Rgb16& p) {
+  return {luma<Luma>(p.r.lo, p.g.lo, p.b.lo), luma<Luma>(p.r.hi, p.g.hi, p.b.hi)};
+}
+
+// Studio-range YUV 4:2:2 from R, G, B:
+//   Y = ((66 R + 129 G + 25 B + 128) >> 8) + 16
+//   U = ((-38 R - 74 G + 112 B + 128) >> 8) + 128, V = ((112 R - 94 G - 18 B + 128) >> 8) + 128
+// and U, V of a pixel pair = (first + second) >> 1. `uv` holds U, V byte by byte, one of each a pair.
+struct Yuv422 {
+  U8 y, uv;
+};
+LUM_INLINE I16 half_sum_of_pairs(I8 v) {
+  return madd(splat8(1), v) >> 1;
+}
+LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
+  const Bytes2 rg = interleave(p.r, p.g);
+  // A constant beside blue brings the rounding term in without an addition of its own.
+  constexpr int kBeside = 64;
+  const Bytes2 bk = interleave(p.b, splat8(kBeside));
+  // R and G less 128, as the weight 129 needs the unsigned factor; 128 (66 + 129) is put back.
+  const U8 y_red_green = splat_pair(66, 129);
+  const I8 y_blue = I8(splat_pair(25, 66));  // 66 * 64 = 128 + 16 * 256
+  constexpr uint16_t kBack = 128 * (66 + 129);
+  static_assert(66 * kBeside == 128 + 16 * 256, "rounding and offset of Y");
+  const U16 y_lo =
+      U16(madd(y_red_green, I8(rg.lo ^ 0x80))) + U16(madd(bk.lo, y_blue)) + kBack;
+  const U16 y_hi =
+      U16(madd(y_red_green, I8(rg.hi ^ 0x80))) + U16(madd(bk.hi, y_blue)) + kBack;
+
+  const I8 u_red_green = I8(splat_pair(-38, -74)), u_blue = I8(splat_pair(112, 2));
+  const I8 v_red_green = I8(splat_pair(112, -94)), v_blue = I8(splat_pair(-18, 2));
+  static_assert(2 * kBeside == 128, "rounding of U and V");
+  const I8 u = pack_sat_signed((madd(rg.lo, u_red_green) + madd(bk.lo, u_blue)) >> 8,
+                               (madd(rg.hi, u_red_green) + madd(bk.hi, u_blue)) >> 8);
+  const I8 v = pack_sat_signed((madd(rg.lo, v_red_green) + madd(bk.lo, v_blue)) >> 8,
+                               (madd(rg.hi, v_red_green) + madd(bk.hi, v_blue)) >> 8);
+  const U16 u_pair = U16(half_sum_of_pairs(u) + 128);
+  const U16 v_pair = U16(half_sum_of_pairs(v) + 128);
+  return {pack_high(y_lo, y_hi), U8(u_pair | v_pair << 8)};
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

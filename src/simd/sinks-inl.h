@@ -1,0 +1,109 @@
+// SPDX-License-Identifier: MIT
+// Destinations: how a block of kLanes pixels goes to memory. One struct for each, with one store for
+// each kind of block it takes. kPixelBytes is the memory of a pixel; kKeeps tells that some of its
+// bytes are left as they were.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// Y
+template <class Luma>
+struct Mono8 {
+  static constexpr int kPixelBytes = 1;
+  static constexpr bool kKeeps = false;
+  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store(p, v.y); }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store(p, luma<Luma>(v)); }
+  template <bool bgr, bool alpha>
+  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<bgr, alpha>& v) {
+    store(p, luma<Luma>(v));
+  }
+};
+
+// R G B, or with bgr B G R
+template <bool bgr>
+struct Packed24 {
+  static constexpr int kPixelBytes = 3;
+  static constexpr bool kKeeps = false;
+  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store3_same(p, v.y); }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
+    store3(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
+  }
+  template <bool source_bgr, bool alpha>
+  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<source_bgr, alpha>& v) {
+    for (int i = 0; i < 4; ++i) {
+      compress3<bgr != source_bgr>(p + i * (kLanes / 4 * 3), v.quarter[i]);
+    }
+  }
+};
+
+// R G B A, or with bgr B G R A; A is written only from a source that has one
+template <bool bgr>
+struct Packed32 {
+  static constexpr int kPixelBytes = 4;
+  static constexpr bool kKeeps = true;
+  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store4_keep(p, v.y, v.y, v.y); }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
+    store4_keep(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
+  }
+  template <bool source_bgr, bool alpha>
+  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<source_bgr, alpha>& v) {
+    for (int i = 0; i < 4; ++i) {
+      const U8 pixels = bgr != source_bgr ? swap02(v.quarter[i]) : v.quarter[i];
+      if (alpha) {
+        store(p + i * kLanes, pixels);
+      } else {
+        store_keep(p + i * kLanes, pixels);
+      }
+    }
+  }
+};
+
+// U Y0 V Y1
+struct Uyvy {
+  static constexpr int kPixelBytes = 2;
+  static constexpr bool kKeeps = false;
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
+    store_block(p, to_yuv422(v));
+  }
+  static LUM_INLINE void store_block(uint8_t* p, const Yuv422& v) { store2(p, v.uv, v.y); }
+  static LUM_INLINE void store_block(uint8_t* p, const Wide& v) { store(p, v); }
+  // Kept: chroma of a grey source is 0, not the neutral 128; receivers of these frames rely on it.
+  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store2(p, U8{}, v.y); }
+};
+
+// Y as a word in host order
+template <class Luma>
+struct Mono16 {
+  static constexpr int kPixelBytes = 2;
+  static constexpr bool kKeeps = false;
+  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) {
+    store(p, v.y.lo);
+    store(p + kLanes, v.y.hi);
+  }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb16& v) {
+    store_block(p, Gray16{luma<Luma>(v)});
+  }
+  // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store2(p, luma<Luma>(v), U8{}); }
+};
+
+// R G B as words in host order, or with bgr B G R
+template <bool bgr>
+struct Packed48 {
+  static constexpr int kPixelBytes = 6;
+  static constexpr bool kKeeps = false;
+  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) {
+    store3_same(p, v.y.lo);
+    store3_same(p + 3 * kLanes, v.y.hi);
+  }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb16& v) {
+    const Wide& first = bgr ? v.b : v.r;
+    const Wide& third = bgr ? v.r : v.b;
+    store3(p, first.lo, v.g.lo, third.lo);
+    store3(p + 3 * kLanes, first.hi, v.g.hi, third.hi);
+  }
+};
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

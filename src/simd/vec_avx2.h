@@ -1,0 +1,272 @@
+// SPDX-License-Identifier: MIT
+// Vector primitives, level avx2: 32 lanes. Shuffles work within 128-bit halves, so interleaved words
+// stay in the order in which the pack functions take them back, and stores of interleaved pixels go
+// out in halves, which costs less than exchanging halves in registers.
+#ifndef LUM_SIMD_VEC_AVX2_H
+#define LUM_SIMD_VEC_AVX2_H
+
+#include <immintrin.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+constexpr int kLanes = 32;
+}
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#include "simd/vec_types-inl.h"
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+LUM_INLINE __m256i m(U8 v) { return reinterpret_cast<__m256i>(v); }
+LUM_INLINE __m256i m(U16 v) { return reinterpret_cast<__m256i>(v); }
+LUM_INLINE __m256i m(I16 v) { return reinterpret_cast<__m256i>(v); }
+LUM_INLINE __m256i m(I32 v) { return reinterpret_cast<__m256i>(v); }
+LUM_INLINE U8 u8(__m256i v) { return reinterpret_cast<U8>(v); }
+LUM_INLINE U16 u16(__m256i v) { return reinterpret_cast<U16>(v); }
+LUM_INLINE I16 i16(__m256i v) { return reinterpret_cast<I16>(v); }
+
+constexpr int kNone = 0x80;  // a shuffle index that gives zero
+LUM_INLINE U8 shuffle(U8 v, const LaneTable& t) {
+  return u8(_mm256_shuffle_epi8(m(v), m(load<U8>(t.v))));
+}
+LUM_INLINE U8 load_halves(const uint8_t* low, const uint8_t* high) {
+  return u8(_mm256_inserti128_si256(
+      _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(low))),
+      _mm_loadu_si128(reinterpret_cast<const __m128i*>(high)), 1));
+}
+LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(low), _mm256_castsi256_si128(m(v)));
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(high), _mm256_extracti128_si256(m(v), 1));
+}
+// Quarters 0 2 1 3: from two vectors packed half by half to memory order.
+LUM_INLINE __m256i in_memory_order(__m256i v) { return _mm256_permute4x64_epi64(v, 0xD8); }
+
+// Lanes chosen by the parity of their number.
+struct Mask {
+  U8 bytes;
+  U16 words;
+};
+LUM_INLINE Mask even_lanes(unsigned parity) {
+  const U16 odd = splat16(0) - splat16(parity & 1);  // all ones when the odd lanes are meant
+  return {U8(splat16(0x00FF) ^ odd), U16(reinterpret_cast<U32>(odd) ^ 0x0000FFFFu)};
+}
+// x = a in the chosen lanes and b in the others; y the other way round.
+LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
+  const U8 t = (a ^ b) & mask.bytes;
+  x = b ^ t;
+  y = a ^ t;
+}
+LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
+  const U16 t = (a ^ b) & mask.words;
+  x = b ^ t;
+  y = a ^ t;
+}
+
+LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm256_avg_epu8(m(a), m(b))); }
+LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm256_avg_epu16(m(a), m(b))); }
+LUM_INLINE I16 absolute(I16 a) { return i16(_mm256_abs_epi16(m(a))); }
+LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm256_min_epi16(m(a), m(b))); }
+LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm256_mulhi_epu16(m(a), m(b))); }
+// n is at most 16.
+LUM_INLINE U16 shift_left(U16 a, unsigned n) {
+  return u16(_mm256_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+LUM_INLINE U16 shift_right(U16 a, unsigned n) {
+  return u16(_mm256_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+
+// a0 b0 a1 b1 ... within each half: pixels 0-7 and 16-23 in lo, 8-15 and 24-31 in hi.
+LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
+  return {u8(_mm256_unpacklo_epi8(m(a), m(b))), u8(_mm256_unpackhi_epi8(m(a), m(b)))};
+}
+LUM_INLINE Words2 interleave(I16 a, I16 b) {
+  return {i16(_mm256_unpacklo_epi16(m(a), m(b))), i16(_mm256_unpackhi_epi16(m(a), m(b)))};
+}
+// Products of unsigned and signed bytes, added in pairs.
+LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm256_maddubs_epi16(m(u), m(U8(s)))); }
+// Products of signed words, added in pairs.
+LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm256_madd_epi16(m(a), m(b))); }
+
+// Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
+LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return u8(_mm256_packus_epi16(m(lo >> 8), m(hi >> 8))); }
+LUM_INLINE U8 pack_sat(I16 lo, I16 hi) { return u8(_mm256_packus_epi16(m(lo), m(hi))); }
+LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
+  return reinterpret_cast<I8>(_mm256_packs_epi16(m(lo), m(hi)));
+}
+// The same from 32 to 16 bits, limited to signed or to unsigned words.
+LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm256_packs_epi32(m(lo), m(hi))); }
+LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm256_packus_epi32(m(lo), m(hi))); }
+// Signed words in memory order to bytes, limited to 0..255.
+LUM_INLINE U8 narrow(I16 lo, I16 hi) {
+  return u8(in_memory_order(_mm256_packus_epi16(m(lo), m(hi))));
+}
+// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
+LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
+  const __m256i v = _mm256_packus_epi16(_mm256_packs_epi32(m(U8(q[0])), m(U8(q[1]))),
+                                        _mm256_packs_epi32(m(U8(q[2])), m(U8(q[3]))));
+  return u8(_mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7)));
+}
+
+// The order of the two bytes of a word, as data.
+using ByteOrder = U8;
+constexpr LaneTable kLaneNumbers = lane_table([](int i) { return i % 16; });
+LUM_INLINE ByteOrder byte_order(bool big_endian) {
+  return load<U8>(kLaneNumbers.v) ^ static_cast<uint8_t>(big_endian);
+}
+LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm256_shuffle_epi8(m(v), m(order))); }
+
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+constexpr LaneTable kEdge8 = lane_table([](int i) { return i < 31 ? i % 16 + (i >= 16) : 14; });
+constexpr LaneTable kEdge16 =
+    lane_table([](int i) { return i < 16 ? i : i < 30 ? i % 16 + 2 : i % 16 - 2; });
+LUM_INLINE U8 load_edge8(const uint8_t* p) { return shuffle(load_halves(p + 1, p + 16), kEdge8); }
+LUM_INLINE U16 load_edge16(const uint8_t* p) {
+  return U16(shuffle(load_halves(p + 2, p + 16), kEdge16));
+}
+
+// Bytes to words, half a vector of them, in memory order.
+LUM_INLINE U16 load_widened(const uint8_t* p) {
+  return u16(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
+}
+
+// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
+// 3 (i / 2) + 2 (i % 2); in each half the first 11 pixels are within one load, the others in one
+// 8 bytes on.
+constexpr int packed12_byte(int pixel) { return pixel / 2 * 3 + pixel % 2 * 2; }
+constexpr LaneTable kPacked12First =
+    lane_table([](int i) { return i % 16 < 11 ? packed12_byte(i % 16) : kNone; });
+constexpr LaneTable kPacked12Rest =
+    lane_table([](int i) { return i % 16 < 11 ? kNone : packed12_byte(i % 16) - 8; });
+LUM_INLINE U8 load_packed12(const uint8_t* p) {
+  return shuffle(load_halves(p, p + 24), kPacked12First) |
+         shuffle(load_halves(p + 8, p + 32), kPacked12Rest);
+}
+
+// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
+// negative number gives zero. The formulas repeat every 12 bytes.
+constexpr int shifted_or_none(int byte, int i) { return byte < 0 ? kNone : byte % 12 + (i < 16 ? 0 : 4); }
+template <class Formula>
+constexpr LaneTable kWordsOf3 = lane_table([](int i) {
+  const int word = i % 32 / 2;
+  return shifted_or_none(i % 2 ? Formula::high(word) : Formula::low(word), i);
+});
+// 24 bytes, the upper half from 8 bytes on: its own 12 bytes begin at byte 4.
+LUM_INLINE U8 load24(const uint8_t* p) { return load_halves(p, p + 8); }
+template <class Formula>
+LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+  return U16(shuffle(load24(p), kWordsOf3<Formula>));
+}
+// Bytes c0 c1 c2 c0 c1 c2 ... apart: in each half channel c takes these bytes of the k-th 16.
+constexpr int deinterleave3_index(int k, int c, int i) {
+  const int byte = 3 * (i % 16) + c - 16 * k;
+  return byte < 0 || byte >= 16 ? kNone : byte;
+}
+template <int k, int c>
+constexpr LaneTable kDeinterleave3 = lane_table([](int i) { return deinterleave3_index(k, c, i); });
+template <int c>
+LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
+  return shuffle(v0, kDeinterleave3<0, c>) | shuffle(v1, kDeinterleave3<1, c>) |
+         shuffle(v2, kDeinterleave3<2, c>);
+}
+LUM_INLINE Bytes3 load3(const uint8_t* p) {
+  const U8 v0 = load_halves(p, p + 48), v1 = load_halves(p + 16, p + 64),
+           v2 = load_halves(p + 32, p + 80);
+  return {channel_of_3<0>(v0, v1, v2), channel_of_3<1>(v0, v1, v2), channel_of_3<2>(v0, v1, v2)};
+}
+
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) {
+  const Bytes2 v = interleave(even, odd);
+  store(p, u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x20)));
+  store(p + 32, u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x31)));
+}
+
+// Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte of
+// channel `c` it takes, or kNone when it belongs to another channel. The same in both halves.
+constexpr int interleave3_index(int size, int k, int c, int i) {
+  const int byte = 16 * k + i % 16;
+  const int element = byte / size;
+  return element % 3 == c ? element / 3 * size + byte % size : kNone;
+}
+template <int size, int k, int c>
+constexpr LaneTable kInterleave3 = lane_table([](int i) { return interleave3_index(size, k, c, i); });
+template <int size, int k>
+constexpr LaneTable kTriplicate =
+    lane_table([](int i) { return (16 * k + i % 16) / size / 3 * size + i % size; });
+
+template <int size, int k>
+LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
+  return shuffle(c0, kInterleave3<size, k, 0>) | shuffle(c1, kInterleave3<size, k, 1>) |
+         shuffle(c2, kInterleave3<size, k, 2>);
+}
+template <int size>
+LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  store_halves(p, p + 48, interleaved3<size, 0>(c0, c1, c2));
+  store_halves(p + 16, p + 64, interleaved3<size, 1>(c0, c1, c2));
+  store_halves(p + 32, p + 80, interleaved3<size, 2>(c0, c1, c2));
+}
+template <int size>
+LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
+  store_halves(p, p + 48, shuffle(c, kTriplicate<size, 0>));
+  store_halves(p + 16, p + 64, shuffle(c, kTriplicate<size, 1>));
+  store_halves(p + 32, p + 80, shuffle(c, kTriplicate<size, 2>));
+}
+LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
+LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
+}
+LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
+LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+
+// Four-byte pixels whose last byte stays as it is in memory.
+LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
+  const U8 alpha = U8(U32{} + 0xFF000000u);
+  store(p, u8(_mm256_blendv_epi8(m(pixels), m(load<U8>(p)), m(alpha))));
+}
+LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  const Bytes2 c01 = interleave(c0, c1);
+  const Bytes2 c2x = interleave(c2, c2);
+  const __m256i q0 = _mm256_unpacklo_epi16(m(c01.lo), m(c2x.lo));  // pixels 0-3, 16-19
+  const __m256i q1 = _mm256_unpackhi_epi16(m(c01.lo), m(c2x.lo));  // pixels 4-7, 20-23
+  const __m256i q2 = _mm256_unpacklo_epi16(m(c01.hi), m(c2x.hi));
+  const __m256i q3 = _mm256_unpackhi_epi16(m(c01.hi), m(c2x.hi));
+  store_keep(p, u8(_mm256_permute2x128_si256(q0, q1, 0x20)));
+  store_keep(p + 32, u8(_mm256_permute2x128_si256(q2, q3, 0x20)));
+  store_keep(p + 64, u8(_mm256_permute2x128_si256(q0, q1, 0x31)));
+  store_keep(p + 96, u8(_mm256_permute2x128_si256(q2, q3, 0x31)));
+}
+
+// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back. The second
+// half is loaded and stored 4 bytes early so that 24 bytes are touched and no more.
+constexpr LaneTable kExpand3 = lane_table([](int i) {
+  return i % 4 == 3 ? kNone : i % 16 / 4 * 3 + i % 4 + (i < 16 ? 0 : 4);
+});
+template <bool swap>
+constexpr LaneTable kCompress3 = lane_table([](int i) {
+  const int byte = i < 16 ? i : i % 16 - 4;
+  return byte < 0 || byte >= 12 ? kNone : byte / 3 * 4 + (swap ? 2 - byte % 3 : byte % 3);
+});
+LUM_INLINE U8 expand3(const uint8_t* p) { return shuffle(load24(p), kExpand3); }
+template <bool swap>
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  const __m256i v = m(shuffle(pixels, kCompress3<swap>));
+  const __m128i low = _mm256_castsi256_si128(v);
+  const __m128i high = _mm_or_si128(_mm256_extracti128_si256(v, 1), _mm_srli_si128(low, 8));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), low);
+  _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), high);
+}
+// Bytes 0 and 2 of every four change places.
+constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
+LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#endif

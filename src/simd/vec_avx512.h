@@ -1,0 +1,273 @@
+// SPDX-License-Identifier: MIT
+// Vector primitives, level avx512: F, BW, VL, DQ and VBMI, 64 lanes. Byte permutes across the whole
+// register replace shuffles within 128 bits; masks replace blends.
+#ifndef LUM_SIMD_VEC_AVX512_H
+#define LUM_SIMD_VEC_AVX512_H
+
+#include <immintrin.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+constexpr int kLanes = 64;
+}
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#include "simd/vec_types-inl.h"
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+LUM_INLINE __m512i m(U8 v) { return reinterpret_cast<__m512i>(v); }
+LUM_INLINE __m512i m(U16 v) { return reinterpret_cast<__m512i>(v); }
+LUM_INLINE __m512i m(I16 v) { return reinterpret_cast<__m512i>(v); }
+LUM_INLINE __m512i m(I32 v) { return reinterpret_cast<__m512i>(v); }
+LUM_INLINE U8 u8(__m512i v) { return reinterpret_cast<U8>(v); }
+LUM_INLINE U16 u16(__m512i v) { return reinterpret_cast<U16>(v); }
+LUM_INLINE I16 i16(__m512i v) { return reinterpret_cast<I16>(v); }
+
+LUM_INLINE U8 permute(U8 v, const LaneTable& t) {
+  return u8(_mm512_permutexvar_epi8(m(load<U8>(t.v)), m(v)));
+}
+
+// Groups of four bytes (n = 16) or of eight (n = 8) taken in the order of a formula.
+struct Lanes32 {
+  alignas(64) uint32_t v[16];
+};
+// Row and column of a 4 x 4 matrix of 32-bit lanes exchanged: the step between pixels kept in order
+// and what unpacking or packing within 128 bits makes of them.
+constexpr Lanes32 kTranspose = {{0, 4, 8, 12, 1, 5, 9, 13, 2, 6, 10, 14, 3, 7, 11, 15}};
+LUM_INLINE __m512i transpose(__m512i v) {
+  return _mm512_permutexvar_epi32(_mm512_load_si512(kTranspose.v), v);
+}
+
+// Lanes chosen by the parity of their number.
+struct Mask {
+  __mmask64 bytes;
+};
+LUM_INLINE Mask even_lanes(unsigned parity) { return {0x5555555555555555ull << (parity & 1)}; }
+
+// x = a in the chosen lanes and b in the others; y the other way round.
+LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
+  x = u8(_mm512_mask_blend_epi8(mask.bytes, m(b), m(a)));
+  y = u8(_mm512_mask_blend_epi8(mask.bytes, m(a), m(b)));
+}
+LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
+  const __mmask32 words = static_cast<__mmask32>(mask.bytes);
+  x = u16(_mm512_mask_blend_epi16(words, m(b), m(a)));
+  y = u16(_mm512_mask_blend_epi16(words, m(a), m(b)));
+}
+
+LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm512_avg_epu8(m(a), m(b))); }
+LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm512_avg_epu16(m(a), m(b))); }
+LUM_INLINE I16 absolute(I16 a) { return i16(_mm512_abs_epi16(m(a))); }
+LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm512_min_epi16(m(a), m(b))); }
+LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b))); }
+// n is at most 16.
+LUM_INLINE U16 shift_left(U16 a, unsigned n) {
+  return u16(_mm512_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+LUM_INLINE U16 shift_right(U16 a, unsigned n) {
+  return u16(_mm512_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+
+// a0 b0 a1 b1 ... within each 128 bits: the lower eight pixels of each in lo, the upper in hi.
+LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
+  return {u8(_mm512_unpacklo_epi8(m(a), m(b))), u8(_mm512_unpackhi_epi8(m(a), m(b)))};
+}
+LUM_INLINE Words2 interleave(I16 a, I16 b) {
+  return {i16(_mm512_unpacklo_epi16(m(a), m(b))), i16(_mm512_unpackhi_epi16(m(a), m(b)))};
+}
+// Products of unsigned and signed bytes, added in pairs.
+LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm512_maddubs_epi16(m(u), m(U8(s)))); }
+// Products of signed words, added in pairs.
+LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm512_madd_epi16(m(a), m(b))); }
+
+// Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
+LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return u8(_mm512_packus_epi16(m(lo >> 8), m(hi >> 8))); }
+LUM_INLINE U8 pack_sat(I16 lo, I16 hi) { return u8(_mm512_packus_epi16(m(lo), m(hi))); }
+LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
+  return reinterpret_cast<I8>(_mm512_packs_epi16(m(lo), m(hi)));
+}
+// The same from 32 to 16 bits, limited to signed or to unsigned words.
+LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm512_packs_epi32(m(lo), m(hi))); }
+LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm512_packus_epi32(m(lo), m(hi))); }
+// Signed words in memory order to bytes, limited to 0..255.
+LUM_INLINE U8 narrow(I16 lo, I16 hi) {
+  return u8(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
+                                     _mm512_packus_epi16(m(lo), m(hi))));
+}
+// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
+LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
+  return u8(transpose(_mm512_packus_epi16(_mm512_packs_epi32(m(U8(q[0])), m(U8(q[1]))),
+                                          _mm512_packs_epi32(m(U8(q[2])), m(U8(q[3]))))));
+}
+
+// The order of the two bytes of a word, as data.
+using ByteOrder = U8;
+constexpr LaneTable kLaneNumbers = lane_table([](int i) { return i % 16; });
+LUM_INLINE ByteOrder byte_order(bool big_endian) {
+  return load<U8>(kLaneNumbers.v) ^ static_cast<uint8_t>(big_endian);
+}
+LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm512_shuffle_epi8(m(v), m(order))); }
+
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+constexpr LaneTable kEdge8 = lane_table([](int i) { return i < 63 ? i + 1 : 62; });
+constexpr LaneTable kEdge16 = lane_table([](int i) { return i < 62 ? i + 2 : i - 2; });
+LUM_INLINE U8 load_edge8(const uint8_t* p) { return permute(load<U8>(p), kEdge8); }
+LUM_INLINE U16 load_edge16(const uint8_t* p) { return U16(permute(load<U8>(p), kEdge16)); }
+
+// Bytes to words, half a vector of them, in memory order.
+LUM_INLINE U16 load_widened(const uint8_t* p) {
+  return u16(_mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
+}
+
+// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
+// 3 (i / 2) + 2 (i % 2): the first 32 pixels are within one load, the others in one 32 bytes on.
+constexpr int packed12_byte(int pixel) { return pixel / 2 * 3 + pixel % 2 * 2; }
+constexpr LaneTable kPacked12 =
+    lane_table([](int i) { return packed12_byte(i) - (i < 32 ? 0 : 32); });
+LUM_INLINE U8 load_packed12(const uint8_t* p) {
+  const __m512i index = m(load<U8>(kPacked12.v));
+  const __m512i first = _mm512_permutexvar_epi8(index, m(load<U8>(p)));
+  return u8(_mm512_mask_permutexvar_epi8(first, 0xFFFFFFFF00000000ull, index, m(load<U8>(p + 32))));
+}
+
+// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
+// negative number gives zero. The formulas repeat every 12 bytes.
+// Zero comes by the mask of the words' bytes that have a source.
+template <class Formula>
+constexpr int byte_of_word(int i) {
+  return i % 2 ? Formula::high(i / 2) : Formula::low(i / 2);
+}
+template <class Formula>
+constexpr LaneTable kWordsOf3 = lane_table([](int i) {
+  const int byte = byte_of_word<Formula>(i);
+  return byte < 0 ? 0 : byte;
+});
+template <class Formula>
+constexpr uint64_t words_of_3_mask() {
+  uint64_t mask = 0;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{byte_of_word<Formula>(i) >= 0} << i;
+  return mask;
+}
+constexpr __mmask64 kThreeQuarters = 0x0000FFFFFFFFFFFFull;
+LUM_INLINE U8 load48(const uint8_t* p) {
+  return u8(_mm512_maskz_loadu_epi8(kThreeQuarters, p));
+}
+template <class Formula>
+LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+  return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
+                                           m(load<U8>(kWordsOf3<Formula>.v)), m(load48(p))));
+}
+
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) {
+  const Bytes2 v = interleave(even, odd);
+  const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
+  const __m512i second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
+  store(p, u8(_mm512_permutex2var_epi64(m(v.lo), first, m(v.hi))));
+  store(p + 64, u8(_mm512_permutex2var_epi64(m(v.lo), second, m(v.hi))));
+}
+
+// Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3 does
+// not divide 64, a byte position belongs to a different channel in each of the three, so one permute
+// a channel puts every byte where it goes, and blends with constant masks finish the job.
+constexpr int channel_of(int size, int k, int i) { return (64 * k + i) / size % 3; }
+constexpr int spread3_index(int size, int c, int i) {
+  for (int k = 0; k < 3; ++k) {
+    if (channel_of(size, k, i) == c) return (64 * k + i) / size / 3 * size + i % size;
+  }
+  return 0;
+}
+constexpr uint64_t channel_mask(int size, int k, int c) {
+  uint64_t mask = 0;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{channel_of(size, k, i) == c} << i;
+  return mask;
+}
+template <int size, int c>
+constexpr LaneTable kSpread3 = lane_table([](int i) { return spread3_index(size, c, i); });
+template <int size, int k>
+constexpr LaneTable kTriplicate =
+    lane_table([](int i) { return (64 * k + i) / size / 3 * size + i % size; });
+
+template <int size, int k>
+LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
+  const __m512i c01 = _mm512_mask_blend_epi8(channel_mask(size, k, 1), m(c0), m(c1));
+  return u8(_mm512_mask_blend_epi8(channel_mask(size, k, 2), c01, m(c2)));
+}
+// Bytes c0 c1 c2 c0 c1 c2 ... apart: the same blends, then one permute a channel.
+template <int c>
+constexpr LaneTable kGather3 = lane_table([](int i) { return (3 * i + c) % 64; });
+template <int c>
+LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
+  const __m512i v01 = _mm512_mask_blend_epi8(channel_mask(1, 1, c), m(v0), m(v1));
+  return permute(u8(_mm512_mask_blend_epi8(channel_mask(1, 2, c), v01, m(v2))), kGather3<c>);
+}
+LUM_INLINE Bytes3 load3(const uint8_t* p) {
+  const U8 v0 = load<U8>(p), v1 = load<U8>(p + 64), v2 = load<U8>(p + 128);
+  return {channel_of_3<0>(v0, v1, v2), channel_of_3<1>(v0, v1, v2), channel_of_3<2>(v0, v1, v2)};
+}
+
+template <int size>
+LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  c0 = permute(c0, kSpread3<size, 0>);
+  c1 = permute(c1, kSpread3<size, 1>);
+  c2 = permute(c2, kSpread3<size, 2>);
+  store(p, blend3<size, 0>(c0, c1, c2));
+  store(p + 64, blend3<size, 1>(c0, c1, c2));
+  store(p + 128, blend3<size, 2>(c0, c1, c2));
+}
+template <int size>
+LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
+  store(p, permute(c, kTriplicate<size, 0>));
+  store(p + 64, permute(c, kTriplicate<size, 1>));
+  store(p + 128, permute(c, kTriplicate<size, 2>));
+}
+LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
+LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
+}
+LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
+LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+
+// Four-byte pixels whose last byte stays as it is in memory.
+LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
+  constexpr __mmask64 colours = 0x7777777777777777ull;
+  _mm512_mask_storeu_epi8(p, colours, m(pixels));
+}
+LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  c2 = u8(transpose(m(c2)));
+  const Bytes2 c01 = interleave(u8(transpose(m(c0))), u8(transpose(m(c1))));
+  const Bytes2 c2x = interleave(c2, c2);
+  store_keep(p, u8(_mm512_unpacklo_epi16(m(c01.lo), m(c2x.lo))));
+  store_keep(p + 64, u8(_mm512_unpackhi_epi16(m(c01.lo), m(c2x.lo))));
+  store_keep(p + 128, u8(_mm512_unpacklo_epi16(m(c01.hi), m(c2x.hi))));
+  store_keep(p + 192, u8(_mm512_unpackhi_epi16(m(c01.hi), m(c2x.hi))));
+}
+
+// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
+constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + i % 4 % 3; });
+template <bool swap>
+constexpr LaneTable kCompress3 =
+    lane_table([](int i) { return i / 3 * 4 % 64 + (swap ? 2 - i % 3 : i % 3); });
+LUM_INLINE U8 expand3(const uint8_t* p) {
+  return permute(load48(p), kExpand3);
+}
+template <bool swap>
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<swap>)));
+}
+// Bytes 0 and 2 of every four change places.
+constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
+LUM_INLINE U8 swap02(U8 v) { return u8(_mm512_shuffle_epi8(m(v), m(load<U8>(kSwap02.v)))); }
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#endif

@@ -1,0 +1,205 @@
+// SPDX-License-Identifier: MIT
+// Vector primitives, level base: plain loops over lanes, for any processor.
+#ifndef LUM_SIMD_VEC_BASE_H
+#define LUM_SIMD_VEC_BASE_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+constexpr int kLanes = 4;
+}
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#include "simd/vec_types-inl.h"
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+constexpr int kWords = kLanes / 2;
+
+template <class V, class F>
+LUM_INLINE V lanes(F f) {
+  V r;
+  for (int i = 0; i < static_cast<int>(sizeof(V) / sizeof(r[0])); ++i) r[i] = f(i);
+  return r;
+}
+
+// Lanes chosen by the parity of their number.
+struct Mask {
+  unsigned parity;
+};
+LUM_INLINE Mask even_lanes(unsigned parity) { return {parity & 1u}; }
+
+// x = a in the chosen lanes and b in the others; y the other way round.
+template <class V>
+LUM_INLINE void cross(Mask m, V a, V b, V& x, V& y) {
+  x = lanes<V>([&](int i) { return (i + m.parity) % 2 == 0 ? a[i] : b[i]; });
+  y = lanes<V>([&](int i) { return (i + m.parity) % 2 == 0 ? b[i] : a[i]; });
+}
+LUM_INLINE void cross16(Mask m, U16 a, U16 b, U16& x, U16& y) { cross(m, a, b, x, y); }
+
+LUM_INLINE U8 avg_up(U8 a, U8 b) {
+  return lanes<U8>([&](int i) { return (a[i] + b[i] + 1) >> 1; });
+}
+LUM_INLINE U16 avg_up(U16 a, U16 b) {
+  return lanes<U16>([&](int i) { return (a[i] + b[i] + 1) >> 1; });
+}
+LUM_INLINE I16 absolute(I16 a) {
+  return lanes<I16>([&](int i) { return a[i] < 0 ? -a[i] : a[i]; });
+}
+LUM_INLINE I16 lesser(I16 a, I16 b) {
+  return lanes<I16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
+}
+LUM_INLINE U16 mul_hi(U16 a, U16 b) {
+  return lanes<U16>([&](int i) { return (static_cast<uint32_t>(a[i]) * b[i]) >> 16; });
+}
+// n is at most 16.
+LUM_INLINE U16 shift_left(U16 a, unsigned n) { return lanes<U16>([&](int i) { return a[i] << n; }); }
+LUM_INLINE U16 shift_right(U16 a, unsigned n) { return lanes<U16>([&](int i) { return a[i] >> n; }); }
+
+// a0 b0 a1 b1 ...; the first half of the pixels in lo.
+LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
+  return {lanes<U8>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
+          lanes<U8>([&](int i) { return i % 2 ? b[kWords + i / 2] : a[kWords + i / 2]; })};
+}
+LUM_INLINE Words2 interleave(I16 a, I16 b) {
+  return {lanes<I16>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
+          lanes<I16>([&](int i) { return i % 2 ? b[(kWords + i) / 2] : a[(kWords + i) / 2]; })};
+}
+// Products of unsigned and signed bytes, added in pairs.
+LUM_INLINE I16 madd(U8 u, I8 s) {
+  return lanes<I16>([&](int i) { return u[2 * i] * s[2 * i] + u[2 * i + 1] * s[2 * i + 1]; });
+}
+// Products of signed words, added in pairs.
+LUM_INLINE I32 madd(I16 a, I16 b) {
+  return lanes<I32>([&](int i) { return a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1]; });
+}
+
+LUM_INLINE int clamp_to(int v, int low, int high) { return v < low ? low : v > high ? high : v; }
+
+// Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
+LUM_INLINE U8 pack_high(U16 lo, U16 hi) {
+  return lanes<U8>([&](int i) { return (i < kWords ? lo[i] : hi[i - kWords]) >> 8; });
+}
+LUM_INLINE U8 pack_sat(I16 lo, I16 hi) {
+  return lanes<U8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], 0, 255); });
+}
+LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
+  return lanes<I8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], -128, 127); });
+}
+// The same from 32 to 16 bits, limited to signed or to unsigned words.
+LUM_INLINE I16 pack_sat(I32 lo, I32 hi) {
+  constexpr int n = kWords / 2;
+  return lanes<I16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], -32768, 32767); });
+}
+LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
+  constexpr int n = kWords / 2;
+  return lanes<U16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], 0, 65535); });
+}
+// Signed words in memory order to bytes, limited to 0..255.
+LUM_INLINE U8 narrow(I16 lo, I16 hi) {
+  return lanes<U8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], 0, 255); });
+}
+// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
+LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
+  return lanes<U8>([&](int i) { return q[i / 4][i % 4]; });
+}
+
+// The order of the two bytes of a word, as data.
+struct ByteOrder {
+  unsigned swap;
+};
+LUM_INLINE ByteOrder byte_order(bool big_endian) { return {big_endian ? 1u : 0u}; }
+LUM_INLINE U16 ordered(U16 v, ByteOrder order) {
+  const U8 bytes = U8(v);
+  return U16(lanes<U8>([&](int i) { return bytes[i ^ static_cast<int>(order.swap)]; }));
+}
+
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+LUM_INLINE U8 load_edge8(const uint8_t* p) {
+  return lanes<U8>([&](int i) { return i + 1 < kLanes ? p[i + 1] : p[kLanes - 2]; });
+}
+LUM_INLINE U16 load_edge16(const uint8_t* p) {
+  const U16 v = load<U16>(p);
+  return lanes<U16>([&](int i) { return i + 1 < kWords ? v[i + 1] : v[kWords - 2]; });
+}
+
+// Bytes to words, half a vector of them, in memory order.
+LUM_INLINE U16 load_widened(const uint8_t* p) {
+  return lanes<U16>([&](int i) { return p[i]; });
+}
+
+// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels.
+LUM_INLINE U8 load_packed12(const uint8_t* p) {
+  return lanes<U8>([&](int i) { return p[i / 2 * 3 + i % 2 * 2]; });
+}
+
+
+// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
+// negative number gives zero. The formulas repeat every 12 bytes.
+template <class Formula>
+LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+  return lanes<U16>([&](int i) {
+    const int low = Formula::low(i), high = Formula::high(i);
+    return (low < 0 ? 0 : p[low]) | (high < 0 ? 0 : p[high]) << 8;
+  });
+}
+// Bytes c0 c1 c2 c0 c1 c2 ... apart.
+LUM_INLINE Bytes3 load3(const uint8_t* p) {
+  return {lanes<U8>([&](int i) { return p[3 * i]; }), lanes<U8>([&](int i) { return p[3 * i + 1]; }),
+          lanes<U8>([&](int i) { return p[3 * i + 2]; })};
+}
+
+template <class V>
+LUM_INLINE void store_interleaved3(uint8_t* p, V c0, V c1, V c2) {
+  V out[3];
+  constexpr int n = static_cast<int>(sizeof(V) / sizeof(c0[0]));
+  for (int i = 0; i < 3 * n; ++i) out[i / n][i % n] = (i % 3 == 0 ? c0 : i % 3 == 1 ? c1 : c2)[i / 3];
+  memcpy(p, out, sizeof out);
+}
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, interleave(even, odd)); }
+LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store_interleaved3(p, c0, c1, c2); }
+LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) { store_interleaved3(p, c0, c1, c2); }
+LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3(p, c, c, c); }
+LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3(p, c, c, c); }
+
+// Four-byte pixels whose last byte stays as it is in memory.
+LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  for (int i = 0; i < kLanes; ++i) {
+    p[4 * i] = c0[i];
+    p[4 * i + 1] = c1[i];
+    p[4 * i + 2] = c2[i];
+  }
+}
+LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
+  for (int i = 0; i < kLanes; ++i) {
+    if (i % 4 != 3) p[i] = pixels[i];
+  }
+}
+
+// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
+LUM_INLINE U8 expand3(const uint8_t* p) {
+  return lanes<U8>([&](int i) { return i % 4 == 3 ? 0 : p[i / 4 * 3 + i % 4]; });
+}
+template <bool swap>
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  for (int i = 0; i < kLanes; ++i) {
+    if (i % 4 != 3) p[i / 4 * 3 + (swap ? 2 - i % 4 : i % 4)] = pixels[i];
+  }
+}
+// Bytes 0 and 2 of every four change places.
+LUM_INLINE U8 swap02(U8 v) {
+  return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#endif

@@ -1,0 +1,241 @@
+// SPDX-License-Identifier: MIT
+// Vector primitives, level sse41: SSSE3 and SSE4.1, 16 lanes.
+#ifndef LUM_SIMD_VEC_SSE41_H
+#define LUM_SIMD_VEC_SSE41_H
+
+#include <immintrin.h>
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+constexpr int kLanes = 16;
+}
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#include "simd/vec_types-inl.h"
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+LUM_INLINE __m128i m(U8 v) { return reinterpret_cast<__m128i>(v); }
+LUM_INLINE __m128i m(U16 v) { return reinterpret_cast<__m128i>(v); }
+LUM_INLINE __m128i m(I16 v) { return reinterpret_cast<__m128i>(v); }
+LUM_INLINE __m128i m(I32 v) { return reinterpret_cast<__m128i>(v); }
+LUM_INLINE U8 u8(__m128i v) { return reinterpret_cast<U8>(v); }
+LUM_INLINE U16 u16(__m128i v) { return reinterpret_cast<U16>(v); }
+LUM_INLINE I16 i16(__m128i v) { return reinterpret_cast<I16>(v); }
+
+constexpr int kNone = 0x80;  // a shuffle index that gives zero
+LUM_INLINE U8 shuffle(U8 v, const LaneTable& t) {
+  return u8(_mm_shuffle_epi8(m(v), m(load<U8>(t.v))));
+}
+
+// Lanes chosen by the parity of their number.
+struct Mask {
+  U8 bytes;
+  U16 words;
+};
+LUM_INLINE Mask even_lanes(unsigned parity) {
+  const U16 odd = splat16(0) - splat16(parity & 1);  // all ones when the odd lanes are meant
+  return {U8(splat16(0x00FF) ^ odd), U16(reinterpret_cast<U32>(odd) ^ 0x0000FFFFu)};
+}
+// x = a in the chosen lanes and b in the others; y the other way round.
+LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
+  const U8 t = (a ^ b) & mask.bytes;
+  x = b ^ t;
+  y = a ^ t;
+}
+LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
+  const U16 t = (a ^ b) & mask.words;
+  x = b ^ t;
+  y = a ^ t;
+}
+
+LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm_avg_epu8(m(a), m(b))); }
+LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm_avg_epu16(m(a), m(b))); }
+LUM_INLINE I16 absolute(I16 a) { return i16(_mm_abs_epi16(m(a))); }
+LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm_min_epi16(m(a), m(b))); }
+LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm_mulhi_epu16(m(a), m(b))); }
+// n is at most 16.
+LUM_INLINE U16 shift_left(U16 a, unsigned n) {
+  return u16(_mm_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+LUM_INLINE U16 shift_right(U16 a, unsigned n) {
+  return u16(_mm_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+}
+
+// a0 b0 a1 b1 ...; the first half of the pixels in lo.
+LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
+  return {u8(_mm_unpacklo_epi8(m(a), m(b))), u8(_mm_unpackhi_epi8(m(a), m(b)))};
+}
+LUM_INLINE Words2 interleave(I16 a, I16 b) {
+  return {i16(_mm_unpacklo_epi16(m(a), m(b))), i16(_mm_unpackhi_epi16(m(a), m(b)))};
+}
+// Products of unsigned and signed bytes, added in pairs.
+LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm_maddubs_epi16(m(u), m(U8(s)))); }
+// Products of signed words, added in pairs.
+LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm_madd_epi16(m(a), m(b))); }
+
+// Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
+LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return u8(_mm_packus_epi16(m(lo >> 8), m(hi >> 8))); }
+LUM_INLINE U8 pack_sat(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi))); }
+LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
+  return reinterpret_cast<I8>(_mm_packs_epi16(m(lo), m(hi)));
+}
+// The same from 32 to 16 bits, limited to signed or to unsigned words.
+LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm_packs_epi32(m(lo), m(hi))); }
+LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm_packus_epi32(m(lo), m(hi))); }
+// Signed words in memory order to bytes, limited to 0..255.
+LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi))); }
+// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
+LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
+  return u8(_mm_packus_epi16(_mm_packs_epi32(m(U8(q[0])), m(U8(q[1]))),
+                             _mm_packs_epi32(m(U8(q[2])), m(U8(q[3])))));
+}
+
+// The order of the two bytes of a word, as data.
+using ByteOrder = U8;
+constexpr LaneTable kLaneNumbers = lane_table([](int i) { return i; });
+LUM_INLINE ByteOrder byte_order(bool big_endian) {
+  return load<U8>(kLaneNumbers.v) ^ static_cast<uint8_t>(big_endian);
+}
+LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm_shuffle_epi8(m(v), m(order))); }
+
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+constexpr LaneTable kEdge8 = lane_table([](int i) { return i < 15 ? i + 1 : 14; });
+constexpr LaneTable kEdge16 = lane_table([](int i) { return i < 14 ? i + 2 : i - 2; });
+LUM_INLINE U8 load_edge8(const uint8_t* p) { return shuffle(load<U8>(p), kEdge8); }
+LUM_INLINE U16 load_edge16(const uint8_t* p) { return U16(shuffle(load<U8>(p), kEdge16)); }
+
+// Bytes to words, half a vector of them, in memory order.
+LUM_INLINE U16 load_widened(const uint8_t* p) {
+  return u16(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
+}
+
+// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
+// 3 (i / 2) + 2 (i % 2); the first 11 pixels are within one load, the others in one 8 bytes on.
+constexpr int packed12_byte(int pixel) { return pixel / 2 * 3 + pixel % 2 * 2; }
+constexpr LaneTable kPacked12First =
+    lane_table([](int i) { return i % 16 < 11 ? packed12_byte(i % 16) : kNone; });
+constexpr LaneTable kPacked12Rest =
+    lane_table([](int i) { return i % 16 < 11 ? kNone : packed12_byte(i % 16) - 8; });
+LUM_INLINE U8 load_packed12(const uint8_t* p) {
+  return shuffle(load<U8>(p), kPacked12First) | shuffle(load<U8>(p + 8), kPacked12Rest);
+}
+
+// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
+// negative number gives zero. The formulas repeat every 12 bytes.
+constexpr int or_none(int byte) { return byte < 0 ? kNone : byte; }
+template <class Formula>
+constexpr LaneTable kWordsOf3 = lane_table([](int i) {
+  const int word = i % 16 / 2;
+  return or_none(i % 2 ? Formula::high(word) : Formula::low(word));
+});
+LUM_INLINE U8 load12(const uint8_t* p) {
+  uint32_t last;
+  memcpy(&last, p + 8, sizeof last);
+  const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
+  return u8(_mm_insert_epi32(first, static_cast<int>(last), 2));
+}
+template <class Formula>
+LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+  return U16(shuffle(load12(p), kWordsOf3<Formula>));
+}
+// Bytes c0 c1 c2 c0 c1 c2 ... apart: channel c takes these bytes of the k-th 16.
+constexpr int deinterleave3_index(int k, int c, int i) {
+  const int byte = 3 * (i % 16) + c - 16 * k;
+  return byte < 0 || byte >= 16 ? kNone : byte;
+}
+template <int k, int c>
+constexpr LaneTable kDeinterleave3 = lane_table([](int i) { return deinterleave3_index(k, c, i); });
+template <int c>
+LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
+  return shuffle(v0, kDeinterleave3<0, c>) | shuffle(v1, kDeinterleave3<1, c>) |
+         shuffle(v2, kDeinterleave3<2, c>);
+}
+LUM_INLINE Bytes3 load3(const uint8_t* p) {
+  const U8 v0 = load<U8>(p), v1 = load<U8>(p + 16), v2 = load<U8>(p + 32);
+  return {channel_of_3<0>(v0, v1, v2), channel_of_3<1>(v0, v1, v2), channel_of_3<2>(v0, v1, v2)};
+}
+
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, interleave(even, odd)); }
+
+// Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte of
+// channel `c` it takes, or kNone when it belongs to another channel.
+constexpr int interleave3_index(int size, int k, int c, int i) {
+  const int byte = 16 * k + i % 16;
+  const int element = byte / size;
+  return element % 3 == c ? element / 3 * size + byte % size : kNone;
+}
+template <int size, int k, int c>
+constexpr LaneTable kInterleave3 = lane_table([](int i) { return interleave3_index(size, k, c, i); });
+template <int size, int k>
+constexpr LaneTable kTriplicate =
+    lane_table([](int i) { return (16 * k + i % 16) / size / 3 * size + i % size; });
+
+template <int size, int k>
+LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
+  return shuffle(c0, kInterleave3<size, k, 0>) | shuffle(c1, kInterleave3<size, k, 1>) |
+         shuffle(c2, kInterleave3<size, k, 2>);
+}
+template <int size>
+LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  store(p, interleaved3<size, 0>(c0, c1, c2));
+  store(p + 16, interleaved3<size, 1>(c0, c1, c2));
+  store(p + 32, interleaved3<size, 2>(c0, c1, c2));
+}
+template <int size>
+LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
+  store(p, shuffle(c, kTriplicate<size, 0>));
+  store(p + 16, shuffle(c, kTriplicate<size, 1>));
+  store(p + 32, shuffle(c, kTriplicate<size, 2>));
+}
+LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
+LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
+}
+LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
+LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+
+// Four-byte pixels whose last byte stays as it is in memory.
+LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
+  const U8 alpha = U8(U32{} + 0xFF000000u);
+  store(p, (load<U8>(p) & alpha) | (pixels & ~alpha));
+}
+LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  const Bytes2 c01 = interleave(c0, c1);
+  const Bytes2 c2x = interleave(c2, c2);
+  store_keep(p, u8(_mm_unpacklo_epi16(m(c01.lo), m(c2x.lo))));
+  store_keep(p + 16, u8(_mm_unpackhi_epi16(m(c01.lo), m(c2x.lo))));
+  store_keep(p + 32, u8(_mm_unpacklo_epi16(m(c01.hi), m(c2x.hi))));
+  store_keep(p + 48, u8(_mm_unpackhi_epi16(m(c01.hi), m(c2x.hi))));
+}
+
+// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
+constexpr LaneTable kExpand3 = lane_table([](int i) { return i % 4 == 3 ? kNone : i / 4 * 3 + i % 4; });
+template <bool swap>
+constexpr LaneTable kCompress3 = lane_table([](int i) {
+  return i >= 12 ? kNone : i / 3 * 4 + (swap ? 2 - i % 3 : i % 3);
+});
+LUM_INLINE U8 expand3(const uint8_t* p) { return shuffle(load12(p), kExpand3); }
+template <bool swap>
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  const __m128i v = m(shuffle(pixels, kCompress3<swap>));
+  const int last = _mm_extract_epi32(v, 2);
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
+  memcpy(p + 8, &last, sizeof last);
+}
+// Bytes 0 and 2 of every four change places.
+constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i : i ^ 2; });
+LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
+
+#endif

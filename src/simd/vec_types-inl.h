@@ -1,0 +1,84 @@
+// SPDX-License-Identifier: MIT
+// What all levels share: vector types of kLanes bytes, loads, stores, averages. A level's header
+// sets kLanes, includes this, and then adds the primitives that need instructions of its own.
+#ifndef LUM_INLINE
+#define LUM_INLINE inline __attribute__((always_inline))
+#endif
+
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// `+ - & | ^ ~ << >>` and comparisons work on these lane by lane, wrapping.
+typedef uint8_t U8 __attribute__((vector_size(kLanes)));
+typedef int8_t I8 __attribute__((vector_size(kLanes)));
+typedef uint16_t U16 __attribute__((vector_size(kLanes)));
+typedef int16_t I16 __attribute__((vector_size(kLanes)));
+typedef uint32_t U32 __attribute__((vector_size(kLanes)));
+typedef int32_t I32 __attribute__((vector_size(kLanes)));
+
+// Two vectors of 16-bit lanes for kLanes pixels. `Wide` is in memory order; what interleave() makes
+// is in an order of the level's own, which only the pack functions undo.
+struct Wide {
+  U16 lo, hi;
+};
+struct Bytes2 {
+  U8 lo, hi;
+};
+struct Words2 {
+  I16 lo, hi;
+};
+struct Bytes3 {
+  U8 c0, c1, c2;
+};
+
+template <class V>
+LUM_INLINE V load(const void* p) {
+  V v;
+  __builtin_memcpy(&v, p, sizeof v);
+  return v;
+}
+
+template <class V>
+LUM_INLINE void store(void* p, V v) {
+  __builtin_memcpy(p, &v, sizeof v);
+}
+
+LUM_INLINE U8 splat8(unsigned v) { return U8{} + static_cast<uint8_t>(v); }
+LUM_INLINE U16 splat16(unsigned v) { return U16{} + static_cast<uint16_t>(v); }
+
+// Bytes v0, v1, v0, v1 ...: the weights of a madd() over interleaved bytes.
+LUM_INLINE U8 splat_pair(int v0, int v1) {
+  return U8(splat16(static_cast<uint8_t>(v0) | static_cast<unsigned>(static_cast<uint8_t>(v1)) << 8));
+}
+
+// A multiplier that the compiler cannot see through: g++ would turn a vector times a known constant
+// into a chain of shifts and adds, which is slower than the one multiplication.
+LUM_INLINE U16 multiplier(int v) {
+  U16 r = splat16(static_cast<unsigned>(v));
+#if defined(__x86_64__)
+  if constexpr (kLanes >= 16) __asm__("" : "+x"(r));
+#endif
+  return r;
+}
+LUM_INLINE I16 times(I16 v, int factor) { return I16(U16(v) * multiplier(factor)); }
+
+// Far enough ahead to cover the latency of memory, near enough to stay in the first-level cache.
+constexpr size_t kPrefetchDistance = 2048;
+LUM_INLINE void prefetch_read(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 0, 3); }
+LUM_INLINE void prefetch_write(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 1, 3); }
+
+// A table of one byte for each lane, from a formula.
+struct LaneTable {
+  alignas(64) uint8_t v[64];
+};
+template <class Formula>
+constexpr LaneTable lane_table(Formula formula) {
+  LaneTable t{};
+  for (int i = 0; i < 64; ++i) t.v[i] = static_cast<uint8_t>(formula(i));
+  return t;
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
