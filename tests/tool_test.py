@@ -1,0 +1,313 @@
+#!/usr/bin/env python3
+# SPDX-License-Identifier: MIT
+"""The lum command line, from outside: tool_test.py PATH-TO-LUM. Standard library only."""
+
+import base64
+import json
+import os
+import random
+import re
+import struct
+import subprocess
+import sys
+import tempfile
+import unittest
+import zlib
+
+LUM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else "lum"
+PATTERNS = ("GR", "RG", "GB", "BG")
+BAYER = [f"Bayer{p}{d}" for p in PATTERNS for d in ("8", "10", "12", "12Packed", "16")]
+
+MODES = ("2x2", "3x3", "lcaa", "lcaav", "yuv422")
+JPEG = base64.b64decode(  # 8x8 pixels of (200, 60, 40)
+    "/9j/4AAQSkZJRgABAQAAAQABAAD/2wBDAA0JCgsKCA0LCgsODg0PEyAVExISEyccHhcgLikxMC4pLSwzOko+MzZGNywt"
+    "QFdBRkxOUlNSMj5aYVpQYEpRUk//2wBDAQ4ODhMREyYVFSZPNS01T09PT09PT09PT09PT09PT09PT09PT09PT09PT09P"
+    "T09PT09PT09PT09PT09PT09PT0//wAARCAAIAAgDAREAAhEBAxEB/8QAFAABAAAAAAAAAAAAAAAAAAAABf/EABQQAQAA"
+    "AAAAAAAAAAAAAAAAAAD/xAAVAQEBAAAAAAAAAAAAAAAAAAAFBv/EABQRAQAAAAAAAAAAAAAAAAAAAAD/2gAMAwEAAhED"
+    "EQA/ADhipf/Z")
+
+
+def pnm(width, height, channels, samples, bits=8):
+    body = bytes(samples) if bits == 8 else struct.pack(f">{len(samples)}H", *samples)
+    kind = b"P5" if channels == 1 else b"P6"
+    return b"%s\n%d %d\n%d\n" % (kind, width, height, (1 << bits) - 1) + body
+
+
+def read_pnm(data):
+    kind, width, height, top, body = re.match(
+        rb"(P[56])\s(\d+)\s(\d+)\s(\d+)\s(.*)", data, re.S).groups()
+    samples = list(body) if int(top) < 256 else list(struct.unpack(f">{len(body) // 2}H", body))
+    return int(width), int(height), 1 if kind == b"P5" else 3, samples
+
+
+def read_png(data):
+    """(width, height, bits, colour type, bytes) of a PNG without interlace."""
+    assert data[:8] == b"\x89PNG\r\n\x1a\n"
+    at, packed = 8, b""
+    while at < len(data):
+        size, kind = struct.unpack(">I4s", data[at:at + 8])
+        body = data[at + 8:at + 8 + size]
+        if kind == b"IHDR":
+            width, height, bits, colour = struct.unpack(">IIBB", body[:10])
+        if kind == b"IDAT":
+            packed += body
+        at += 12 + size
+    step = {0: 1, 2: 3, 6: 4}[colour] * bits // 8
+    raw, pitch, above, rows = zlib.decompress(packed), width * step, bytearray(width * step), b""
+    for y in range(height):
+        kind, row = raw[y * (pitch + 1)], bytearray(raw[y * (pitch + 1) + 1:(y + 1) * (pitch + 1)])
+        for i in range(pitch):
+            left = row[i - step] if i >= step else 0
+            corner = above[i - step] if i >= step else 0
+            guess = left + above[i] - corner
+            near = min((left, above[i], corner), key=lambda v: abs(guess - v))
+            row[i] = (row[i] + (0, left, above[i], (left + above[i]) // 2, near)[kind]) & 255
+        rows, above = rows + bytes(row), row
+    return width, height, bits, colour, rows
+
+
+class ToolTest(unittest.TestCase):
+    def setUp(self):
+        folder = tempfile.TemporaryDirectory()
+        self.addCleanup(folder.cleanup)
+        self.folder = folder.name
+
+    def tearDown(self):
+        self.assertEqual([n for n in os.listdir(self.folder) if n.endswith(".part")], [])
+
+    def path(self, name):
+        return os.path.join(self.folder, name)
+
+    def put(self, name, data):
+        with open(self.path(name), "wb") as file:
+            file.write(data)
+
+    def get(self, name):
+        with open(self.path(name), "rb") as file:
+            return file.read()
+
+    def lum(self, *words, status=0, stdin=b""):
+        done = subprocess.run([LUM, *map(str, words)], input=stdin, capture_output=True,
+                              cwd=self.folder, timeout=60)
+        self.assertEqual(done.returncode, status, (words, done.stderr.decode()))
+        done.text = done.stderr.decode()
+        return done
+
+    def through(self, picture, source, target, *options, words=(), suffix="ppm"):
+        """picture -> simulated frame -> converted picture: (width, height, channels, samples)."""
+        self.put("in.pnm", picture)
+        made = self.lum("simulate", "--format", source, *words, "in.pnm", "frame.raw").text
+        size = re.search(r"--size (\d+x\d+)", made).group(1)
+        self.lum("convert", "--from", source, "--size", size, "--to", target, *words, *options,
+                 "frame.raw", "out." + suffix)
+        return read_pnm(self.get("out." + suffix)) if suffix == "ppm" else self.get("out." + suffix)
+
+    def test_exact_round_trips(self):
+        noise = random.Random(1)
+        grey = [noise.randrange(256) for _ in range(24 * 10)]
+        colour = [noise.randrange(256) for _ in range(24 * 10 * 3)]
+        for source in ("RGB8", "bgr8", "0x02200016", "BGRa8"):
+            for target in ("RGB24", "BGR24", "BGRA32", "RGBA32"):
+                with self.subTest(source=source, target=target):
+                    got = self.through(pnm(24, 10, 3, colour), source, target)
+                    self.assertEqual(got, (24, 10, 3, colour))
+        orders = ((), ("--big-endian",), ("--msb-aligned",), ("--big-endian", "--msb-aligned"))
+        for source in ("Mono8", "Mono12Packed", "Mono10", "Mono12", "Mono14"):
+            for words in orders if source in ("Mono10", "Mono12", "Mono14") else ((),):
+                with self.subTest(source=source, words=words):
+                    got = self.through(pnm(24, 10, 1, grey), source, "MONO8_REC709", words=words)
+                    self.assertEqual(got, (24, 10, 1, grey))
+        deep = [noise.randrange(65536) for _ in range(24 * 10)]
+        for source, kept in (("Mono10", 0xFFC0), ("Mono14", 0xFFFC), ("Mono16", 0xFFFF)):
+            for words in orders:
+                with self.subTest(source=source, words=words):
+                    got = self.through(pnm(24, 10, 1, deep, 16), source, "MONO16_REC601",
+                                       words=words)
+                    self.assertEqual(got[3], [v & kept for v in deep])
+
+    def test_flat_colours(self):
+        # Red and blue differ and no two channels are equal: any wrong phase or order shows.
+        flat = [(201, 96, 38), (12, 90, 240)]
+        exact = [(s, 0) for s in BAYER]
+        # Blue is 4.5 times a difference that bytes round: the CYGM frame knows it to some 4 levels.
+        near = [("IRaw8CYGM", 4)] + [(s, 2) for s in ("YUV411_8_UYYVYY", "Yuv422", "YUV8_UYV")]
+        for source, error in exact + near:
+            for rgb in flat:
+                with self.subTest(source=source, rgb=rgb):
+                    width, height, _, got = self.through(pnm(13, 11, 3, rgb * 143), source, "RGB24")
+                    self.assertEqual(len(got), width * height * 3)
+                    worst = max(abs(a - b) for a, b in zip(got, rgb * (width * height)))
+                    self.assertLessEqual(worst, error)
+        for source, error in (("BayerGB8", 4), ("IRaw8CYGM", 4), ("YUV8_UYV", 2)):
+            with self.subTest(source=source, target="UYVY"):
+                got = self.through(pnm(8, 8, 3, flat[0] * 64), source, "UYVY")[3]
+                self.assertLessEqual(max(abs(a - b) for a, b in zip(got, flat[0] * 64)), error)
+        direct = self.through(pnm(8, 8, 3, flat[0] * 64), "IRaw8CYGM", "BGR24", "--direct-bgr")
+        # Its last column reads past the row, so to seven of eight pixels.
+        self.assertLessEqual(max(abs(a - b) for a, b in zip(direct[3][:21], flat[0] * 7)), 4)
+
+    def test_crop_is_told(self):
+        self.put("in.pnm", pnm(13, 11, 3, (9, 9, 9) * 143))
+        for source, size in (("BayerGB16", "12x10"), ("IRaw8CYGM", "12x8"), ("Yuv411", "12x11"),
+                             ("Mono12Packed", "12x11")):
+            with self.subTest(source=source):
+                text = self.lum("simulate", "--format", source, "in.pnm", "f.raw").text
+                self.assertIn(f"13x11 cropped to {size}", text)
+
+    def test_ways(self):
+        flat = pnm(8, 8, 3, (100, 60, 20) * 64)
+        for mode in MODES:
+            with self.subTest(mode=mode):
+                got = self.through(flat, "BayerGR8", "BGR24", "--debayer", mode)
+                self.assertEqual(got[3], [100, 60, 20] * 64)
+        for gain in (("--wb", "2,1,0.5"), ("--matrix", "2,0,0,0,1,0,0,0,0.5"),
+                     ("--matrix", *"2 0 0 0 1 0 0 0 0.5".split())):
+            with self.subTest(gain=gain):
+                got = self.through(flat, "BayerGR8", "BGR24", *gain)
+                self.assertEqual(got[3], [200, 60, 10] * 64)
+        swap = self.through(flat, "BayerRG8", "BGR24", "--matrix", "0,0,1,0,1,0,-1,0,0")
+        self.assertEqual(swap[3], [20, 60, 0] * 64)
+        for source in ("BayerRG8", "BayerGB12", "Mono10", "RGBa8", "Yuv422"):
+            with self.subTest(via_old=source):
+                self.assertEqual(self.through(flat, source, "RGB24", "--via-old"),
+                                 self.through(flat, source, "RGB24"))
+
+    def test_picture_files(self):
+        noise = random.Random(2)
+        samples = [noise.randrange(65536) for _ in range(9 * 7 * 3)]
+        eight = [v >> 8 for v in samples]
+        width, height, bits, colour, rows = read_png(
+            self.through(pnm(9, 7, 3, eight), "RGB8", "BGR24", suffix="png"))
+        self.assertEqual((width, height, bits, colour, list(rows)), (9, 7, 8, 2, eight))
+        alpha = read_png(self.through(pnm(9, 7, 3, eight), "BGR8", "BGRA32", suffix="png"))
+        self.assertEqual(alpha[2:4], (8, 6))
+        self.assertEqual(list(alpha[4][3::4]), [255] * 63)
+        self.assertEqual(list(alpha[4][:3]), eight[:3])
+        flat = pnm(8, 8, 3, (0x1234, 0x5678, 0x9ABC) * 64, 16)
+        deep = read_png(self.through(flat, "BayerBG12", "BGR48", suffix="png"))
+        self.assertEqual((deep[2], deep[3], deep[4][:6].hex()), (16, 2, "123056709ab0"))
+        grey = pnm(9, 7, 1, samples[:63], 16)
+        mono = read_png(self.through(grey, "Mono16", "MONO16_REC601", "--via-old", words=(),
+                                     suffix="png"))
+        swapped = [v & 255 for v in samples[:63]]  # read as big-endian: the low byte comes first
+        self.assertEqual(list(mono[4][0::2]), swapped)
+        # What was written is read back, 8 and 16 bits, and TIFF agrees with PNG.
+        for source, target, picture, code in (("RGB8", "RGB24", pnm(9, 7, 3, eight), "RGB8"),
+                                              ("Mono16", "MONO16_REC709", grey, "Mono16"),
+                                              ("RGBa8", "BGRA32", pnm(9, 7, 3, eight), "RGBa8")):
+            for suffix in ("png", "tif", "ppm"):
+                with self.subTest(target=target, suffix=suffix):
+                    self.through(picture, source, target, suffix=suffix)
+                    self.lum("simulate", "--format", code, "out." + suffix, "again.raw")
+                    self.assertEqual(self.get("again.raw"), self.get("frame.raw"))
+        self.put("in.jpg", JPEG)
+        self.lum("simulate", "--format", "RGB8", "in.jpg", "f.raw")
+        self.assertEqual(len(self.get("f.raw")), 192)
+        self.assertLessEqual(max(abs(a - b) for a, b in zip(self.get("f.raw"), (200, 60, 40))), 3)
+        tiff = self.through(flat, "BayerBG12", "BGR48", suffix="tiff")
+        self.assertIn(struct.pack("<3H", 0x1230, 0x5670, 0x9AB0) * 2, tiff)
+
+    def test_streams_and_sequences(self):
+        frames = [bytes([10 * i + 1] * 32) for i in range(4)]
+        self.put("all.raw", b"".join(frames))
+        base = ("convert", "--from", "Mono8", "--size", "8x4", "--to", "MONO8_REC601")
+        piped = self.lum(*base, "-", "-", stdin=b"".join(frames))
+        self.assertEqual(piped.stdout, b"".join(frames))
+        self.lum(*base, "--frames", "1-2", "all.raw", "two.raw")
+        self.assertEqual(self.get("two.raw"), frames[1] + frames[2])
+        self.lum(*base, "all.raw", "p%04d.pgm")
+        self.assertEqual(sorted(n for n in os.listdir(self.folder) if n.startswith("p")),
+                         [f"p000{i}.pgm" for i in range(4)])
+        self.assertEqual(read_pnm(self.get("p0003.pgm"))[3], list(frames[3]))
+        for i, frame in enumerate(frames[:3]):
+            self.put(f"in{i + 1}.raw", frame)
+        self.lum(*base, "in%d.raw", "joined.raw")
+        self.assertEqual(self.get("joined.raw"), b"".join(frames[:3]))
+        first = self.lum(*base, "all.raw", "one.pgm")
+        self.assertIn("frame 0 of 4", first.text)
+        self.assertEqual(read_pnm(self.get("one.pgm"))[3], list(frames[0]))
+        png = self.lum(*base, "--type", "png", "--frames", "2", "-", "-", stdin=b"".join(frames))
+        self.assertEqual(read_png(png.stdout)[4], frames[2])
+        self.assertNotIn("frames/s", piped.text + first.text + png.text)  # no terminal, no bar
+        made = self.lum("simulate", "--format", "Mono8", "-", "-", stdin=pnm(8, 4, 1, frames[0]))
+        self.assertEqual(made.stdout, frames[0])
+        timed = self.lum(*base, "--time", "3", "all.raw", "t.pgm").text
+        self.assertRegex(timed, r"Mono8 to MONO8_REC601, 8x4: \d+\.\d+ ms a frame, best of 3")
+
+    def test_refusals(self):
+        frame = bytes(range(96))  # 12x8 at 8 bits
+        self.put("f.raw", frame)
+        self.put("kept.png", b"precious")
+        rg8 = ("--from", "BayerRG8")
+        table = [
+            ((*rg8, "--size", "12x10"), "f.raw", 1,
+             r"96 bytes.*12 x 10 x 8 bits = 120 bytes \(24 bytes short\)"),
+            ((*rg8, "--size", "10x8"), "f.raw", 1, r"80 bytes \(1 of them and 16 bytes over\)"),
+            (("--from", "Mono12Packed", "--size", "8x8"), "f.raw", 0, ""),
+            (("--from", "BayerRG16", "--size", "12x8"), "f.raw", 1,
+             r"= 192 bytes.*\n.*fit as: Mono8, BayerGR8, BayerRG8, BayerGB8, BayerBG8, IRaw8CYGM"),
+            (("--from", "BayerRG16", "--size", "8x8"), "f.raw", 1,
+             r"fit as: Mono12Packed, BayerGR12Packed.*YUV411_8_UYYVYY"),
+            ((*rg8, "--size", "12x10"), "-", 1, r"standard input has 96 bytes"),
+            ((*rg8, "--size", "12x6"), "-", 1, r"72 bytes \(1 of them and 24 bytes over\)"),
+            ((*rg8, "--size", "12x8", "--to", "BGR48"), "f.raw", 1,
+             r"0x88000012 Feature support is not implemented.*\n.*converts to: MONO8_REC601 BGR24"),
+            (("--from", "RGB16", "--size", "4x4"), "f.raw", 1, r"-7 One of the.*\n.*nothing"),
+            ((*rg8, "--size", "96x1"), "f.raw", 1, r"multiple of 2; 96x1 is not"),
+            (("--from", "IRaw8CYGM", "--size", "16x6"), "f.raw", 1, r"multiple of 4; 16x6"),
+            ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"frame 1 of 1"),
+            ((*rg8, "--size", "12x8", "--frames", "9-1"), "f.raw", 1, r"--frames 9-1"),
+            ((*rg8, "--size", "12by8"), "f.raw", 1, r"--size 12by8"),
+            ((*rg8, "--size", "4294967297x8"), "f.raw", 1, r"--size 4294967297x8"),
+            (("--from", "BayerXY8", "--size", "12x8"), "f.raw", 1, r"BayerXY8.*BayerRG8"),
+            ((*rg8, "--size", "12x8", "--to", "BGR25"), "f.raw", 1, r"BGR25.*BGR24"),
+            ((*rg8, "--size", "12x8"), "none.raw", 1, r"none.raw: No such file"),
+            ((*rg8, "--size", "12x8", "--big-endian"), "f.raw", 1, r"8 bits a pixel"),
+            ((*rg8, "--size", "12x8", "--to", "BGR48", "--wb", "1,1,1"), "f.raw", 1,
+             r"12-bit packed"),
+            (("--from", "Mono8", "--size", "12x8", "--debayer", "lcaa"), "f.raw", 1,
+             r"8-bit Bayer"),
+            (("--from", "Mono8", "--size", "12x8", "--wb", "1,1,1"), "f.raw", 1, r"-7 "),
+            ((*rg8, "--size", "12x8", "--debayer", "4x4"), "f.raw", 2, r"4x4"),
+            ((*rg8, "--size", "12x8", "--matrix", "1,2,3"), "f.raw", 2, r"matrix"),
+            (rg8, "f.raw", 2, r"--size"),
+        ]
+        for words, source, status, text in table:
+            with self.subTest(words=words, source=source):
+                self.put("kept.png", b"precious")
+                got = self.lum("convert", *words, source, "kept.png", status=status,
+                               stdin=frame if source == "-" else b"").text
+                self.assertRegex(got, re.compile(text, re.S))
+                self.assertEqual(self.get("kept.png") == b"precious", status != 0)
+        self.lum("convert", *rg8, "--size", "12x8", "f.raw", "./f.raw", status=1)
+        self.lum("simulate", "--format", "Mono8", "f.raw", "f.raw", status=1)
+        self.assertEqual(self.get("f.raw"), frame)
+        for broken in (b"", b"\x89PNG\r\n\x1a\nxx", JPEG[:99], b"II*\0abc", b"P6\n4 4\n255\nab"):
+            with self.subTest(broken=broken):
+                self.put("broken", broken)
+                self.lum("simulate", "--format", "Mono8", "broken", "kept.png", status=1)
+
+    def test_reports(self):
+        root = json.loads(self.lum("formats", "--json").stdout)
+        sources = {s["name"]: s for s in root["sources"]}
+        self.assertEqual([d["index"] for d in root["destinations"]], list(range(11)))
+        self.assertLessEqual(set(BAYER) | {"Mono12Packed", "BGRa8", "YUV8_UYV", "IRaw8CYGM"},
+                             set(sources))
+        self.assertIn("BGR24", sources["BayerRG8"]["descriptors"])
+        self.assertEqual(list(sources["BayerRG8"]["debayer"]), list(MODES))
+        self.assertEqual((sources["BayerGB10"]["code"], sources["BayerGB10"]["bayer_pattern"],
+                          sources["BayerGB10"]["bits_used"]), ("0x0110000E", "GBRG", 10))
+        table = self.lum("formats").stdout.decode()
+        self.assertRegex(table, r"BayerRG8 +0x01080009 +8 +8 .*d")
+        info = self.lum("info", "0x010C002B", "--size", "640x480").stdout.decode()
+        for part in ("BayerRG12Packed", "RawPacked", "RGGB", "R G / G B", "460,800 bytes"):
+            self.assertIn(part, info)
+        self.assertEqual(self.lum("errors", "0x88000004").stdout,
+                         b"0x88000004 Parameter 3 is invalid\n")
+        self.assertIn(b"-8 The given struct size", self.lum("errors", "-8").stdout)
+        self.lum("errors", "eight", status=1)
+        self.lum("info", "Mono9", status=1)
+
+
+if __name__ == "__main__":
+    unittest.main()
