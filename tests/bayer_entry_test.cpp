@@ -69,9 +69,9 @@ TEST(RawEntries, WriteWhatTheReferenceWrites) {
 TEST(Raw16Ex, WritesWhatTheReferenceWrites) {
   unsigned kind = 0;
   for (const Size size : {Size{2, 2}, Size{4, 2}, Size{66, 6}, Size{8196, 2}}) {
-    for (const uint32_t bits : {16, 15, 14, 13, 12, 10}) {
-      for (const uint32_t endianness : {0, 1}) {
-        for (const uint32_t alignment : {0, 1}) {
+    for (const uint32_t bits : {16u, 15u, 14u, 13u, 12u, 10u}) {
+      for (const uint32_t endianness : {0u, 1u}) {
+        for (const uint32_t alignment : {0u, 1u}) {
           for (const uint32_t pattern : kPatterns) {
             if (alignment == 0 && pattern != 1) continue;
             const LumBitDepthInfo depth = {0, alignment, bits, endianness, pattern};
@@ -85,7 +85,7 @@ TEST(Raw16Ex, WritesWhatTheReferenceWrites) {
             const Frame deep =
                 reference::bayer(size.width, size.height, pattern,
                                  reference::shifted_words(src.data(), size.width, shift, big));
-            for (const uint32_t format : {0, 1, 2, 3, 4, 5, 7, 8, 9}) {
+            for (const uint32_t format : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u}) {
               expect_conversion(
                   describe("LumRaw16ImageTransformEx", size, format, pattern) + " bits " +
                       std::to_string(bits) + " endianness " + std::to_string(endianness) +

@@ -115,10 +115,10 @@ TEST(FlatEntries, WriteWhatTheReferenceWrites) {
 
 TEST(Y16Ex, WritesWhatTheReferenceWrites) {
   unsigned kind = 0;
-  for (const uint32_t format : {0, 1, 2, 3, 4, 5, 7, 8, 9}) {
-    for (const uint32_t bits : {16, 15, 14, 13, 12, 10}) {
-      for (const uint32_t endianness : {0, 1}) {
-        for (const uint32_t alignment : {0, 1}) {
+  for (const uint32_t format : {0u, 1u, 2u, 3u, 4u, 5u, 7u, 8u, 9u}) {
+    for (const uint32_t bits : {16u, 15u, 14u, 13u, 12u, 10u}) {
+      for (const uint32_t endianness : {0u, 1u}) {
+        for (const uint32_t alignment : {0u, 1u}) {
           const LumBitDepthInfo depth = {77, alignment, bits, endianness, 99};
           const unsigned shift = alignment == 0 ? 0 : 16 - bits;
           for (const uint32_t count : {1u, 16u, 67u, 1030u}) {

@@ -1,6 +1,9 @@
 // SPDX-License-Identifier: MIT
 // Every cell of every level's kernel table against the per-pixel reference.
 #include <gtest/gtest.h>
+#include <signal.h>
+#include <stdio.h>
+#include <unistd.h>
 
 #include <cstdlib>
 #include <numeric>
@@ -20,7 +23,7 @@ using test::Random;
 
 constexpr size_t kWidest = 2 * 64 + 40;  // twice the lanes of the widest level, and some
 constexpr size_t kLarge = 4098;
-constexpr size_t kMargin = 64;  // bytes around a destination that must not change
+constexpr ptrdiff_t kMargin = 64;  // bytes around a destination that must not change
 
 size_t row_bytes(Source source, size_t n) {
   const SourceTraits& traits = kSources[static_cast<size_t>(source)];
@@ -43,6 +46,26 @@ bool needs_wide(const test::Matrix& m, int64_t top_sample) {
     if (sum * top_sample > INT32_MAX) return true;
   }
   return false;
+}
+
+// The memory of row a: `bytes` from the lowest address on, the row itself at `row`. Sources of
+// three rows lie apart by a pitch, and behind the last of them is what such kernels may read on.
+struct RowMemory {
+  size_t bytes, row;
+};
+RowMemory row_memory(Source source, size_t n, uint64_t seed, RowArgs& args) {
+  const ptrdiff_t pitch = static_cast<ptrdiff_t>(n + kPaddedBytes + 2 + seed % 7);
+  const size_t padded = 2 * static_cast<size_t>(pitch) + n + kPaddedBytes;
+  if (source == Source::planes8) {
+    args.pitch = pitch;
+    return {padded, 0};
+  }
+  if (source == Source::bilinear) {  // as in the border rows, above and below may be the same
+    args.above = seed % 3 == 0 ? pitch : -pitch;
+    args.below = seed % 3 == 1 ? -pitch : pitch;
+    return {padded + 1, static_cast<size_t>(pitch) + 1};
+  }
+  return {row_bytes(source, n), 0};
 }
 
 // Every value of what a source reads of its arguments.
@@ -68,6 +91,10 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
         }
       }
     }
+  } else if (source == Source::bilinear) {
+    for (args.own_is_blue = 0; args.own_is_blue < 2; ++args.own_is_blue) {
+      for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
+    }
   } else {
     const SourceTraits& traits = kSources[static_cast<size_t>(source)];
     for (args.column = 0; args.column < traits.rows; ++args.column) out.push_back(args);
@@ -84,8 +111,10 @@ class KernelTest : public testing::TestWithParam<std::tuple<Level, size_t>> {
 
   std::string cell_name(Sink sink) const {
     return std::string(kSources[static_cast<size_t>(source())].name) + " to " +
-           kSinks[static_cast<size_t>(sink)].name + ", level " +
-           kLevelNames[static_cast<size_t>(std::get<0>(GetParam()))];
+           kSinks[static_cast<size_t>(sink)].name + ", level " + level_name();
+  }
+  static const char* level_name() {
+    return kLevelNames[static_cast<size_t>(std::get<0>(GetParam()))];
   }
   Source source() const { return static_cast<Source>(std::get<1>(GetParam())); }
 
@@ -101,29 +130,48 @@ struct Trial {
   uint64_t seed;
 };
 
+// A kernel that touches an inaccessible page ends the test program: this says which one it was.
+char running_trial[512];
+void report_fault(int signal_number) {
+  const ssize_t written = write(STDERR_FILENO, running_trial, strlen(running_trial));
+  (void)written;
+  signal(signal_number, SIG_DFL);  // and the access faults again
+}
+
 class Bench {
  public:
   Bench() : a_(kLarge * 6), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
 
   // Empty when the kernel wrote what the reference says and nothing else; otherwise what differs.
-  std::string run(RowKernel kernel, Source source, Sink sink, const Trial& t) {
+  std::string run(RowKernel kernel, Source source, Sink sink, Trial t, const char* level) {
     Random random(t.seed);
     const SourceTraits& traits = kSources[static_cast<size_t>(source)];
     const size_t pixel = kSinks[static_cast<size_t>(sink)].pixel_bytes;
-    const size_t bytes = row_bytes(source, t.n), dst_bytes = t.n * pixel;
+    const RowMemory memory = row_memory(source, t.n, t.seed, t.args);
+    const size_t bytes = memory.bytes, dst_bytes = t.n * pixel;
     uint8_t* a = a_.place(bytes, t.at_end, t.src_offset);
     uint8_t* b = traits.rows == 2 ? b_.place(bytes, t.at_end, t.src_offset) : nullptr;
     test::fill(a, bytes, t.fill, random);
     if (b != nullptr) test::fill(b, bytes, t.fill, random);
+    a += memory.row;
 
     uint8_t* dst = dst_.place(dst_bytes, t.at_end, t.dst_offset);
-    uint8_t* from = std::max(dst_.begin(), dst - std::min<ptrdiff_t>(dst - dst_.begin(), kMargin));
-    uint8_t* to = dst_.end() - dst - dst_bytes < kMargin ? dst_.end() : dst + dst_bytes + kMargin;
+    uint8_t* from = dst - std::min(dst - dst_.begin(), kMargin);
+    uint8_t* to = dst + dst_bytes + std::min(dst_.end() - (dst + dst_bytes), kMargin);
     test::fill(from, static_cast<size_t>(to - from), 0, random);
     std::copy(from, to, expected_.begin());
     uint8_t* expected = &expected_[static_cast<size_t>(dst - from)];
     if (!reference::row(source, sink, expected, a, b, t.n, t.args)) return "no such conversion";
 
+    std::ostringstream what;
+    what << "seed " << t.seed << " fill " << t.fill << " width " << t.n << " source offset "
+         << t.src_offset << " destination offset " << t.dst_offset
+         << (t.at_end ? " from the end" : " from the start") << " column " << t.args.column
+         << " shift " << t.args.shift << " big_endian " << t.args.big_endian << " scale "
+         << t.args.scale << " wide " << t.args.wide;
+    snprintf(running_trial, sizeof running_trial,
+             "\naccess outside the rows: %s to %s, level %s, %s\n", traits.name,
+             kSinks[static_cast<size_t>(sink)].name, level, what.str().c_str());
     kernel(dst, a, b, t.n, t.args);
     const auto diff = std::mismatch(from, to, expected_.begin());
     if (diff.first == to) return "";
@@ -132,12 +180,9 @@ class Bench {
     const ptrdiff_t shown = std::max<ptrdiff_t>(bad / p * p, from - dst);
     const size_t count = static_cast<size_t>(std::min<ptrdiff_t>(4 * p, to - dst - shown));
     std::ostringstream out;
-    out << "seed " << t.seed << " fill " << t.fill << " width " << t.n << " source offset "
-        << t.src_offset << " destination offset " << t.dst_offset
-        << (t.at_end ? " from the end" : " from the start") << " column " << t.args.column
-        << " shift " << t.args.shift << " big_endian " << t.args.big_endian;
+    out << what.str();
     if (t.args.matrix != nullptr) {
-      out << " scale " << t.args.scale << " wide " << t.args.wide << " matrix";
+      out << " matrix";
       for (size_t i = 0; i < 9; ++i) out << ' ' << t.args.matrix[i];
     }
     out << "\nfirst bad byte " << bad << " (pixel " << bad / p << " of " << t.n << ")\nexpected "
@@ -151,6 +196,7 @@ class Bench {
 };
 
 TEST_P(KernelTest, WritesWhatTheReferenceWrites) {
+  signal(SIGSEGV, report_fault);
   Bench bench;
   const SourceTraits& traits = kSources[static_cast<size_t>(source())];
   uint64_t seed = 1;
@@ -167,8 +213,8 @@ TEST_P(KernelTest, WritesWhatTheReferenceWrites) {
     const std::vector<RowArgs> all_args = arguments_of(source(), sink);
     for (const size_t n : widths) {
       // All of a few arguments; of many (matrices) as many again from width to width.
-      for (size_t k = 0; k < std::min<size_t>(all_args.size(), 10); ++k) {
-        const RowArgs& args = all_args[all_args.size() <= 10 ? k : seed / 6 % all_args.size()];
+      for (size_t k = 0; k < std::min<size_t>(all_args.size(), 6); ++k) {
+        const RowArgs& args = all_args[all_args.size() <= 6 ? k : seed / 6 % all_args.size()];
         // Flush against either end with contents that change from width to width, then off it.
         for (unsigned variant = 0; variant < 6; ++variant, ++seed) {
           Trial trial{n, 0, 0, variant % 2 == 0, static_cast<unsigned>(seed * 5), args, seed};
@@ -177,7 +223,7 @@ TEST_P(KernelTest, WritesWhatTheReferenceWrites) {
             trial.src_offset = random.next() % 70;
             trial.dst_offset = random.next() % 70;
           }
-          const std::string fault = bench.run(kernel, source(), sink, trial);
+          const std::string fault = bench.run(kernel, source(), sink, trial, level_name());
           if (!fault.empty()) FAIL() << cell_name(sink) << ": " << fault;
         }
       }
@@ -189,9 +235,9 @@ INSTANTIATE_TEST_SUITE_P(
     Levels, KernelTest,
     testing::Combine(testing::Values(Level::base, Level::sse41, Level::avx2, Level::avx512),
                      testing::Range<size_t>(0, kSourceCount)),
-    [](const testing::TestParamInfo<KernelTest::ParamType>& info) {
-      return std::string(kLevelNames[static_cast<size_t>(std::get<0>(info.param))]) + "_" +
-             kSources[std::get<1>(info.param)].name;
+    [](const testing::TestParamInfo<KernelTest::ParamType>& cell) {
+      return std::string(kLevelNames[static_cast<size_t>(std::get<0>(cell.param))]) + "_" +
+             kSources[std::get<1>(cell.param)].name;
     });
 
 class LevelTest : public testing::TestWithParam<Level> {
@@ -298,7 +344,7 @@ TEST_P(LevelTest, LuminanceOfEveryColour) {
 TEST_P(LevelTest, MosaicOfEveryColour) {
   constexpr size_t kPixels = 512;
   reference::Bytes a(kPixels), b(kPixels), out(2 * kPixels), expected(2 * kPixels);
-  for (int r = 0; r < 256; r += test::quick() ? 51 : 3) {
+  for (int r = 0; r < 256; r += test::quick() ? 51 : 15) {
     for (int g = 0; g < 256; g += channel_step()) {
       for (size_t x = 0; x < kPixels; x += 2) {
         a[x] = static_cast<uint8_t>(r);
@@ -382,8 +428,8 @@ TEST_P(LevelTest, Mosaic16AtTheEdges) {
 
 INSTANTIATE_TEST_SUITE_P(Levels, LevelTest,
                          testing::Values(Level::base, Level::sse41, Level::avx2, Level::avx512),
-                         [](const testing::TestParamInfo<Level>& info) {
-                           return kLevelNames[static_cast<size_t>(info.param)];
+                         [](const testing::TestParamInfo<Level>& level) {
+                           return kLevelNames[static_cast<size_t>(level.param)];
                          });
 
 // Every grey word through every shift and byte order.

@@ -198,6 +198,7 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
   const auto cyan_row = [=](size_t x, size_t y) {
     return y == 0 ? "CY"[x % 2] : "GM"[(x + column) % 2];
   };
+  if (deep && (source == Source::planes8 || source == Source::bilinear)) return false;
   const Sampler two_rows = [=](size_t x, size_t y) { return int{(y == 0 ? a : b)[x]}; };
   const Sampler two_word_rows = [=](size_t x, size_t y) { return word(y == 0 ? a : b, x, false); };
   Frame pixels;
@@ -245,6 +246,29 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
       break;
     case Source::bgra32:
       pixels = colour(a, n, "BGRA");
+      break;
+    case Source::planes8:
+      pixels.resize(n);
+      for (size_t x = 0; x < n; ++x) {
+        const uint8_t* red = a + x;
+        pixels[x].r = red[0];
+        pixels[x].g = red[args.pitch];
+        pixels[x].b = red[2 * args.pitch];
+      }
+      break;
+    case Source::bilinear:
+      pixels.resize(n);
+      for (size_t x = 0; x < n; ++x) {
+        const uint8_t *own = a + x, *up = own + args.above, *down = own + args.below;
+        const int h = own[-1] + own[1], v = up[0] + down[0];
+        const int d = up[-1] + up[1] + down[-1] + down[1];
+        const bool native = x % 2 == args.column;
+        const int n_own = native ? own[0] : (h + 1) >> 1,
+                  other = native ? (d + 2) >> 2 : (v + 1) >> 1;
+        pixels[x].r = args.own_is_blue != 0 ? other : n_own;
+        pixels[x].g = native ? (h + v + 2) >> 2 : own[0];
+        pixels[x].b = args.own_is_blue != 0 ? n_own : other;
+      }
       break;
     case Source::yuv411:
     case Source::yuv422:

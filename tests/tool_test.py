@@ -229,6 +229,12 @@ class ToolTest(unittest.TestCase):
         png = self.lum(*base, "--type", "png", "--frames", "2", "-", "-", stdin=b"".join(frames))
         self.assertEqual(read_png(png.stdout)[4], frames[2])
         self.assertNotIn("frames/s", piped.text + first.text + png.text)  # no terminal, no bar
+        ours, theirs = os.openpty()
+        subprocess.run([LUM, *base, "all.raw", "q%d.pgm"], stderr=theirs, cwd=self.folder,
+                       check=True, timeout=60)
+        os.close(theirs)
+        self.assertRegex(os.read(ours, 4096), rb"4/4 frames, \d+\.\d frames/s, 0 s left")
+        os.close(ours)
         made = self.lum("simulate", "--format", "Mono8", "-", "-", stdin=pnm(8, 4, 1, frames[0]))
         self.assertEqual(made.stdout, frames[0])
         timed = self.lum(*base, "--time", "3", "all.raw", "t.pgm").text
@@ -281,6 +287,9 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(self.get("kept.png") == b"precious", status != 0)
         self.lum("convert", *rg8, "--size", "12x8", "f.raw", "./f.raw", status=1)
         self.lum("simulate", "--format", "Mono8", "f.raw", "f.raw", status=1)
+        full = self.lum("convert", *rg8, "--size", "12x8", "--type", "png", "f.raw", "/dev/full",
+                        status=1).text
+        self.assertRegex(full, "/dev/full: .*No space")
         self.assertEqual(self.get("f.raw"), frame)
         for broken in (b"", b"\x89PNG\r\n\x1a\nxx", JPEG[:99], b"II*\0abc", b"P6\n4 4\n255\nab"):
             with self.subTest(broken=broken):

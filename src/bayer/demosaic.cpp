@@ -15,9 +15,8 @@ namespace {
 // Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That keeps
 // the parity and so the colour.
 int64_t mirrored(int64_t i, int64_t n) {
-  const int64_t period = 2 * (n - 1);
-  const int64_t m = ((i % period) + period) % period;
-  return m < n ? m : period - m;
+  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
+  return i;
 }
 
 // Samples of row y from column `first` on, `count` of them, mirrored where the frame ends.
@@ -83,16 +82,16 @@ constexpr ptrdiff_t kPlanePitch = kTile + 2 * kPaddedBytes;
 
 using WordRow = int16_t[kRowWords];
 
-// The last N rows of something, by row number from -N on.
+// The last N rows of something, by row number; N is a power of two.
 template <int N>
 struct Ring {
   alignas(64) WordRow rows[N];
-  int16_t* operator[](int64_t y) { return rows[(y + N) % N] + kTileSlack; }
+  int16_t* operator[](int64_t y) { return rows[y & (N - 1)] + kTileSlack; }
 };
 
 struct TileRows {
-  Ring<7> z, qh, ah3, av3;
-  Ring<3> pv;
+  Ring<8> z, qh, ah3, av3;
+  Ring<4> pv;
   alignas(64) WordRow qv, e, act, scratch, work[5];
   alignas(64) uint8_t planes[3 * kPlanePitch];
 };
@@ -109,14 +108,23 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
                                                   : k.yuv422;
   const RowKernel write = kernels.at(Source::planes8, f.sink);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
-  // Whole vectors, and no more samples than the mirrored margin provides.
+  // Whole vectors; what lies beyond the margin reaches no pixel that is written.
   const size_t words = (n + 2 * kTileMargin + 31) / 32 * 32;
 
   const auto add_samples = [&](int64_t y) {
-    uint8_t samples[kTileWords];
-    copy_row(samples, f, y, int64_t{x} - kTileMargin, static_cast<int64_t>(words));
-    k.widen(rows.z[y], samples, words);
-    if (directional) k.along_row(rows.z[y], rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
+    const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
+    int16_t* const z = rows.z[y];
+    // Only at the frame's sides is there less than a whole margin to read.
+    const uint32_t before = std::min<uint32_t>(kTileMargin, x);
+    const uint32_t behind = std::min<uint32_t>(kTileMargin, f.width - x - n);
+    for (int64_t i = -kTileMargin; i < -int64_t{before}; ++i) {
+      z[kTileMargin + i] = row[mirrored(x + i, f.width)];
+    }
+    k.widen(z + kTileMargin - before, row + x - before, before + n + behind);
+    for (int64_t i = n + behind; i < n + kTileMargin; ++i) {
+      z[kTileMargin + i] = row[mirrored(x + i, f.width)];
+    }
+    if (directional) k.along_row(z, rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
   };
   const auto add_columns = [&](int64_t y) {
     const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1], rows.z[y + 2]};

@@ -32,7 +32,7 @@ LUM_INLINE U8 average4(U8 a, U8 b, U8 c, U8 d) {
 //   native: N = z             G = (h + v + 2) >> 2   O = (d + 2) >> 2
 //   green:  N = (h + 1) >> 1  G = z                  O = (v + 1) >> 1
 struct Bilinear {
-  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = true;
   explicit Bilinear(const RowArgs& args)
@@ -61,7 +61,15 @@ struct Bilinear {
 };
 
 inline void widen(int16_t* dst, const uint8_t* src, size_t bytes) {
-  for (size_t x = 0; x < bytes; x += kLanes / 2) store(dst + x, load_widened(src + x));
+  constexpr size_t kStep = kLanes / 2;
+  size_t x = 0;
+  for (; x + kStep <= bytes; x += kStep) store(dst + x, load_widened(src + x));
+  if (x == bytes) return;
+  if (bytes >= kStep) {
+    store(dst + bytes - kStep, load_widened(src + bytes - kStep));
+  } else {
+    for (; x < bytes; ++x) dst[x] = src[x];
+  }
 }
 
 LUM_INLINE I16 at(const int16_t* row, ptrdiff_t x) { return load<I16>(row + x); }
@@ -133,7 +141,8 @@ inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
 
 // (weight * a + (2^bits - weight) * b + half) >> bits. The product may wrap; the sum does not.
 LUM_INLINE I16 mix(I16 weight, I16 a, I16 b, int bits) {
-  const U16 sum = U16(weight) * U16(a - b) + (U16(b) << bits) + static_cast<uint16_t>(1 << (bits - 1));
+  const U16 half = splat16(1u << (bits - 1));
+  const U16 sum = U16(weight) * U16(a - b) + (U16(b) << bits) + half;
   return I16(sum) >> bits;
 }
 

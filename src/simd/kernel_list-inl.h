@@ -80,6 +80,8 @@ constexpr Kernels make_kernels() {
       cell(k, Source::mono12_packed, Sink::mono16_rec709) = row<Mono12PackedTo16, Mono16<Rec601>>;
 
   add_colour<Mono16Tinted>(k, Source::mono16_tinted);
+  cell(k, Source::mono16_tinted, Sink::mono8_rec601) =
+      cell(k, Source::mono16_tinted, Sink::mono8_rec709) = row<Mono16High, Mono8<Rec601>>;
 
   add_grey8<Mono16To8>(k, Source::mono16);
   cell(k, Source::mono16, Sink::mono16_rec601) = cell(k, Source::mono16, Sink::mono16_rec709) =

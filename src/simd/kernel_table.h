@@ -64,7 +64,7 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"mosaic8_corrected", 1, 1, 2, 2}, {"mosaic8_wrapped", 1, 1, 2, 2},
     {"mosaic16_corrected", 1, 2, 2, 2},
     {"yuv411", 4, 6, 1, 4},         {"yuv422", 2, 4, 1, 2},   {"yuv444", 1, 3, 1, 1},
-    {"planes8", 1, 1, 1, 1},        {"bilinear", 1, 1, 1, 1},
+    {"planes8", 1, 1, 1, 1},        {"bilinear", 2, 2, 1, 2},
 };
 
 struct SinkTraits {

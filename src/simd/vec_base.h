@@ -10,7 +10,7 @@
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
-constexpr int kLanes = 4;
+constexpr int kLanes = 8;  // the least that holds whole groups of every source in half a vector
 }
 }  // namespace LUM_LEVEL
 }  // namespace lum
@@ -108,7 +108,8 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
 }
 // Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
 LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
-  return lanes<U8>([&](int i) { return q[i / 4][i % 4]; });
+  constexpr int n = kLanes / 4;
+  return lanes<U8>([&](int i) { return q[i / n][i % n]; });
 }
 
 // The order of the two bytes of a word, as data.

@@ -1,0 +1,159 @@
+// SPDX-License-Identifier: MIT
+#include "byte_file.h"
+
+#include <fcntl.h>
+#include <unistd.h>
+
+#include <algorithm>
+#include <cerrno>
+#include <cstring>
+#include <filesystem>
+#include <regex>
+#include <system_error>
+
+#include "failure.h"
+
+namespace lum_tool {
+namespace {
+
+namespace fs = std::filesystem;
+
+std::string system_text() { return std::strerror(errno); }
+
+const std::regex& number_place() {
+  static const std::regex place("%(0[1-9])?d");
+  return place;
+}
+
+}  // namespace
+
+std::string grouped(unsigned long long value) {
+  std::string text = std::to_string(value);
+  for (size_t at = text.size(); at > 3; at -= 3) text.insert(at - 3, ",");
+  return text;
+}
+
+std::string bytes_text(unsigned long long count) {
+  return grouped(count) + (count == 1 ? " byte" : " bytes");
+}
+
+bool is_sequence(const std::string& name) {
+  const auto end = std::sregex_iterator();
+  return std::distance(std::sregex_iterator(name.begin(), name.end(), number_place()), end) == 1;
+}
+
+std::string sequence_name(const std::string& pattern, uint64_t number) {
+  std::smatch place;
+  if (!std::regex_search(pattern, place, number_place())) return pattern;
+  std::string digits = std::to_string(number);
+  const size_t width = place[1].matched ? size_t(place[1].str()[1] - '0') : 1;
+  if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
+  return place.prefix().str() + digits + place.suffix().str();
+}
+
+std::optional<uint64_t> size_of_file(const std::string& name) {
+  if (is_standard_stream(name)) return std::nullopt;
+  std::error_code error;
+  const fs::file_status status = fs::status(name, error);
+  if (error) throw Failure(name + ": " + error.message());
+  if (fs::is_directory(status)) throw Failure(name + ": is a directory");
+  if (!fs::is_regular_file(status)) return std::nullopt;
+  return fs::file_size(name);
+}
+
+InputFile::InputFile(const std::string& name)
+    : title_(is_standard_stream(name) ? "standard input" : name), size_(size_of_file(name)) {
+  file_ = is_standard_stream(name) ? stdin : std::fopen(name.c_str(), "rb");
+  if (file_ == nullptr) throw Failure(name + ": " + system_text());
+}
+
+InputFile::~InputFile() {
+  if (file_ != stdin) std::fclose(file_);
+}
+
+size_t InputFile::read(uint8_t* to, size_t count) {
+  const size_t got = std::fread(to, 1, count, file_);
+  if (got < count && std::ferror(file_)) throw Failure(title_ + ": " + system_text());
+  return got;
+}
+
+void InputFile::skip(uint64_t count) {
+  if (fseeko(file_, static_cast<off_t>(count), SEEK_CUR) != 0)
+    throw Failure(title_ + ": " + system_text());
+}
+
+Bytes read_whole(const std::string& name) {
+  InputFile input(name);
+  Bytes bytes;
+  constexpr size_t kStep = 1 << 20;
+  for (;;) {
+    const size_t before = bytes.size();
+    bytes.resize(before + kStep);
+    const size_t got = input.read(bytes.data() + before, kStep);
+    bytes.resize(before + got);
+    if (got < kStep) return bytes;
+  }
+}
+
+OutputFile::OutputFile(const std::string& name)
+    : name_(is_standard_stream(name) ? "standard output" : name) {
+  if (is_standard_stream(name)) {
+    file_ = stdout;
+    return;
+  }
+  std::error_code error;
+  // A link keeps pointing where it did: the file behind it is replaced.
+  const fs::path real =
+      fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : fs::path(name);
+  if (fs::is_directory(real, error)) throw Failure(name + ": is a directory");
+  const bool special = fs::exists(real, error) && !fs::is_regular_file(real, error);
+  name_ = real.string();
+  if (special) {
+    file_ = std::fopen(name_.c_str(), "wb");
+  } else {
+    temporary_ = name_ + "." + std::to_string(getpid()) + ".part";
+    const int descriptor = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    file_ = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
+    if (descriptor < 0) temporary_.clear();
+  }
+  if (file_ == nullptr) failed("");
+}
+
+OutputFile::~OutputFile() {
+  if (file_ != nullptr && file_ != stdout) std::fclose(file_);
+  if (!temporary_.empty()) unlink(temporary_.c_str());
+}
+
+void OutputFile::failed(const char* what) const {
+  throw Failure(name_ + ": " + what + system_text() + "; nothing was changed under this name");
+}
+
+void OutputFile::write(const Bytes& bytes) {
+  if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) failed("write: ");
+}
+
+void OutputFile::commit() {
+  if (std::fflush(file_) != 0) failed("write: ");
+  if (file_ == stdout) return;
+  std::FILE* closing = file_;
+  file_ = nullptr;
+  if (std::fclose(closing) != 0) failed("close: ");
+  if (temporary_.empty()) return;
+  if (std::rename(temporary_.c_str(), name_.c_str()) != 0) failed("rename: ");
+  temporary_.clear();
+}
+
+void write_whole(const std::string& name, const Bytes& bytes) {
+  OutputFile output(name);
+  output.write(bytes);
+  output.commit();
+}
+
+void refuse_same_file(const std::string& input, const std::string& output) {
+  if (is_standard_stream(input) || is_standard_stream(output)) return;
+  std::error_code error;
+  if (fs::equivalent(input, output, error) && fs::is_regular_file(input, error))
+    throw Failure(output + " is the input itself; it is not overwritten");
+}
+
+}  // namespace lum_tool

@@ -1,0 +1,54 @@
+// SPDX-License-Identifier: MIT
+// One conversion through one of the library's entries, and its result in words.
+#ifndef LUM_TOOLS_CONVERSION_H
+#define LUM_TOOLS_CONVERSION_H
+
+#include <array>
+#include <optional>
+#include <string>
+
+#include "catalogue.h"
+#include "picture_file.h"
+
+namespace lum_tool {
+
+struct Conversion {
+  enum class Entry {
+    descriptors,  // LumImageTransform; for a CYGM frame LumIRaw8CYGMImageTransform
+    older,        // LumTransformOLD
+    direct_bgr    // LumIRaw8CYGMToBGR
+  };
+
+  const Source* source = nullptr;
+  const Destination* destination = nullptr;
+  Entry entry = Entry::descriptors;
+  std::optional<uint32_t> debayer;
+  std::optional<std::array<float, 9>> matrix;
+  bool big_endian = false;
+  bool msb_aligned = false;
+
+  const char* function() const;
+
+  // What the library would misread or ignore is refused before it is asked: a Failure.
+  void check(uint32_t width, uint32_t height) const;
+
+  // The library's result. Both buffers hold the bytes that frame_bytes() of either side names, the
+  // source kSourceSlack more: LumIRaw8CYGMToBGR reads one sample past the last row.
+  int32_t run(uint8_t* destination_data, uint8_t* source_data, uint32_t width,
+              uint32_t height) const;
+
+  // A destination buffer as a picture, colours in the order of picture files.
+  Picture picture(const Bytes& buffer, uint32_t width, uint32_t height) const;
+};
+
+constexpr size_t kSourceSlack = 16;
+
+// "0x88000004 Parameter 3 is invalid", "-7 One of the parameters was invalid ...".
+std::string result_text(int32_t code);
+
+// The destinations that the library converts to on this way, found by asking it with a tiny frame.
+std::vector<const Destination*> reachable(Conversion way);
+
+}  // namespace lum_tool
+
+#endif

@@ -1,0 +1,48 @@
+// SPDX-License-Identifier: MIT
+// Frames of one format and size, one after the other, from a file, a numbered sequence of files or
+// standard input.
+#ifndef LUM_TOOLS_FRAME_STREAM_H
+#define LUM_TOOLS_FRAME_STREAM_H
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "byte_file.h"
+#include "catalogue.h"
+
+namespace lum_tool {
+
+class FrameStream {
+ public:
+  // Throws Failure with the arithmetic when a file holds no whole number of frames.
+  FrameStream(const std::string& name, const Source& source, uint32_t width, uint32_t height);
+
+  const std::vector<std::string>& names() const { return names_; }
+  // Nothing for a pipe.
+  std::optional<uint64_t> total() const { return total_; }
+
+  // False at the end. `frame` has room for frame_bytes() at least.
+  bool next(Bytes& frame);
+  bool skip();
+  // Reads a pipe to its end, so that a length that does not fit is noticed.
+  void check_rest();
+
+ private:
+  bool open_next();
+  [[noreturn]] void refuse(const std::string& title, uint64_t bytes) const;
+
+  const Source& source_;
+  uint32_t width_, height_;
+  uint64_t need_;
+  std::vector<std::string> names_;
+  std::optional<uint64_t> total_;
+  size_t opened_ = 0;
+  std::unique_ptr<InputFile> file_;
+  uint64_t position_ = 0;  // bytes of this file that were read
+};
+
+}  // namespace lum_tool
+
+#endif

@@ -1,0 +1,100 @@
+// SPDX-License-Identifier: MIT
+// The command line of `lum`. Exit status: 0 done, 1 failed, 2 called wrongly.
+#include <CLI/CLI.hpp>
+#include <cstdio>
+#include <exception>
+
+#include "catalogue.h"
+#include "commands.h"
+
+namespace {
+
+constexpr int kFailed = 1;
+constexpr int kWrongCall = 2;
+
+void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
+  CLI::App* c = app.add_subcommand("convert", "Turn camera frames into pictures or plain pixels");
+  c->add_option("--from", o.from,
+                "format of the frames: a name as in `lum formats`, or its code (0x01080009)")
+      ->required();
+  c->add_option("--size", o.size, "WIDTHxHEIGHT of a frame")->required();
+  c->add_option("--to", o.to, "format to convert to")->capture_default_str();
+  c->add_option("input", o.input, "file of one or more frames, frame%04d.raw, or - for stdin")
+      ->required();
+  c->add_option("output", o.output,
+                ".png, .tif, .ppm, .pgm, anything else for raw bytes; frame%04d.png for one file "
+                "a frame; - for stdout (raw unless --type)")
+      ->required();
+  std::vector<std::string> modes;
+  for (const lum_tool::DebayerName& mode : lum_tool::kDebayerNames) modes.push_back(mode.name);
+  CLI::Option* debayer =
+      c->add_option("--debayer", o.debayer, "8-bit Bayer: how the colours are interpolated")
+          ->check(CLI::IsMember(modes));
+  CLI::Option* matrix =
+      c->add_option("--matrix", o.matrix,
+                    "nine numbers, rows R G B of (R,G,B), separated by commas or blanks")
+          ->delimiter(',')
+          ->expected(9);
+  c->add_option("--wb", o.white_balance, "gains R,G,B, as the diagonal of a matrix")
+      ->delimiter(',')
+      ->expected(3)
+      ->excludes(matrix);
+  CLI::Option* older =
+      c->add_flag("--via-old", o.via_old, "through LumTransformOLD")->excludes(debayer);
+  c->add_flag("--direct-bgr", o.direct_bgr, "IRaw8CYGM: through LumIRaw8CYGMToBGR")
+      ->excludes(older);
+  c->add_flag("--big-endian", o.big_endian, "16-bit words have their high byte first");
+  c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words have their used bits at the top");
+  c->add_option("--frames", o.frames,
+                "all, one number from 0, or a range 2-9 (default: all into a numbered or raw "
+                "output, else the first)");
+  c->add_option("--type", o.type, "type of the output, whatever its name")
+      ->check(CLI::IsMember({"png", "tiff", "pnm", "raw"}));
+  c->add_option("--time", o.time, "convert the first frame N times more and print the best time");
+}
+
+void add_simulate(CLI::App& app, lum_tool::SimulateOptions& o) {
+  CLI::App* c = app.add_subcommand(
+      "simulate", "Make the frame that a camera would have delivered for a picture");
+  c->add_option("--format", o.format, "format of the frame, as for convert --from")->required();
+  c->add_option("picture", o.input, "PNG, JPEG, TIFF, PPM or PGM; - for stdin")->required();
+  c->add_option("frame", o.output, "file for the frame; - for stdout")->required();
+  c->add_flag("--big-endian", o.big_endian, "16-bit words with their high byte first");
+  c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words with their used bits at the top");
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  CLI::App app("Converts the frames of industrial cameras.", "lum");
+  app.require_subcommand(1);
+  lum_tool::ConvertOptions convert;
+  lum_tool::SimulateOptions simulate;
+  bool json = false;
+  std::string info_format, info_size, code;
+  add_convert(app, convert);
+  add_simulate(app, simulate);
+  app.add_subcommand("formats", "List the formats and what converts into what")
+      ->add_flag("--json", json, "as JSON");
+  CLI::App* info = app.add_subcommand("info", "Describe one format");
+  info->add_option("format", info_format, "name or code")->required();
+  info->add_option("--size", info_size, "WIDTHxHEIGHT, to tell the bytes of a frame");
+  app.add_subcommand("errors", "Print the text of a result code")
+      ->add_option("code", code, "-7, 0x88000004, ...")
+      ->required();
+  try {
+    app.parse(argc, argv);
+  } catch (const CLI::ParseError& error) {
+    return app.exit(error) == 0 ? 0 : kWrongCall;
+  }
+  try {
+    if (app.got_subcommand("convert")) return lum_tool::convert_command(convert);
+    if (app.got_subcommand("simulate")) return lum_tool::simulate_command(simulate);
+    if (app.got_subcommand("formats")) return lum_tool::formats_command(json);
+    if (app.got_subcommand("info")) return lum_tool::info_command(info_format, info_size);
+    return lum_tool::errors_command(code);
+  } catch (const std::exception& failure) {
+    std::fprintf(stderr, "lum: %s\n", failure.what());
+    return kFailed;
+  }
+}
