@@ -95,7 +95,7 @@ TEST(ColourCorrection, KnownAnswers) {
     for (uint32_t pattern = 0; pattern < 4; ++pattern) {
       Bytes expected(a.size() * reference::pixel_bytes(c.kernel.format)), actual(expected.size());
       reference::store_mosaic(c.kernel.format,
-                              c.kernel.expected(c.src.data(), 16, 12, pattern, c.shift, kTypical.m),
+                              c.kernel.expected(c.src.data(), 16, 12, pattern, c.shift, kTypical.coefficients),
                               16, 12, expected.data());
       EXPECT_EQ(reference::crc32(expected.data(), expected.size()), c.crc[pattern])
           << "the reference, " << c.kernel.name << " pattern " << pattern;
@@ -138,7 +138,7 @@ TEST(ColourCorrection, WritesWhatTheReferenceWrites) {
       for (size_t i = 0; i < all.size(); ++i) {
         if (size.width > 1000 && i % 5 != 0) continue;
         ColourMatrix m = {static_cast<uint32_t>(i), {}};  // the kind is not read
-        std::copy(all[i].begin(), all[i].end(), m.m);
+        std::copy(all[i].begin(), all[i].end(), m.coefficients);
         static const uint32_t kCallersPatterns[] = {0, 1, 2, 3, 255, 0xFFFFFFFF};
         static const uint32_t kShifts[] = {0, 4, 6, 1, 2, 3, 8};
         const uint32_t pattern = kCallersPatterns[kind % 6];
@@ -157,7 +157,7 @@ TEST(ColourCorrection, WritesWhatTheReferenceWrites) {
             [&](uint8_t* dst) {
               reference::store_mosaic(
                   kernel.format,
-                  kernel.expected(src.data(), size.width, size.height, pattern, shift, m.m),
+                  kernel.expected(src.data(), size.width, size.height, pattern, shift, m.coefficients),
                   size.width, size.height, dst);
             });
         if (HasFatalFailure()) return;

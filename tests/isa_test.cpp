@@ -28,8 +28,8 @@ TEST(Isa, ChoosesTheWidestLevelThereIs) {
   ASSERT_NE(kernels_of(Level::base), nullptr);
   for (unsigned level = kLevelCount; level-- > 0;) {
     if (const Kernels* table = kernels_of(static_cast<Level>(level))) {
-      EXPECT_EQ(&kernels(), table) << kLevelNames[level] << " is there, " << name_of(&kernels())
-                                   << " was chosen";
+      EXPECT_EQ(&kernels(), table)
+          << kLevelNames[level] << " is there, " << name_of(&kernels()) << " was chosen";
       break;
     }
   }

@@ -32,8 +32,19 @@ size_t row_bytes(Source source, size_t n) {
 
 bool is_corrected(Source source) {
   return source == Source::mosaic8_corrected || source == Source::mosaic8_wrapped ||
-         source == Source::mosaic16_corrected;
+         source == Source::mosaic16_corrected || source == Source::bgr24_corrected ||
+         source == Source::bgr48_corrected;
 }
+bool is_cygm_window(Source source) {
+  return source == Source::cygm_3x3 || source == Source::cygm_3x3_luma ||
+         source == Source::cygm_binned;
+}
+
+// Weights as a frame's lines have them, and the largest there are with all signs.
+const int32_t kWindowWeights[3][12] = {
+    {6839, -7284, -3197, 0, -3829, -644, 4151, 0, 1768, 22416, -12976, 0},
+    {-3642, -10036, -3642, 0, -322, 7980, -322, 0, 11208, -14744, 11208, 0},
+    {-12976, 22416, 1768, 0, 1768, -22416, 12976, -11208, -1768, 22416, -27720, 11208}};
 
 // What RowArgs::wide has to say of a matrix at least.
 bool needs_wide(const test::Matrix& m, int64_t top_sample) {
@@ -65,6 +76,21 @@ RowMemory row_memory(Source source, size_t n, uint64_t seed, RowArgs& args) {
     args.below = seed % 3 == 1 ? -pitch : pitch;
     return {padded + 1, static_cast<size_t>(pitch) + 1};
   }
+  if (source == Source::paired_chroma) {  // two rows above and below, two samples before the row
+    args.above = seed % 3 == 0 ? pitch : -pitch;
+    args.below = seed % 3 == 1 ? -pitch : pitch;
+    args.above2 = -2 * pitch;
+    args.below2 = 2 * pitch;
+    return {padded + 2 * static_cast<size_t>(pitch) + 2, 2 * static_cast<size_t>(pitch) + 2};
+  }
+  if (source == Source::mosaic8_binned || is_cygm_window(source)) {
+    const ptrdiff_t bytes = static_cast<ptrdiff_t>(row_bytes(source, n));
+    const ptrdiff_t apart = bytes + 2 * static_cast<ptrdiff_t>(kPaddedBytes) + 4;
+    args.above = seed % 3 == 0 ? apart : -apart;
+    args.below = seed % 3 == 1 ? -apart : apart;
+    args.below2 = 2 * apart;
+    return {static_cast<size_t>(4 * apart), static_cast<size_t>(apart) + 2};
+  }
   return {row_bytes(source, n), 0};
 }
 
@@ -81,17 +107,25 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
   } else if (source == Source::mono12_packed && deep) {
     for (args.shift = 0; args.shift <= 4; ++args.shift) out.push_back(args);
   } else if (is_corrected(source)) {
-    const int64_t top = source == Source::mosaic16_corrected ? 65535 : 255;
+    const bool words = source == Source::mosaic16_corrected || source == Source::bgr48_corrected;
+    const int64_t top = words ? 65535 : 255;
     for (const test::Matrix& m : kMatrices) {
       args.matrix = m.data();
-      for (args.scale = 10; args.scale <= (source == Source::mosaic8_wrapped ? 10 : 14);
+      for (args.scale = 10; args.scale <= (source == Source::mosaic8_wrapped ? 10 : 18);
            args.scale += 4) {
         for (args.wide = needs_wide(m, top); args.wide < 2; ++args.wide) {
           for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
         }
       }
     }
-  } else if (source == Source::bilinear) {
+  } else if (source == Source::mosaic8_binned) {
+    for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
+  } else if (is_cygm_window(source)) {
+    for (const auto& weights : kWindowWeights) {
+      args.matrix = weights;
+      out.push_back(args);
+    }
+  } else if (source == Source::bilinear || source == Source::paired_chroma) {
     for (args.own_is_blue = 0; args.own_is_blue < 2; ++args.own_is_blue) {
       for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
     }
@@ -140,7 +174,7 @@ void report_fault(int signal_number) {
 
 class Bench {
  public:
-  Bench() : a_(kLarge * 6), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
+  Bench() : a_(kLarge * 9), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
 
   // Empty when the kernel wrote what the reference says and nothing else; otherwise what differs.
   std::string run(RowKernel kernel, Source source, Sink sink, Trial t, const char* level) {

@@ -198,7 +198,10 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
   const auto cyan_row = [=](size_t x, size_t y) {
     return y == 0 ? "CY"[x % 2] : "GM"[(x + column) % 2];
   };
-  if (deep && (source == Source::planes8 || source == Source::bilinear)) return false;
+  if (deep && (source == Source::planes8 || source == Source::bilinear ||
+               source == Source::paired_chroma)) {
+    return false;
+  }
   const Sampler two_rows = [=](size_t x, size_t y) { return int{(y == 0 ? a : b)[x]}; };
   const Sampler two_word_rows = [=](size_t x, size_t y) { return word(y == 0 ? a : b, x, false); };
   Frame pixels;
@@ -269,6 +272,55 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
         pixels[x].g = native ? (h + v + 2) >> 2 : own[0];
         pixels[x].b = args.own_is_blue != 0 ? n_own : other;
       }
+      break;
+    case Source::paired_chroma: {
+      // Columns -2 .. 3 from the pair's native pixel towards its green one; rows y, y +- 1, y +- 2.
+      static const int kGreenLessOwn[3][6] = {
+          {-3, 3, -12, 9, -7, 2}, {1, 1, 4, -1, 2, 0}, {0, 0, -3, 2, -2, 0}};
+      static const int kGreenLessOther[3][6] = {
+          {1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}};
+      const ptrdiff_t rows[5] = {0, args.above, args.below, args.above2, args.below2};
+      const auto clamped = [](int v) { return v < 0 ? 0 : v > 255 ? 255 : v; };
+      pixels.resize(n);
+      for (size_t x = 0; x < n; ++x) {
+        const bool native = x % 2 == args.column;
+        const uint8_t* own = a + (x / 2 * 2 + args.column);
+        const int step = args.column == 0 ? 1 : -1;
+        int d1 = 16, d2 = 16;
+        for (int row = 0; row < 5; ++row) {
+          for (int column = -2; column <= 3; ++column) {
+            const int z = own[rows[row] + step * column];
+            d1 += kGreenLessOwn[(row + 1) / 2][column + 2] * z;
+            d2 += kGreenLessOther[(row + 1) / 2][column + 2] * z;
+          }
+        }
+        d1 >>= 5;
+        d2 >>= 5;
+        const int z = a[x];
+        const int n_own = native ? z : clamped(z - d1);
+        const int other = clamped(native ? z + d1 - d2 : z - d2);
+        pixels[x].r = args.own_is_blue != 0 ? other : n_own;
+        pixels[x].g = native ? clamped(z + d1) : z;
+        pixels[x].b = args.own_is_blue != 0 ? n_own : other;
+      }
+      break;
+    }
+    case Source::bgr24_corrected:
+    case Source::bgr48_corrected:
+      if (deep != (source == Source::bgr48_corrected)) return false;
+      pixels.resize(n);
+      for (size_t x = 0; x < n; ++x) {
+        int* const to[3] = {&pixels[x].b, &pixels[x].g, &pixels[x].r};
+        for (size_t c = 0; c < 3; ++c) *to[c] = deep ? word(a, 3 * x + c, false) : a[3 * x + c];
+      }
+      pixels = correct(pixels, args.matrix, static_cast<int>(args.scale), deep ? 65535 : 255);
+      break;
+    case Source::mosaic8_binned:
+    case Source::cygm_3x3:
+    case Source::cygm_3x3_luma:
+    case Source::cygm_binned:
+      if (deep) return false;
+      pixels = window_row(source, a, n, args);
       break;
     case Source::yuv411:
     case Source::yuv422:

@@ -70,6 +70,17 @@ Frame correct(const Frame& blocks, const int32_t m[9], int shift, int top);
 Frame correct_mono8(const uint8_t* src, size_t width, size_t height, uint32_t pattern,
                     const int32_t m[9]);
 
+// Half the width and height of the mosaic.
+Frame bayer_binned(const uint8_t* src, int width, int height, uint32_t pattern);
+
+// CYGM by windows of three lines and columns; _binned has half the width and height.
+Frame cygm_3x3(const uint8_t* src, int width, int height);
+Frame cygm_binned(const uint8_t* src, int width, int height);
+Bytes cygm_luma(const uint8_t* src, int width, int height);
+int luma8_of_lines(int above, int here, int below);
+// A row of the sources that take such windows as RowArgs tells them.
+Frame window_row(Source source, const uint8_t* a, size_t n, const RowArgs& args);
+
 void flip(uint8_t* image, size_t row_bytes, size_t rows);
 void deinterlace(uint8_t* dst, const uint8_t* src, size_t row_bytes, size_t height);
 

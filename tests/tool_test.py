@@ -172,6 +172,35 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(self.through(flat, source, "RGB24", "--via-old"),
                                  self.through(flat, source, "RGB24"))
 
+    def test_windows(self):
+        colour = (100, 60, 20)
+        flat = pnm(8, 12, 3, colour * 96)
+        grey = (77 * 100 + 150 * 60 + 29 * 20) >> 8
+        for words, source, target, size, error in (
+                (("--debayer", "bin"), "BayerGB8", "BGR24", (4, 6), 0),
+                (("--debayer", "bin"), "BayerGB8", "UYVY", (4, 6), 4),
+                (("--cygm", "2x2"), "IRaw8CYGM", "BGR24", (8, 12), 4),
+                (("--cygm", "3x3"), "IRaw8CYGM", "RGBA32", (8, 12), 4),
+                (("--cygm", "bin"), "IRaw8CYGM", "BGR24", (4, 6), 4),
+                (("--cygm", "luma"), "IRaw8CYGM", "MONO8_REC601", (8, 12), 2)):
+            with self.subTest(words=words, target=target):
+                got = self.through(flat, source, target, *words)
+                self.assertEqual(got[:2], size)
+                want = list(colour) if got[2] == 3 else [grey]
+                want *= size[0] * size[1]
+                self.assertLessEqual(max(abs(a - b) for a, b in zip(got[3], want)), error)
+                self.assertEqual(len(got[3]), len(want))
+        self.put("f.raw", bytes(6 * 4))
+        for words, text in (
+                (("--from", "BayerRG8", "--cygm", "3x3"), r"--cygm is for IRaw8CYGM"),
+                (("--from", "IRaw8CYGM", "--cygm", "luma"), r"MONO8_REC601 only"),
+                (("--from", "IRaw8CYGM", "--debayer", "bin"), r"8-bit Bayer"),
+                (("--from", "IRaw8CYGM", "--cygm", "bin", "--to", "UYVY"), r"_Bin: 0x88000004"),
+                (("--from", "BayerRG8", "--debayer", "bin", "--wb", "1,1,1"), r"2x2 debayer")):
+            with self.subTest(refused=words):
+                self.assertRegex(self.lum("convert", "--size", "6x4", *words, "f.raw", "o.raw",
+                                          status=1).text, text)
+
     def test_picture_files(self):
         noise = random.Random(2)
         samples = [noise.randrange(65536) for _ in range(9 * 7 * 3)]
@@ -304,6 +333,8 @@ class ToolTest(unittest.TestCase):
                              set(sources))
         self.assertIn("BGR24", sources["BayerRG8"]["descriptors"])
         self.assertEqual(list(sources["BayerRG8"]["debayer"]), list(MODES))
+        self.assertEqual(sources["IRaw8CYGM"]["windows"]["luma"], ["MONO8_REC601"])
+        self.assertIn("UYVY", sources["BayerRG8"]["windows"]["bin"])
         self.assertEqual((sources["BayerGB10"]["code"], sources["BayerGB10"]["bayer_pattern"],
                           sources["BayerGB10"]["bits_used"]), ("0x0110000E", "GBRG", 10))
         table = self.lum("formats").stdout.decode()

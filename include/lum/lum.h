@@ -18,13 +18,15 @@
 //   }
 //
 // Contents
-//   1 Enumerations            4 Set-up and queries       7 RGB and YUV sources  10 Information
-//   2 Result codes            5 Generic transform        8 Bayer sources        11 Older dispatcher
-//   3 Records                 6 Mono sources             9 CYGM, rows
+//   1 Enumerations         5 Generic transform      9 CYGM, rows          12 Information
+//   2 Result codes         6 Mono sources          10 Planes and depth    13 Older dispatcher
+//   3 Records              7 RGB and YUV sources   11 Geometry
+//   4 Set-up and queries   8 Bayer sources
 //
 // What holds for every function
 //   - Callers own all records and buffers. Nothing is kept between calls, nothing but the in-place
-//     form of LumInterlacedToProgressive allocates, nothing is configured but by arguments.
+//     form of LumInterlacedToProgressive and LumCreateColorCorrectionMatrix_Int8 allocates, nothing
+//     is configured but by arguments.
 //   - Any number of threads may call any functions at once, as long as no two of them write the
 //     same memory. No function throws.
 //   - Rows are tightly packed: pitch = width * bytes per pixel. No alignment is needed. No other
@@ -246,6 +248,7 @@ enum {
 #define LUM_LEGACY_PARAMETER_4 UINT32_C(0x88000005)
 #define LUM_LEGACY_PARAMETER_5 UINT32_C(0x88000006)
 #define LUM_LEGACY_PARAMETER_6 UINT32_C(0x88000007)
+#define LUM_LEGACY_PARAMETER_7 UINT32_C(0x88000008)
 #define LUM_LEGACY_NOT_IMPLEMENTED UINT32_C(0x88000012)  // format or mode not served
 #define LUM_LEGACY_OUT_OF_MEMORY UINT32_C(0x8800001A)
 #define LUM_LEGACY_MORE_DATA UINT32_C(234)  // LumGetErrorInfo: the text was cut
@@ -304,6 +307,12 @@ typedef struct LumBitDepthInfo {
   LumBayerPattern bayerPattern;  // not read for mono
 } LumBitDepthInfo;
 
+// A colour matrix as the _CC transforms take it.
+typedef struct LumColorCorrection {
+  uint32_t kind;            // 2: made for 8-bit samples, 3: for deeper ones; no other. Treated alike
+  int32_t coefficients[9];  // times 1024; row-major: rows give R, G, B, columns take R, G, B
+} LumColorCorrection;
+
 #if defined(__cplusplus)
 #define LUM_ASSERT(name, condition) static_assert(condition, #name)
 #elif defined(__STDC_VERSION__) && __STDC_VERSION__ >= 201112L
@@ -342,6 +351,9 @@ LUM_ASSERT_AT(LumBitDepthInfo, alignment, 4);
 LUM_ASSERT_AT(LumBitDepthInfo, bitsUsed, 8);
 LUM_ASSERT_AT(LumBitDepthInfo, endianness, 12);
 LUM_ASSERT_AT(LumBitDepthInfo, bayerPattern, 16);
+LUM_ASSERT_SIZE(LumColorCorrection, 40);
+LUM_ASSERT_AT(LumColorCorrection, kind, 0);
+LUM_ASSERT_AT(LumColorCorrection, coefficients, 4);
 
 #undef LUM_ASSERT_AT
 #undef LUM_ASSERT_SIZE
@@ -740,6 +752,23 @@ LUM_API uint32_t LumRaw8ImageTransform_IntYUV422(uint8_t* dst, const uint8_t* sr
                                                  uint32_t height, uint32_t formatIndex,
                                                  uint32_t bayerPattern);
 
+// 8-bit mosaic at half its size, with a pixel for each 2x2 cell: all colours are brought to the
+// cell's centre by the samples around it (those beyond the border are mirrored about the border
+// sample), so that edges have no colour fringes.
+//   dst            width / 2 * height / 2 * pixel_bytes(formatIndex) bytes
+//   src            width * height bytes
+//   width, height  pixels of the source, even, 2 or more; a multiple of 4 the width for UYVY
+//   formatIndex    0 to 6
+//   bayerPattern   LumBayerPattern 0 to 3, or 0xFFFFFFFF for BGGR
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; formatIndex above 6:
+// 0x88000012; formatIndex 6 with width no multiple of 4: 0x88000004.
+// Returns 0 or one of these.
+LUM_API uint32_t LumRaw8ImageTransform_Bin(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                           uint32_t height, uint32_t formatIndex,
+                                           uint32_t bayerPattern);
+
 // 12-bit packed mosaic (the GigE Vision packing), 2x2 on the upper 8 bits of each sample.
 //   dst            width * height * pixel_bytes(formatIndex) bytes
 //   src            width / 2 * 3 * height bytes
@@ -789,6 +818,107 @@ LUM_API uint32_t LumRaw16ImageTransformEx(uint8_t* dst, const uint8_t* src, uint
                                           uint32_t height, uint32_t formatIndex,
                                           const LumBitDepthInfo* bitDepth);
 
+// Makes a matrix of floats: once, not once a frame. Coefficients times 1024 are truncated toward
+// zero and saturate. A LumColorCorrection that a caller fills does as well.
+//   matrix        receives the address of the object; give it back by LumDestroyColorCorrection
+//   coefficients  nine floats, row-major: rows give R, G, B, columns take R, G, B
+// On failure *matrix is as it was.
+// Checks: matrix null: 0x88000002; coefficients null, then one of them not finite: 0x88000003.
+// Returns 0, one of these, or 0x8800001A (out of memory).
+LUM_API uint32_t LumCreateColorCorrectionMatrix_Int8(LumColorCorrection** matrix,
+                                                     const float* coefficients);
+
+// Gives back an object of LumCreateColorCorrectionMatrix_Int8, no other.
+// Checks: matrix null: 0x88000002. Returns 0 or that.
+LUM_API uint32_t LumDestroyColorCorrection(LumColorCorrection* matrix);
+
+// The _CC transforms are the 2x2 ones with a matrix: of the block's R, G, B at each pixel
+//   R' = (m0 R + m1 G + m2 B) >> 10, limited to the sample's range, G' and B' alike,
+// with the exact sum. Luminance and UYVY are made of R', G', B'.
+
+// 8-bit mosaic with a colour matrix, to BGR24.
+//   dst            width * height * 3 bytes
+//   src            width * height bytes
+//   width, height  pixels, even, 2 or more
+//   bayerPattern   LumBayerPattern 0 to 3, or 0xFFFFFFFF for BGGR
+//   matrix         kind 2 or 3
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; matrix null or of another
+// kind: 0x88000007.
+// Returns 0 or one of these.
+LUM_API uint32_t LumRaw8ToBGR_CC(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                                 uint32_t bayerPattern, const LumColorCorrection* matrix);
+
+// 8-bit mosaic with a colour matrix.
+//   dst            width * height * pixel_bytes(formatIndex) bytes
+//   src            width * height bytes
+//   width, height  pixels, even, 2 or more
+//   formatIndex    0 to 6
+//   bayerPattern   LumBayerPattern 0 to 3, or 0xFFFFFFFF for BGGR
+//   matrix         kind 2 or 3
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32, but for the copied last row.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; formatIndex above 6:
+// 0x88000012; matrix null or of another kind: 0x88000008.
+// Returns 0 or one of these.
+LUM_API uint32_t LumRaw8ImageTransform_CC(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                          uint32_t height, uint32_t formatIndex,
+                                          uint32_t bayerPattern, const LumColorCorrection* matrix);
+
+// 12-bit packed mosaic (the GigE Vision packing) with a colour matrix, all 12 bits of each sample.
+//   dst            width * height * pixel_bytes(formatIndex) bytes
+//   src            width / 2 * 3 * height bytes
+//   width, height  pixels, even, 2 or more
+//   formatIndex    0 to 10. 8-bit formats get bits 11 to 4 of the corrected 12-bit samples, limited;
+//                  16-bit formats get the samples shifted up by 4, then corrected
+//   bayerPattern   LumBayerPattern 0 to 3, or 0xFFFFFFFF for BGGR
+//   matrix         kind 2 or 3
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32, but for the copied last row.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; formatIndex above 10:
+// 0x88000012; matrix null or of another kind: 0x88000008.
+// Returns 0 or one of these.
+LUM_API uint32_t LumRaw12ImageTransform_CC(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                           uint32_t height, uint32_t formatIndex,
+                                           uint32_t bayerPattern,
+                                           const LumColorCorrection* matrix);
+
+// 16-bit mosaic of either byte order and any number of bits used, with a colour matrix. With V the
+// word the samples are V (alignment 0) or (V << (16 - bitsUsed)) & 0xFFFF (alignment 1).
+//   dst            width * height * pixel_bytes(formatIndex) bytes
+//   src            2 * width * height bytes
+//   width, height  pixels, even, 2 or more
+//   formatIndex    0 to 10. 8-bit formats get the upper 8 bits of the corrected samples, limited;
+//                  16-bit formats in host order
+//   bitDepth       not null; bitsUsed 8 to 16 with alignment 1, not read with alignment 0;
+//                  bayerPattern 0 to 3
+//   matrix         kind 2 or 3
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32, but for the copied last row.
+// Checks: dst null: 0x88000002; src null: 0x88000003; bitDepth null: 0x88000007; width 0:
+// 0x88000004; height 0: 0x88000005; width odd: 0x88000004; height odd: 0x88000005; alignment above
+// 1, alignment 1 with bitsUsed none of 8 to 16, bayerPattern above 3: 0x88000012; formatIndex above
+// 10: 0x88000012; endianness above 1: 0x88000012; matrix null or of another kind: 0x88000008.
+// Returns 0 or one of these.
+LUM_API uint32_t LumRaw16ImageTransform_CC(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                           uint32_t height, uint32_t formatIndex,
+                                           const LumBitDepthInfo* bitDepth,
+                                           const LumColorCorrection* matrix);
+
+// Finished B, G, R pixels with a colour matrix: after any demosaic. For pixels in the order R, G, B
+// reverse the nine coefficients.
+//   dst             3 * pixelCount * bytesPerSample bytes
+//   src             as many
+//   pixelCount      pixels, 1 or more
+//   bytesPerSample  1, or 2 for words in host order
+//   matrix          kind 2 or 3
+// In place: dst equal to src. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; pixelCount 0: 0x88000004; bytesPerSample:
+// 0x88000005; matrix null or of another kind: 0x88000006.
+// Returns 0 or one of these.
+LUM_API uint32_t LumBGRToBGR_CC(uint8_t* dst, const uint8_t* src, uint32_t pixelCount,
+                                uint32_t bytesPerSample, const LumColorCorrection* matrix);
+
 // ---------------------------------------------------------------------------------------------
 // 9 CYGM, rows
 //
@@ -833,6 +963,53 @@ LUM_API uint32_t LumIRaw8CYGMImageTransform(uint8_t* dst, const uint8_t* src, ui
 LUM_API uint32_t LumIRaw8CYGMToBGR(uint8_t* dst, const uint8_t* src, uint32_t width,
                                    uint32_t height);
 
+// 8-bit CYGM mosaic, from three lines and columns about the pixel: no half-pixel shift, sharper and
+// with less zipper at edges than the 2x2 form. Every pixel is computed, borders included: lines and
+// columns beyond the frame are mirrored about its outermost ones. Equal samples give that grey.
+//   dst          width * height * pixel_bytes(formatIndex) bytes
+//   src          width * height bytes, two fields
+//   width        pixels, even, 2 or more
+//   height       rows, a multiple of 4
+//   formatIndex  0 to 6
+//   reserved     any value, not used
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height no multiple of 4: 0x88000005; formatIndex above 6: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumIRaw8CYGMImageTransform_3x3(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                                uint32_t height, uint32_t formatIndex,
+                                                uint32_t reserved);
+
+// 8-bit CYGM mosaic at half its size: a pixel for each 2x2 block, which has a sample of each colour;
+// the lines and columns around it keep edges from being taken for colour.
+//   dst          width / 2 * height / 2 * pixel_bytes(formatIndex) bytes
+//   src          width * height bytes, two fields
+//   width        pixels of the source, even, 2 or more; a multiple of 4 for UYVY
+//   height       rows of the source, a multiple of 4
+//   formatIndex  0 to 6
+//   reserved     any value, not used
+// In place: no. Not written: byte 3 of BGRA32 and RGBA32.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height no multiple of 4: 0x88000005; formatIndex above 6: 0x88000012;
+// formatIndex 6 with width no multiple of 4: 0x88000004.
+// Returns 0 or one of these.
+LUM_API uint32_t LumIRaw8CYGMImageTransform_Bin(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                                uint32_t height, uint32_t formatIndex,
+                                                uint32_t reserved);
+
+// 8-bit CYGM mosaic to luminance, one byte a pixel: that of the 3x3 form before it becomes colour, so
+// neither the matrix nor the limits of R, G, B touch it. Its weights are those of BT.601.
+//   dst     width * height bytes
+//   src     width * height bytes, two fields
+//   width   pixels, even, 2 or more
+//   height  rows, a multiple of 4
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// width odd: 0x88000004; height no multiple of 4: 0x88000005.
+// Returns 0 or one of these.
+LUM_API uint32_t LumIRaw8CYGMToY8(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                  uint32_t height);
+
 // Turns an image upside down in place, whatever its pixels are.
 //   image     rows * rowBytes bytes
 //   rowBytes  bytes of a row, 1 or more
@@ -856,7 +1033,221 @@ LUM_API uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* sourc
                                             uint32_t rowBytes, uint32_t height);
 
 // ---------------------------------------------------------------------------------------------
-// 10 Information
+// 10 Planes and depth
+//
+// Components apart and together, sampling of chroma, packed and deep samples. But for LumImageToI420
+// a frame is a run of pixels and rows do not matter.
+// Threads: no state; any number of calls at once on different destinations.
+
+// YUV of a chosen encoding to BGR24. With u = U - 128, v = V - 128, c = 298 (Y - 16) + 128 and every
+// result limited to 0..255:
+//
+//   encoding             R                     G                           B
+//   0 full, BT.601       Y + (359v+128 >> 8)   Y - (88u+183v+128 >> 8)     Y + (454u+128 >> 8)
+//   1 studio, BT.601     (c + 409v) >> 8       (c - 100u - 208v) >> 8      (c + 516u) >> 8
+//   2 studio, BT.709     (c + 459v) >> 8       (c - 55u - 136v) >> 8       (c + 541u) >> 8
+//
+// 0 is what cameras send and what the YUV transforms take; 1 decodes the UYVY that this library makes
+// of RGB, a flat colour to within 3.
+//   dst         3 * pixelCount bytes: B, G, R
+//   src         pixelCount * 3 / 2 bytes (4:1:1), * 2 (4:2:2), * 3 (4:4:4)
+//   pixelCount  1 or more; a multiple of 4 for 4:1:1, of 2 for 4:2:2
+//   layout      LumPixelLayoutYUV411, YUV422 or YUV444
+//   encoding    0 to 2
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; pixelCount 0: 0x88000004; layout: 0x88000012;
+// pixelCount no such multiple: 0x88000004; encoding above 2: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumYUVToBGR(uint8_t* dst, const uint8_t* src, uint32_t pixelCount, uint32_t layout,
+                             uint32_t encoding);
+
+// A frame to planar 4:2:0, as video encoders take it: the plane of Y, then that of U, then that of V.
+// Mono and the RGB family become studio range BT.601; mono counts as R = G = B. With r, g, b the sums
+// over 2x2 pixels:
+//   Y = ((66 R + 129 G + 25 B + 128) >> 8) + 16
+//   U = ((-38 r - 74 g + 112 b + 512) >> 10) + 128, V = ((112 r - 94 g - 18 b + 512) >> 10) + 128
+// YUV keeps its range: Y is copied, U and V are rounded means of the values of 2x2 pixels.
+//   dst     width * height * 3 / 2 bytes
+//   src     width * height pixels of the layout
+//   width   pixels, even, 2 or more; a multiple of 4 for 4:1:1
+//   height  rows, even, 2 or more
+//   layout  LumPixelLayoutMono (8 bits a pixel), RGB, BGR, RGBA, BGRA, YUV411, YUV422 or YUV444
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// layout: 0x88000012; width odd, or for 4:1:1 no multiple of 4: 0x88000004; height odd: 0x88000005.
+// Returns 0 or one of these.
+LUM_API uint32_t LumImageToI420(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                                uint32_t layout);
+
+// Interleaved components to planes. The order of the pointers is the caller's: BGR24 to planes of R, G
+// and B is {b, g, r}.
+//   planes          channels pointers; plane i gets component i of every pixel, pixelCount *
+//                   bytesPerSample bytes. A null one is skipped
+//   src             pixelCount * channels * bytesPerSample bytes
+//   pixelCount      1 or more
+//   channels        2 to 4
+//   bytesPerSample  1 or 2
+// In place: no. Not written: nothing.
+// Checks: planes null: 0x88000002; src null: 0x88000003; pixelCount 0: 0x88000004; channels:
+// 0x88000005; bytesPerSample: 0x88000006; all planes null: 0x88000002.
+// Returns 0 or one of these.
+LUM_API uint32_t LumPackedToPlanar(uint8_t* const* planes, const uint8_t* src, uint32_t pixelCount,
+                                   uint32_t channels, uint32_t bytesPerSample);
+
+// Planes to interleaved components, the reverse of LumPackedToPlanar.
+//   dst             pixelCount * channels * bytesPerSample bytes
+//   planes          channels pointers to pixelCount * bytesPerSample bytes each; the component of a
+//                   null one stays as it is in dst, as an alpha byte may
+//   pixelCount      1 or more
+//   channels        2 to 4
+//   bytesPerSample  1 or 2
+// In place: no. Not written: components without a plane; no other thread may write them meanwhile.
+// Checks: dst null: 0x88000002; planes null: 0x88000003; pixelCount 0: 0x88000004; channels:
+// 0x88000005; bytesPerSample: 0x88000006; all planes null: 0x88000003.
+// Returns 0 or one of these.
+LUM_API uint32_t LumPlanarToPacked(uint8_t* dst, const uint8_t* const* planes, uint32_t pixelCount,
+                                   uint32_t channels, uint32_t bytesPerSample);
+
+// Packed samples of 10 and 12 bits, mono or mosaic, to words. Groups follow each other without regard
+// to rows.
+//
+//   packing                        samples in bytes  values
+//   0  12-bit, GigE Vision packed  2 in 3            b0 << 4 | b1 & 15, b2 << 4 | b1 >> 4
+//   1  10-bit, GigE Vision packed  2 in 3            b0 << 2 | b1 & 3, b2 << 2 | (b1 >> 4) & 3
+//   2  12-bit, PFNC "12p"          2 in 3            a little-endian number, 12 bits each from below
+//   3  10-bit, PFNC "10p"          4 in 5            a little-endian number, 10 bits each from below
+//   4  12-bit, MIPI CSI-2          2 in 3            b0 << 4 | b2 & 15, b1 << 4 | b2 >> 4
+//   5  10-bit, MIPI CSI-2          4 in 5            bi << 2 | (b4 >> 2i) & 3, i = 0..3
+//
+//   dst         2 * pixelCount bytes
+//   src         pixelCount / 2 * 3 bytes, or pixelCount / 4 * 5
+//   pixelCount  1 or more, a multiple of the samples in a group
+//   packing     0 to 5
+//   bitDepth    of the destination: alignment 0 has the samples shifted up to bit 15, 1 as they are;
+//               endianness is the byte order. Not read: the other fields
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; pixelCount 0: 0x88000004; packing above 5:
+// 0x88000012; pixelCount no multiple: 0x88000004; bitDepth null: 0x88000006; alignment or endianness
+// above 1: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumUnpackTo16(uint8_t* dst, const uint8_t* src, uint32_t pixelCount,
+                               uint32_t packing, const LumBitDepthInfo* bitDepth);
+
+// Words to bytes, whatever the samples are. With V the word, alignment 0 gives V >> 8 and alignment 1
+// min(255, V >> (bitsUsed - 8)): bits above bitsUsed saturate.
+//   dst          sampleCount bytes
+//   src          2 * sampleCount bytes
+//   sampleCount  samples, 1 or more; of three-channel pixels three times their number
+//   bitDepth     alignment, endianness and with alignment 1 bitsUsed, 8 to 16; the other fields are
+//                not read
+// In place: dst equal to src. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; sampleCount 0: 0x88000004; bitDepth null:
+// 0x88000005; alignment above 1, bitsUsed, endianness above 1: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumSamples16To8(uint8_t* dst, const uint8_t* src, uint32_t sampleCount,
+                                 const LumBitDepthInfo* bitDepth);
+
+// ---------------------------------------------------------------------------------------------
+// 11 Geometry
+//
+// Threads: no state; any number of calls at once on different destinations.
+
+// Mirrors and turns an image. mode is a sum: 1 left to right, 2 upside down, 4 rows and columns
+// exchanged before those:
+//
+//   0 copy    1 mirrored    2 upside down    3 turned by 180
+//   4 transposed    5 turned by 90 clockwise    6 turned by 90 anticlockwise    7 both diagonals
+//
+//   dst            width * height * bytesPerPixel bytes; from mode 4 on its rows have height pixels
+//   src            as many bytes
+//   width, height  of src, in pixels, 1 or more
+//   bytesPerPixel  1 to 16; a pixel is moved whole
+//   mode           0 to 7
+// In place: dst equal to src with modes 0 to 3. Not written: nothing.
+// A mosaic's pattern becomes pattern ^ 2 under 1 when the new width is even, pattern ^ 1 under 2 when
+// the new height is even; under 4 patterns 1 and 2 change places first. Packed samples and UYVY share
+// bytes between pixels: only mode 2 suits them, with a row as one pixel.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// bytesPerPixel: 0x88000006; mode above 7: 0x88000012; dst equal to src with mode 4 or above:
+// 0x88000003.
+// Returns 0 or one of these.
+LUM_API uint32_t LumFlip(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                         uint32_t bytesPerPixel, uint32_t mode);
+
+// Copies rows from one pitch to another: into and out of padded images and regions of them.
+//   dst       row i is written at dst + i * dstPitch
+//   src       row i is read at src + i * srcPitch
+//   rowBytes  bytes of a row, 1 or more
+//   rows      1 or more
+//   dstPitch  bytes from row to row, rowBytes or more
+//   srcPitch  bytes from row to row, rowBytes or more
+// In place: dst equal to src. Not written, nor read: bytes between rows.
+// Checks: dst null: 0x88000002; src null: 0x88000003; rowBytes 0: 0x88000004; rows 0: 0x88000005;
+// dstPitch: 0x88000006; srcPitch: 0x88000007.
+// Returns 0 or one of these.
+LUM_API uint32_t LumCopyRows(uint8_t* dst, const uint8_t* src, uint32_t rowBytes, uint32_t rows,
+                             uint32_t dstPitch, uint32_t srcPitch);
+
+// Makes one pixel of factorX * factorY: the rounded mean of each channel, (sum + n / 2) / n with n =
+// factorX * factorY. Not for mosaics.
+//   dst               (width / factorX) * (height / factorY) pixels, sizes rounded down
+//   src               width * height pixels; columns and rows that do not fill a block are not read
+//   width, height     pixels, not below the factors
+//   channels          1 to 4, interleaved
+//   bytesPerSample    1 or 2 (words in host order)
+//   factorX, factorY  1 to 16
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
+// channels: 0x88000006; bytesPerSample: 0x88000007; factorX: 0x88000008; factorY: 0x88000009; width
+// below factorX: 0x88000004; height below factorY: 0x88000005.
+// Returns 0 or one of these.
+LUM_API uint32_t LumBin(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                        uint32_t channels, uint32_t bytesPerSample, uint32_t factorX,
+                        uint32_t factorY);
+
+// Resamples one row. Pixel x of the result is taken at p = position + x * step, limited to the source
+// row, in units of 1/65536 source pixel, pixel centres at whole numbers. Nearest takes pixel (p +
+// 32768) >> 16. Linear takes a, the pixel p >> 16, and b, the next one (a itself at the end), and gives
+// a + (((b - a) f + 16384) >> 15) with f = (p >> 1) & 32767, channel by channel.
+//   dst             dstCount pixels
+//   src             srcCount pixels
+//   dstCount        1 or more
+//   srcCount        1 or more
+//   channels        1 to 4, interleaved
+//   bytesPerSample  1 or 2 (words in host order)
+//   position        of the first pixel, may lie outside the row
+//   step            from pixel to pixel; 0 repeats one pixel
+//   mode            0 nearest, 1 linear
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; dstCount 0: 0x88000004; srcCount 0: 0x88000005;
+// channels: 0x88000006; bytesPerSample: 0x88000007; mode above 1: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumResampleRow(uint8_t* dst, const uint8_t* src, uint32_t dstCount,
+                                uint32_t srcCount, uint32_t channels, uint32_t bytesPerSample,
+                                int32_t position, uint32_t step, uint32_t mode);
+
+// Resizes an image to any size, rows as by LumResampleRow, then columns likewise, so that the outer
+// edges coincide: steps are s = (source size << 16) / destination size, rounded down, and the first
+// position is (s >> 1) - 32768. Equal sizes copy. Below half the size linear skips samples: LumBin
+// first. Not for mosaics.
+//   dst                  dstWidth * dstHeight pixels
+//   src                  srcWidth * srcHeight pixels
+//   dstWidth, dstHeight  1 to 65535
+//   srcWidth, srcHeight  1 to 65535
+//   channels             1 to 4, interleaved
+//   bytesPerSample       1 or 2 (words in host order)
+//   mode                 0 nearest, 1 linear
+// In place: no. Not written: nothing.
+// Checks: dst null: 0x88000002; src null: 0x88000003; dstWidth, dstHeight, srcWidth, srcHeight:
+// 0x88000004, 0x88000005, 0x88000006, 0x88000007; channels: 0x88000008; bytesPerSample: 0x88000009;
+// mode above 1: 0x88000012.
+// Returns 0 or one of these.
+LUM_API uint32_t LumResize(uint8_t* dst, const uint8_t* src, uint32_t dstWidth, uint32_t dstHeight,
+                           uint32_t srcWidth, uint32_t srcHeight, uint32_t channels,
+                           uint32_t bytesPerSample, uint32_t mode);
+
+// ---------------------------------------------------------------------------------------------
+// 12 Information
 //
 // Threads: only constants are read.
 
@@ -900,7 +1291,7 @@ LUM_API uint32_t LumGetLegacyErrorInfo(int32_t code, char* buffer, uint32_t buff
 }  // extern "C"
 
 // ---------------------------------------------------------------------------------------------
-// 11 Older dispatcher
+// 13 Older dispatcher
 //
 // C++ linkage on purpose: programs that use it were linked against its decorated symbol,
 // _Z15LumTransformOLDPvjS_jjij, so there is none that C could call.

@@ -1,19 +1,39 @@
 // SPDX-License-Identifier: MIT
-// 2 x 2 demosaic with a colour matrix, as the dispatcher's colour-correction path calls it.
+// Colour matrices: on the 2 x 2 demosaic and on finished pixels.
 #ifndef LUM_BAYER_COLOUR_CORRECTION_H
 #define LUM_BAYER_COLOUR_CORRECTION_H
 
 #include <stdint.h>
 
+#include "bayer/mosaic.h"
+#include "lum/lum.h"
+#include "simd/kernel_table.h"
+
 namespace lum {
 
 // Coefficients times 1024, rows R, G, B, columns R, G, B. The kernels do not read the kind.
-struct ColourMatrix {
-  uint32_t kind;
-  int32_t m[9];
-};
+using ColourMatrix = LumColorCorrection;
 
-// All: the last column repeats the one before it, the last row is a copy of the row above; fewer than
+constexpr uint32_t kMatrixKind8Bit = 2;
+constexpr uint32_t kMatrixKindDeep = 3;
+
+// Coefficients are truncated toward zero; what does not fit saturates, and what is no number is 0.
+ColourMatrix make_colour_matrix(uint32_t kind, const float* coefficients);
+
+// Frames of 2 or more rows and columns, to all sinks of 8 bits and, but for raw8, of 16 bits.
+void correct_raw8(const Kernels& kernels, const MosaicFrame& frame, const ColourMatrix& matrix);
+// 12-bit packed, all twelve bits; the width is even.
+void correct_raw12(const Kernels& kernels, const MosaicFrame& frame, const ColourMatrix& matrix);
+// Words that are shifted up by `shift`, at most 16.
+void correct_raw16(const Kernels& kernels, const MosaicFrame& frame, uint32_t shift,
+                   uint32_t big_endian, const ColourMatrix& matrix);
+// B, G, R; dst may be src.
+void correct_bgr24(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count,
+                   const ColourMatrix& matrix);
+void correct_bgr48(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count,
+                   const ColourMatrix& matrix);
+
+// What the dispatcher calls. All: the last column repeats the one before it, the last row is a copy of the row above; fewer than
 // 2 rows or columns write nothing. Width and height may be odd except for 12-bit packed samples,
 // where an odd width writes nothing. Of the pattern the low two bits count.
 void cc_raw8_to_bgr24(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Bayer mosaics with a colour matrix: each colour of the 2 x 2 block becomes
+// Colours with a matrix, of Bayer mosaics (2 x 2 blocks) and of finished pixels: each becomes
 //   clamp((m[0] R + m[1] G + m[2] B) >> scale)
 // with the exact sum. Samples and coefficients of 16 bits make two multiply-adds of pairs, (R, G) and
 // (B, 0); larger coefficients go lane by lane in 64 bits.
@@ -82,13 +82,37 @@ struct Pairs {
 };
 LUM_INLINE Pairs pairs(I16 r, I16 g, I16 b) { return {interleave(r, g), interleave(b, I16{})}; }
 
-struct Mosaic8Corrected : Mosaic8 {
-  explicit Mosaic8Corrected(const RowArgs& args) : Mosaic8(args), matrix(args) {}
+// B G R in memory, bytes and words in host order.
+struct Bgr24Samples {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Bgr24Samples(const RowArgs&) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const Bytes3 v = load3(a);
+    return {v.c2, v.c1, v.c0};
+  }
+};
+struct Bgr48Samples {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 6;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Bgr48Samples(const RowArgs&) {}
+  LUM_INLINE Rgb16 block(const uint8_t* a, const uint8_t*) const {
+    const Words3 lo = load3_words(a), hi = load3_words(a + 3 * kLanes);
+    return {{lo.c2, hi.c2}, {lo.c1, hi.c1}, {lo.c0, hi.c0}};
+  }
+};
+
+// The colours of a source of bytes, corrected.
+template <class Samples>
+struct Corrected8 : Samples {
+  explicit Corrected8(const RowArgs& args) : Samples(args), matrix(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic8::block(a, b));
+    return correct(Samples::block(a, b));
   }
   LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic8::last_block(a, b));
+    return correct(Samples::last_block(a, b));
   }
 
  protected:
@@ -123,8 +147,8 @@ struct Mosaic8Corrected : Mosaic8 {
 
 // Kept: the sum is one of 32 bits, and of it bits 10 to 25 are the signed word that is limited. Gains
 // beyond 127 wrap round; receivers of these mono frames expect just that.
-struct Mosaic8Wrapped : Mosaic8Corrected {
-  using Mosaic8Corrected::Mosaic8Corrected;
+struct Mosaic8Wrapped : Corrected8<Mosaic8> {
+  using Corrected8<Mosaic8>::Corrected8;
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
     return correct(Mosaic8::block(a, b));
   }
@@ -143,14 +167,15 @@ struct Mosaic8Wrapped : Mosaic8Corrected {
   }
 };
 
-// 16-bit samples; to 16 bits.
-struct Mosaic16Corrected : Mosaic16 {
-  explicit Mosaic16Corrected(const RowArgs& args) : Mosaic16(args), matrix(args) {}
+// The colours of a source of words, corrected; to 16 bits.
+template <class Samples>
+struct Corrected16 : Samples {
+  explicit Corrected16(const RowArgs& args) : Samples(args), matrix(args) {}
   LUM_INLINE Rgb16 block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic16::block(a, b));
+    return correct(Samples::block(a, b));
   }
   LUM_INLINE Rgb16 last_block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic16::last_block(a, b));
+    return correct(Samples::last_block(a, b));
   }
 
  protected:
@@ -192,8 +217,8 @@ struct Mosaic16Corrected : Mosaic16 {
 };
 
 // 16-bit samples; to 8 bits.
-struct Mosaic16CorrectedTo8 : Mosaic16Corrected {
-  using Mosaic16Corrected::Mosaic16Corrected;
+struct Mosaic16CorrectedTo8 : Corrected16<Mosaic16> {
+  using Corrected16<Mosaic16>::Corrected16;
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
     return correct(Mosaic16::block(a, b));
   }

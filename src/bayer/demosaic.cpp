@@ -1,33 +1,20 @@
 // SPDX-License-Identifier: MIT
 #include "bayer/demosaic.h"
 
-#include <string.h>
-
 #include <algorithm>
 
 #include "arguments.h"
 #include "lum/lum.h"
+#include "mirrored_rows.h"
 #include "simd/isa.h"
 
 namespace lum {
 namespace {
 
-// Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That keeps
-// the parity and so the colour.
-int64_t mirrored(int64_t i, int64_t n) {
-  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
-  return i;
-}
-
 // Samples of row y from column `first` on, `count` of them, mirrored where the frame ends.
 void copy_row(uint8_t* to, const MosaicFrame& f, int64_t y, int64_t first, int64_t count) {
-  const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
-  const int64_t width = f.width;
-  const int64_t begin = std::clamp<int64_t>(-first, 0, count);
-  const int64_t end = std::clamp<int64_t>(width - first, begin, count);
-  for (int64_t i = 0; i < begin; ++i) to[i] = row[mirrored(first + i, width)];
-  memcpy(to + begin, row + first + begin, static_cast<size_t>(end - begin));
-  for (int64_t i = end; i < count; ++i) to[i] = row[mirrored(first + i, width)];
+  const size_t row = static_cast<size_t>(mirrored(y, f.height));
+  copy_mirrored(to, f.src + row * f.width, f.width, first, count);
 }
 
 uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
@@ -41,44 +28,51 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
   return (f.red.column + f.red.row + y) & 1;
 }
 
-// Bilinear needs three rows with one sample more on either side: copies of them stay in the
-// first-level cache, taken in strips whatever the width.
-void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
+// The two demosaics that go from samples to pixels in one step need up to two rows above and below
+// and a few samples more on either side. Copies of the rows stay in the first-level cache, taken in
+// strips whatever the width.
+void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source source) {
+  constexpr int kRows = 8;     // a power of two; five are in use
+  constexpr int kReach = 2;    // rows above and below
+  constexpr int kBeside = 4;   // samples on either side
+  constexpr int kBefore = 64;  // keeps the rows aligned
   constexpr uint32_t kStrip = 4096;
-  constexpr uint32_t kBefore = 64;  // keeps the rows aligned; one sample is needed
   constexpr ptrdiff_t kPitch = kBefore + kStrip + 2 * kPaddedBytes;
-  alignas(64) uint8_t rows[3][kPitch] = {};
-  const RowKernel kernel = kernels.at(Source::bilinear, f.sink);
+  alignas(64) uint8_t rows[kRows][kPitch] = {};
+  const RowKernel kernel = kernels.at(source, f.sink);
 
   for (uint32_t x = 0; x < f.width; x += kStrip) {
     const uint32_t n = std::min(kStrip, f.width - x);
+    const auto row = [&](int64_t y) { return rows[y & (kRows - 1)] + kBefore; };
     const auto fetch = [&](int64_t y) {
-      uint8_t* const row = rows[(y + 3) % 3];
-      copy_row(row + kBefore - 1, f, y, int64_t{x} - 1, int64_t{n} + 2);
-      return row + kBefore;
+      copy_row(row(y) - kBeside, f, y, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
     };
-    const uint8_t* up = fetch(-1);
-    const uint8_t* mid = fetch(0);
+    for (int64_t y = -kReach; y < kReach; ++y) fetch(y);
     for (uint32_t y = 0; y < f.height; ++y) {
-      const uint8_t* const down = fetch(int64_t{y} + 1);
+      fetch(int64_t{y} + kReach);
+      const uint8_t* const here = row(y);
       RowArgs args;
       args.column = native_column(f, y);
-      args.above = up - mid;
-      args.below = down - mid;
+      args.above = row(int64_t{y} - 1) - here;
+      args.below = row(int64_t{y} + 1) - here;
+      args.above2 = row(int64_t{y} - 2) - here;
+      args.below2 = row(int64_t{y} + 2) - here;
       args.own_is_blue = is_red_row(f, y) ? 0 : 1;
-      kernel(destination(f, x, y), mid, nullptr, n, args);
-      up = mid;
-      mid = down;
+      kernel(destination(f, x, y), here, nullptr, n, args);
     }
   }
 }
 
-// Columns of a tile, margins and all, are a multiple of every level's vectors.
-constexpr int kTile = 240;
-constexpr int kTileWords = kTile + 2 * kTileMargin;
-static_assert(kTileWords % 32 == 0, "whole vectors of words");
-constexpr int kRowWords = kTileSlack + kTileWords + 3 * kTileSlack;
-constexpr ptrdiff_t kPlanePitch = kTile + 2 * kPaddedBytes;
+// A tile's columns; most frames are one or a few tiles wide, and its rows of words stay in the
+// second-level cache.
+constexpr int kTile = 1024;
+constexpr int kBeside = 8;  // samples that are needed on either side of a tile
+static_assert(kBeside <= kTileMargin, "the margin holds them");
+constexpr int kVectorWords = 32;  // of the widest level; rows are computed in whole vectors
+constexpr int round_up(int n, int step) { return (n + step - 1) / step * step; }
+constexpr int kRowWords =
+    kTileSlack + round_up(kTileMargin + kTile + kBeside, kVectorWords) + 2 * kTileSlack;
+constexpr ptrdiff_t kPlanePitch = round_up(kTile, 64) + 64;
 
 using WordRow = int16_t[kRowWords];
 
@@ -102,29 +96,26 @@ constexpr int kReach = 3;
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
                   TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
-  const bool directional = mode != DemosaicMode::yuv422;
-  const auto step = mode == DemosaicMode::lcaa    ? k.lcaa
-                    : mode == DemosaicMode::lcaav ? k.lcaav
-                                                  : k.yuv422;
+  const auto step = mode == DemosaicMode::lcaa ? k.lcaa : k.lcaav;
   const RowKernel write = kernels.at(Source::planes8, f.sink);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
-  // Whole vectors; what lies beyond the margin reaches no pixel that is written.
-  const size_t words = (n + 2 * kTileMargin + 31) / 32 * 32;
+  // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
+  const size_t words = round_up(kTileMargin + static_cast<int>(n) + kBeside, kVectorWords);
 
   const auto add_samples = [&](int64_t y) {
     const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
     int16_t* const z = rows.z[y];
     // Only at the frame's sides is there less than a whole margin to read.
-    const uint32_t before = std::min<uint32_t>(kTileMargin, x);
-    const uint32_t behind = std::min<uint32_t>(kTileMargin, f.width - x - n);
-    for (int64_t i = -kTileMargin; i < -int64_t{before}; ++i) {
+    const uint32_t before = std::min<uint32_t>(kBeside, x);
+    const uint32_t behind = std::min<uint32_t>(kBeside, f.width - x - n);
+    for (int64_t i = -kBeside; i < -int64_t{before}; ++i) {
       z[kTileMargin + i] = row[mirrored(x + i, f.width)];
     }
     k.widen(z + kTileMargin - before, row + x - before, before + n + behind);
-    for (int64_t i = n + behind; i < n + kTileMargin; ++i) {
+    for (int64_t i = n + behind; i < n + kBeside; ++i) {
       z[kTileMargin + i] = row[mirrored(x + i, f.width)];
     }
-    if (directional) k.along_row(z, rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
+    k.along_row(z, rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
   };
   const auto add_columns = [&](int64_t y) {
     const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1], rows.z[y + 2]};
@@ -132,28 +123,24 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   };
 
   for (int64_t y = -kReach; y < kReach; ++y) add_samples(y);
-  if (directional) {
-    add_columns(-1);
-    add_columns(0);
-  }
+  add_columns(-1);
+  add_columns(0);
   DemosaicTile t = {};
   t.qv = rows.qv + kTileSlack;
   t.e = rows.e + kTileSlack;
   t.act = rows.act + kTileSlack;
   for (int i = 0; i < 5; ++i) t.work[i] = rows.work[i] + kTileSlack;
   for (int i = 0; i < 3; ++i) t.planes[i] = rows.planes + i * kPlanePitch;
-  t.pixels = n;
+  t.columns = n;
 
   for (int64_t y = 0; y < f.height; ++y) {
     add_samples(y + kReach);
-    if (directional) {
-      add_columns(y + 1);
-      const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
-      const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
-      const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
-      k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
-                  words);
-    }
+    add_columns(y + 1);
+    const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
+    const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
+    const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
+    k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
+                words);
     for (int i = 0; i < 7; ++i) {
       t.z[i] = rows.z[y + i - 3];
       t.qh[i] = rows.qh[y + i - 3];
@@ -165,8 +152,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    write(destination(f, x, static_cast<uint32_t>(y)), red ? t.planes[0] : t.planes[2], nullptr, n,
-          args);
+    const uint8_t* const planes = red ? t.planes[0] : t.planes[2];
+    write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
   }
 }
 
@@ -182,9 +169,16 @@ uint32_t demosaic(DemosaicMode mode, uint8_t* dst, const uint8_t* src, uint32_t 
 }  // namespace
 
 void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, DemosaicMode mode) {
-  if (mode == DemosaicMode::bilinear) {
-    convert_bilinear(kernels, frame);
-    return;
+  switch (mode) {
+    case DemosaicMode::bilinear:
+      convert_in_one_step(kernels, frame, Source::bilinear);
+      return;
+    case DemosaicMode::yuv422:
+      convert_in_one_step(kernels, frame, Source::paired_chroma);
+      return;
+    case DemosaicMode::lcaa:
+    case DemosaicMode::lcaav:
+      break;
   }
   TileRows rows = {};
   for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, rows);

@@ -60,6 +60,88 @@ struct Bilinear {
   bool own_is_blue;
 };
 
+// Least-squares differences of a pixel pair, d1 = G - N and d2 = G - O, times 32. Column 0 is the
+// pair's native pixel and column 1 its green one; when green comes first the columns run leftwards.
+struct PairKernel {
+  int8_t row[3][6];  // rows y, y +- 1, y +- 2; columns -2 .. 3
+};
+constexpr PairKernel kGreenMinusOwn = {
+    {{-3, 3, -12, 9, -7, 2}, {1, 1, 4, -1, 2, 0}, {0, 0, -3, 2, -2, 0}}};
+constexpr PairKernel kGreenMinusOther = {
+    {{1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}}};
+
+// Full-resolution luminance, one colour difference a pair:
+//   native: N = z, G = z + d1, O = z + d1 - d2     green: N = z - d1, G = z, O = z - d2
+// Both pixels of a pair share the 16-bit lane of their differences.
+struct PairedChroma {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit PairedChroma(const RowArgs& args)
+      : offsets{0, args.above, args.below, args.above2, args.below2},
+        green_first((args.column & 1) != 0),
+        own_is_blue(args.own_is_blue != 0) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const Colours c = green_first ? colours<true>(a) : colours<false>(a);
+    return own_is_blue ? Rgb8{c.other, c.green, c.own} : Rgb8{c.own, c.green, c.other};
+  }
+
+ private:
+  struct Colours {
+    U8 own, green, other;
+  };
+
+  // Adds the weighted samples of a row's pairs to the left, here and to the right.
+  template <const PairKernel& kernel, bool green_first_, int row, int pair>
+  static LUM_INLINE void add_pair(const uint8_t* p, I16& sum) {
+    constexpr int column = green_first_ ? 5 - 2 * pair : 2 * pair;
+    constexpr int w0 = kernel.row[row][column];
+    constexpr int w1 = kernel.row[row][green_first_ ? column - 1 : column + 1];
+    if constexpr (w0 != 0 || w1 != 0) {
+      sum += madd(load<U8>(p + 2 * pair - 2), I8(splat_pair(w0, w1)));
+    }
+  }
+  template <const PairKernel& kernel, bool green_first_, int row>
+  static LUM_INLINE void add_row(const uint8_t* p, I16& sum) {
+    add_pair<kernel, green_first_, row, 0>(p, sum);
+    add_pair<kernel, green_first_, row, 1>(p, sum);
+    add_pair<kernel, green_first_, row, 2>(p, sum);
+  }
+  template <const PairKernel& kernel, bool green_first_>
+  LUM_INLINE I16 difference(const uint8_t* a) const {
+    I16 near = I16{} + 16, far = I16{};  // two sums, so that additions wait for each other less
+    add_row<kernel, green_first_, 0>(a, near);
+    add_row<kernel, green_first_, 1>(a + offsets[1], far);
+    add_row<kernel, green_first_, 1>(a + offsets[2], near);
+    add_row<kernel, green_first_, 2>(a + offsets[3], far);
+    add_row<kernel, green_first_, 2>(a + offsets[4], near);
+    return (near + far) >> 5;
+  }
+
+  // First and second pixels' values, one of them limited, back in one vector of bytes.
+  static LUM_INLINE U8 join(I16 first, I16 second) { return U8(U16(first) | U16(second) << 8); }
+  static LUM_INLINE I16 limited(I16 v) { return lesser(greater(v, I16{}), I16{} + 255); }
+
+  template <bool green_first_>
+  LUM_INLINE Colours colours(const uint8_t* a) const {
+    const I16 d1 = difference<kGreenMinusOwn, green_first_>(a);
+    const I16 d2 = difference<kGreenMinusOther, green_first_>(a);
+    const U16 z = load<U16>(a);
+    const I16 first = I16(z & 255), second = I16(z >> 8);
+    const I16 native = green_first_ ? second : first, green = green_first_ ? first : second;
+    const I16 native_green = native + d1;
+    const I16 native_other = limited(native_green - d2), green_other = limited(green - d2);
+    const I16 green_own = limited(green - d1), green_of_native = limited(native_green);
+    if (green_first_) {
+      return {join(green_own, native), join(green, green_of_native), join(green_other, native_other)};
+    }
+    return {join(native, green_own), join(green_of_native, green), join(native_other, green_other)};
+  }
+
+  ptrdiff_t offsets[5];
+  bool green_first, own_is_blue;
+};
+
 inline void widen(int16_t* dst, const uint8_t* src, size_t bytes) {
   constexpr size_t kStep = kLanes / 2;
   size_t x = 0;
@@ -113,15 +195,15 @@ inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, in
   sum_columns(scratch, av3, words);
 }
 
-// 1 where a > b, as the number that a comparison's lanes of all ones are, negated by subtraction.
-LUM_INLINE I16 minus_one_where(I16 a, I16 b) { return I16(a > b); }
-
-// 0..4: how much smoother the second of two measures is than the first; 2 is undecided. f is the
-// measure below which the decision is weak.
+// 0..4: how much smaller the first of two measures is than the second, 2 being undecided. `near` and
+// `far` reduce a measure: below near(the other) it is the smaller one, below far(the other) by much.
 template <class Near, class Far>
 LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far) {
-  return 2 - minus_one_where(second, far(first)) - minus_one_where(second, near(first)) +
-         minus_one_where(first, near(second)) + minus_one_where(first, far(second));
+  I16 e = I16{} + 2;
+  e = add_where_greater(e, second, far(first));
+  e = add_where_greater(e, second, near(first));
+  e = subtract_where_greater(e, first, near(second));
+  return subtract_where_greater(e, first, far(second));
 }
 
 inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
@@ -174,7 +256,7 @@ LUM_INLINE Colours colours_from(const Mask& native, I16 z, const Differences& x)
 // half(x) gives the colours of columns x .. x + kLanes / 2 - 1 of the tile's word rows.
 template <class Half>
 LUM_INLINE void write_planes(const DemosaicTile& t, Half half) {
-  for (size_t x = 0; x < t.pixels; x += kLanes) {
+  for (size_t x = 0; x < t.columns; x += kLanes) {
     const Colours lo = half(x + kTileMargin), hi = half(x + kTileMargin + kLanes / 2);
     store(t.planes[0] + x, narrow(lo.n, hi.n));
     store(t.planes[1] + x, narrow(lo.g, hi.g));
@@ -234,13 +316,14 @@ LUM_INLINE I16 smooth4(I16 far1, I16 near1, I16 near2, I16 far2) {
 // How busy and nearly grey a place is, 0..2, from its activity and its smooth differences.
 LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   const I16 u = absolute(smooth.first) + absolute(smooth.second) + 64, quarter = u >> 2;
-  return -minus_one_where(act, quarter + (quarter >> 1)) - minus_one_where(act, u - quarter);
+  const I16 busy = add_where_greater(I16{}, act, quarter + (quarter >> 1));
+  return add_where_greater(busy, act, u - quarter);
 }
 
 inline void lcaav(const DemosaicTile& t) {
   const Mask native = even_lanes(t.native);
   const Mask native_beside = even_lanes(t.native + 1);  // in the rows and columns beside
-  for (size_t x = 0; x < t.pixels + 2 * kTileMargin; x += kLanes / 2) {
+  for (size_t x = 0; x < t.columns + kTileMargin + 1; x += kLanes / 2) {
     const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
     const I16 z = at(t.z[3], x);
     const I16 qh = at(t.qh[3], x), qh_up = at(t.qh[2], x), qh_down = at(t.qh[4], x);
@@ -272,65 +355,6 @@ inline void lcaav(const DemosaicTile& t) {
     const Differences chosen = {mix(share, at(t.work[2], x), at(t.work[0], x), 2),
                                 mix(share, at(t.work[3], x), at(t.work[1], x), 2)};
     return colours_from(native, at(t.z[3], x), chosen);
-  });
-}
-
-// Least-squares differences of a pixel pair, d1 = G - N and d2 = G - O, times 32. Column 0 is the
-// pair's native pixel and column 1 its green one; when green comes first the columns run leftwards.
-// Rows y - j and y + j have the same coefficients, so their samples are added first.
-struct PairKernel {
-  int8_t row[3][6];  // rows y, y +- 1, y +- 2; columns -2 .. 3
-};
-constexpr PairKernel kGreenMinusOwn = {
-    {{-3, 3, -12, 9, -7, 2}, {1, 1, 4, -1, 2, 0}, {0, 0, -3, 2, -2, 0}}};
-constexpr PairKernel kGreenMinusOther = {
-    {{1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}}};
-
-// Two neighbouring columns of a kernel as they lie in memory, for madd().
-LUM_INLINE I16 pair_weights(const PairKernel& k, int row, int pair, bool green_first) {
-  const int column = green_first ? 5 - 2 * pair : 2 * pair;
-  const int next = green_first ? column - 1 : column + 1;
-  return I16(U32{} + (static_cast<uint32_t>(static_cast<uint16_t>(k.row[row][column])) |
-                      static_cast<uint32_t>(static_cast<uint16_t>(k.row[row][next])) << 16));
-}
-
-struct PairWeights {
-  I16 w[3][3];
-  LUM_INLINE PairWeights(const PairKernel& k, bool green_first) {
-    for (int row = 0; row < 3; ++row) {
-      for (int pair = 0; pair < 3; ++pair) w[row][pair] = pair_weights(k, row, pair, green_first);
-    }
-  }
-  // sums[row][pair]: samples of the pairs to the left, here, to the right. The result stands in both
-  // words of the pair.
-  LUM_INLINE I16 difference(const I16 (&sums)[3][3]) const {
-    I32 sum = I32{} + 16;
-    for (int row = 0; row < 3; ++row) {
-      for (int pair = 0; pair < 3; ++pair) sum += madd(sums[row][pair], w[row][pair]);
-    }
-    const U32 d = U32(sum >> 5) & 0xFFFF;
-    return I16(d | d << 16);
-  }
-};
-
-// native: N = z, G = z + d1, O = z + d1 - d2     green: N = z - d1, G = z, O = z - d2
-inline void yuv422_mode(const DemosaicTile& t) {
-  const Mask native = even_lanes(t.native);
-  const bool green_first = (t.native & 1) != 0;
-  const PairWeights own(kGreenMinusOwn, green_first), other(kGreenMinusOther, green_first);
-  write_planes(t, [&](size_t x) {
-    I16 sums[3][3];
-    for (int pair = 0; pair < 3; ++pair) {
-      const ptrdiff_t column = static_cast<ptrdiff_t>(x) + 2 * pair - 2;
-      sums[0][pair] = at(t.z[3], column);
-      sums[1][pair] = at(t.z[2], column) + at(t.z[4], column);
-      sums[2][pair] = at(t.z[1], column) + at(t.z[5], column);
-    }
-    const I16 d1 = own.difference(sums), d2 = other.difference(sums);
-    const I16 z = sums[0][1];
-    const I16 raised = z + d1;
-    return Colours{pick(native, z, z - d1), pick(native, raised, z),
-                   pick(native, raised, z) - d2};
   });
 }
 

@@ -37,6 +37,43 @@ struct Mosaic8 {
   Mask red_lanes;
 };
 
+// The same, for sinks that weigh the samples where they lie: in a 16-bit lane of the two rows,
+//
+//   column 0 red:  a: R G    b: G' B    so a, b give R and B, and the other bytes both greens.
+//
+// Lanes at even columns are the blocks of even pixels; one sample on, those of odd pixels, with red
+// and blue the other way round.
+struct Mosaic8Pairs {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr int kRows = 2;
+  static constexpr bool kEdge = true, kPadded = false;
+
+  explicit Mosaic8Pairs(const RowArgs& args)
+      : from_a_even(even_lanes(args.column)),
+        from_a_odd(even_lanes(args.column + 1)),
+        blue_first((args.column & 1) != 0) {}
+
+  LUM_INLINE BlockPairs block(const uint8_t* a, const uint8_t* b) const {
+    return pairs_of(load<U8>(a), load<U8>(a + 1), load<U8>(b), load<U8>(b + 1));
+  }
+  LUM_INLINE BlockPairs last_block(const uint8_t* a, const uint8_t* b) const {
+    return pairs_of(load<U8>(a), load_edge8(a), load<U8>(b), load_edge8(b));
+  }
+
+ private:
+  LUM_INLINE BlockPairs pairs_of(U8 a0, U8 a1, U8 b0, U8 b1) const {
+    BlockPairs p;
+    cross(from_a_even, a0, b0, p.even.red_blue, p.even.greens);
+    cross(from_a_odd, a1, b1, p.odd.red_blue, p.odd.greens);
+    p.even.blue_first = blue_first;
+    p.odd.blue_first = !blue_first;
+    return p;
+  }
+
+  Mask from_a_even, from_a_odd;
+  bool blue_first;
+};
+
 struct Mosaic16 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
   static constexpr int kRows = 2;

@@ -1,11 +1,15 @@
 // SPDX-License-Identifier: MIT
-// YUV sources, full range: the pixels of a group share its U and V. With u = U - 128, v = V - 128
+// YUV sources: the pixels of a group share its U and V. With u = U - 128, v = V - 128, full range:
 //
 //   R = clamp(Y + ((359 v + 128) >> 8))         = clamp(Y + v + ((103 v + 128) >> 8))
 //   G = clamp(Y - ((88 u + 183 v + 128) >> 8))  = clamp(Y - v - ((88 u - 73 v + 128) >> 8))
 //   B = clamp(Y + ((454 u + 128) >> 8))         = clamp(Y + 2 u + ((-58 u + 128) >> 8))
 //
-// where the forms on the right stay within 16 bits.
+// where the forms on the right stay within 16 bits. Studio range: with c = 298 (Y - 16) + 128
+//
+//   R = clamp((c + rv v) >> 8), G = clamp((c + gu u + gv v) >> 8), B = clamp((c + bu u) >> 8)
+//
+// and factors that are data.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -17,12 +21,36 @@ struct RgbWords {
   I16 r, g, b;  // not limited yet
 };
 
-LUM_INLINE RgbWords to_rgb(const YuvWords& p) {
-  const I16 u = p.u - 128, v = p.v - 128;
-  return {p.y + v + ((times(v, 103) + 128) >> 8),
-          p.y - v - ((times(u, 88) - times(v, 73) + 128) >> 8),
-          p.y + u + u + ((times(u, -58) + 128) >> 8)};
-}
+struct FullRange {
+  explicit FullRange(const RowArgs&) {}
+  LUM_INLINE RgbWords to_rgb(const YuvWords& p) const {
+    const I16 u = p.u - 128, v = p.v - 128;
+    return {p.y + v + ((times(v, 103) + 128) >> 8),
+            p.y - v - ((times(u, 88) - times(v, 73) + 128) >> 8),
+            p.y + u + u + ((times(u, -58) + 128) >> 8)};
+  }
+};
+
+struct StudioRange {
+  explicit StudioRange(const RowArgs& args)
+      : red(I16(splat_words(kLuma, args.matrix[0]))),
+        green(I16(splat_words(args.matrix[1], args.matrix[2]))),
+        blue(I16(splat_words(kLuma, args.matrix[3]))) {}
+  LUM_INLINE RgbWords to_rgb(const YuvWords& p) const {
+    const I16 y = p.y - 16, u = p.u - 128, v = p.v - 128;
+    const I16 luma_and_round = I16(splat_words(kLuma, kRound));
+    const Words2 yu = interleave(y, u), yv = interleave(y, v), uv = interleave(u, v);
+    const Words2 y1 = interleave(y, I16{} + static_cast<int16_t>(1));
+    return {pack_sat((madd(yv.lo, red) + kRound) >> 8, (madd(yv.hi, red) + kRound) >> 8),
+            pack_sat((madd(y1.lo, luma_and_round) + madd(uv.lo, green)) >> 8,
+                     (madd(y1.hi, luma_and_round) + madd(uv.hi, green)) >> 8),
+            pack_sat((madd(yu.lo, blue) + kRound) >> 8, (madd(yu.hi, blue) + kRound) >> 8)};
+  }
+
+ private:
+  static constexpr int kLuma = 298, kRound = 128;
+  I16 red, green, blue;
+};
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
@@ -64,16 +92,20 @@ struct Yuv422Layout {
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
 };
 
-template <class Layout>
+template <class Layout, class Range = FullRange>
 struct YuvSource {
   static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
-  explicit YuvSource(const RowArgs&) {}
+  explicit YuvSource(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const RgbWords lo = to_rgb(Layout::words(a)), hi = to_rgb(Layout::words(a + Layout::kHalf));
+    const RgbWords lo = range.to_rgb(Layout::words(a));
+    const RgbWords hi = range.to_rgb(Layout::words(a + Layout::kHalf));
     return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
   }
+
+ private:
+  Range range;
 };
 
 // Y alone, which is BT.601 luminance already.
@@ -101,19 +133,24 @@ struct Yuv411To422 {
 };
 
 // U Y V
-struct Yuv444 {
+template <class Range>
+struct Yuv444Source {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
-  explicit Yuv444(const RowArgs&) {}
+  explicit Yuv444Source(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const Bytes3 v = load3(a);
     const Bytes2 y = interleave(v.c1, U8{}), cb = interleave(v.c0, U8{}), cr = interleave(v.c2, U8{});
-    const RgbWords lo = to_rgb({I16(y.lo), I16(cb.lo), I16(cr.lo)});
-    const RgbWords hi = to_rgb({I16(y.hi), I16(cb.hi), I16(cr.hi)});
+    const RgbWords lo = range.to_rgb({I16(y.lo), I16(cb.lo), I16(cr.lo)});
+    const RgbWords hi = range.to_rgb({I16(y.hi), I16(cb.hi), I16(cr.hi)});
     return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
   }
+
+ private:
+  Range range;
 };
+using Yuv444 = Yuv444Source<FullRange>;
 
 struct Yuv444Luma : Yuv444 {
   using Yuv444::Yuv444;

@@ -1,7 +1,5 @@
 // SPDX-License-Identifier: MIT
 // The generic transform: checks both descriptors and routes the pixels to one per-source transform.
-#include <limits>
-
 #include "bayer/colour_correction.h"
 #include "convert/mono.h"
 #include "frame/destination.h"
@@ -138,26 +136,6 @@ LumErrorType transform_by_layout(const Job& job, const Parameters& parameters) {
   }
 }
 
-constexpr uint32_t kMatrixKind8Bit = 2;
-constexpr uint32_t kMatrixKindDeep = 3;
-constexpr float kMatrixOne = 1024.0f;  // 10 fractional bits
-
-// Truncates toward zero; what does not fit saturates, and what is no number is 0.
-int32_t to_fixed_point(float coefficient) {
-  const float scaled = coefficient * kMatrixOne;  // exact but for an overflow to infinity
-  constexpr float kLimit = 2147483648.0f;         // 2^31, the first float that is too large
-  if (scaled >= kLimit) return std::numeric_limits<int32_t>::max();
-  if (scaled < -kLimit) return std::numeric_limits<int32_t>::min();
-  return scaled == scaled ? static_cast<int32_t>(scaled) : 0;
-}
-
-lum::ColourMatrix to_fixed_point(uint32_t kind, const float* matrix) {
-  lum::ColourMatrix result{};
-  result.kind = kind;
-  for (int i = 0; i < 9; ++i) result.m[i] = to_fixed_point(matrix[i]);
-  return result;
-}
-
 // Kept: whatever the kernels meet, the result is success; only an unsupported pair is refused.
 LumErrorType transform_colour_corrected(const Job& job, const float* coefficients) {
   const LumPixelInfo& source = job.source;
@@ -165,7 +143,7 @@ LumErrorType transform_colour_corrected(const Job& job, const float* coefficient
   if (!raw && source.pixelLayout != LumPixelLayoutRawPacked) return LumErrorBadParameter;
 
   if (raw && source.bitsPerPixel == 8) {
-    const auto matrix = to_fixed_point(kMatrixKind8Bit, coefficients);
+    const auto matrix = lum::make_colour_matrix(lum::kMatrixKind8Bit, coefficients);
     switch (job.format) {
       case LUM_FORMAT_BGR24:
         lum::cc_raw8_to_bgr24(job.dst, job.src, job.width, job.height, source.bayerPattern, matrix);
@@ -179,7 +157,7 @@ LumErrorType transform_colour_corrected(const Job& job, const float* coefficient
     }
   }
 
-  const auto matrix = to_fixed_point(kMatrixKindDeep, coefficients);
+  const auto matrix = lum::make_colour_matrix(lum::kMatrixKindDeep, coefficients);
   if (raw && source.bitsPerPixel == 16) {
     const uint32_t shift = 16 - source.bitsUsed;
     switch (job.format) {

@@ -6,13 +6,21 @@
 #include "simd/sinks-inl.h"
 //
 #include "bayer/mosaic_sources-inl.h"
+#include "bayer/binned_source-inl.h"
 #include "convert/mono_sources-inl.h"
 #include "convert/rgb_sources-inl.h"
 #include "convert/yuv_sources-inl.h"
 #include "bayer/corrected_sources-inl.h"
 #include "cygm/cygm_source-inl.h"
+#include "cygm/cygm_window_sources-inl.h"
 #include "bayer/demosaic_rows-inl.h"
 #include "simd/rows-inl.h"
+//
+#include "convert/depth_rows-inl.h"
+#include "convert/planes_rows-inl.h"
+//
+#include "convert/geometry_rows-inl.h"
+#include "simd/direct_list-inl.h"
 
 namespace lum {
 namespace LUM_LEVEL {
@@ -65,8 +73,9 @@ constexpr void share_swapped(Kernels& k, Source source, Source other) {
 constexpr Kernels make_kernels() {
   Kernels k{};
   add_colour<Mosaic8>(k, Source::mosaic8);
-  cell(k, Source::mosaic8, Sink::uyvy) = row<Mosaic8, Uyvy>;
-  add_mono16<Mosaic8>(k, Source::mosaic8);
+  add_mono8<Mosaic8Pairs>(k, Source::mosaic8);
+  cell(k, Source::mosaic8, Sink::uyvy) = row<Mosaic8Pairs, Uyvy>;
+  add_mono16<Mosaic8Pairs>(k, Source::mosaic8);
 
   add_mono16<Mosaic16>(k, Source::mosaic16);
   cell(k, Source::mosaic16, Sink::bgr48) = row<Mosaic16, Packed48<true>>;
@@ -90,11 +99,11 @@ constexpr Kernels make_kernels() {
       row<Mono16To16, Packed48<false>>;
 
   using Rgb24 = Packed24Source<false>;
-  add_mono8<Rgb24>(k, Source::rgb24);
-  cell(k, Source::rgb24, Sink::bgr24) = row<Rgb24, Packed24<true>, true>;
+  add_mono8<Cheaper24<false>::Type>(k, Source::rgb24);
+  cell(k, Source::rgb24, Sink::bgr24) = row<Cheaper24<false>::Type, Packed24<true>, true>;
   cell(k, Source::rgb24, Sink::rgba32) = row<Rgb24, Packed32<false>>;
   cell(k, Source::rgb24, Sink::bgra32) = row<Rgb24, Packed32<true>>;
-  add_mono8<Packed24Source<true>>(k, Source::bgr24);
+  add_mono8<Cheaper24<true>::Type>(k, Source::bgr24);
   share_swapped(k, Source::rgb24, Source::bgr24);
 
   using Rgba32 = Packed32Source<false>;
@@ -108,14 +117,20 @@ constexpr Kernels make_kernels() {
   add_colour<Cygm>(k, Source::cygm);
   cell(k, Source::cygm, Sink::uyvy) = row<Cygm, Uyvy>;
 
+  using Mosaic8Corrected = Corrected8<Mosaic8>;
   add_colour<Mosaic8Corrected>(k, Source::mosaic8_corrected);
   cell(k, Source::mosaic8_corrected, Sink::uyvy) = row<Mosaic8Corrected, Uyvy>;
   cell(k, Source::mosaic8_wrapped, Sink::mono8_rec601) = row<Mosaic8Wrapped, Mono8<Rec601>>;
   add_colour<Mosaic16CorrectedTo8>(k, Source::mosaic16_corrected);
   cell(k, Source::mosaic16_corrected, Sink::uyvy) = row<Mosaic16CorrectedTo8, Uyvy>;
+  using Mosaic16Corrected = Corrected16<Mosaic16>;
   add_mono16<Mosaic16Corrected>(k, Source::mosaic16_corrected);
   cell(k, Source::mosaic16_corrected, Sink::bgr48) = row<Mosaic16Corrected, Packed48<true>>;
   cell(k, Source::mosaic16_corrected, Sink::rgb48) = row<Mosaic16Corrected, Packed48<false>>;
+  cell(k, Source::bgr24_corrected, Sink::bgr24) =
+      row<Corrected8<Bgr24Samples>, Packed24<true>, true>;
+  cell(k, Source::bgr48_corrected, Sink::bgr48) =
+      row<Corrected16<Bgr48Samples>, Packed48<true>, true>;
 
   // Y is BT.601 luminance already; BT.709 is made from R, G, B.
   add_colour<YuvSource<Yuv411Layout>>(k, Source::yuv411);
@@ -131,7 +146,19 @@ constexpr Kernels make_kernels() {
   cell(k, Source::planes8, Sink::uyvy) = row<Planes8, Uyvy>;
   add_colour<Bilinear>(k, Source::bilinear);
   cell(k, Source::bilinear, Sink::uyvy) = row<Bilinear, Uyvy>;
-  k.demosaic = {widen, along_row, down_column, direction, lcaa, lcaav, yuv422_mode};
+  add_colour<PairedChroma>(k, Source::paired_chroma);
+  cell(k, Source::paired_chroma, Sink::uyvy) = row<PairedChroma, Uyvy>;
+
+  add_colour<Mosaic8Binned>(k, Source::mosaic8_binned);
+  cell(k, Source::mosaic8_binned, Sink::uyvy) = row<Mosaic8Binned, Uyvy>;
+  add_colour<CygmWindow>(k, Source::cygm_3x3);
+  cell(k, Source::cygm_3x3, Sink::uyvy) = row<CygmWindow, Uyvy>;
+  cell(k, Source::cygm_3x3_luma, Sink::mono8_rec601) = row<CygmWindowLuma, Mono8<Rec601>>;
+  add_colour<CygmBinned>(k, Source::cygm_binned);
+  cell(k, Source::cygm_binned, Sink::uyvy) = row<CygmBinned, Uyvy>;
+  k.demosaic = {widen, along_row, down_column, direction, lcaa, lcaav};
+
+  k.direct = make_direct_kernels();
 
   k.exchange = exchange;
   return k;

@@ -6,6 +6,8 @@
 #include <stddef.h>
 #include <stdint.h>
 
+#include "simd/direct_kernels.h"
+
 namespace lum {
 
 // What a row kernel reads. Every row of the table below, kSources, describes one of them.
@@ -30,8 +32,16 @@ enum class Source : unsigned {
   planes8,   // three rows of bytes, RowArgs::pitch apart: R from a, G, B
   bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with a sample before
              // and one behind: see RowArgs::above
+  paired_chroma,  // likewise with two rows above and below, two samples before and three behind
+  bgr24_corrected,  // bgr24, then RowArgs::matrix
+  bgr48_corrected,  // B, G, R as words in host order, then RowArgs::matrix
+  // Two samples before and behind the row, and rows beside it: see RowArgs::above.
+  mosaic8_binned,  // 2 x 2 cells of a Bayer mosaic, two samples a pixel
+  cygm_3x3,        // a line of a complementary mosaic and the lines above and below
+  cygm_3x3_luma,   // the same, its luminance
+  cygm_binned,     // blocks of two lines and columns, two samples a pixel
 };
-constexpr size_t kSourceCount = 19;
+constexpr size_t kSourceCount = 26;
 
 // What a row kernel writes; the values are those of LumSimpleImageFormat.
 enum class Sink : unsigned {
@@ -65,6 +75,10 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"mosaic16_corrected", 1, 2, 2, 2},
     {"yuv411", 4, 6, 1, 4},         {"yuv422", 2, 4, 1, 2},   {"yuv444", 1, 3, 1, 1},
     {"planes8", 1, 1, 1, 1},        {"bilinear", 2, 2, 1, 2},
+    {"paired_chroma", 2, 2, 1, 2},
+    {"bgr24_corrected", 1, 3, 1, 1}, {"bgr48_corrected", 1, 6, 1, 1},
+    {"mosaic8_binned", 1, 2, 1, 1}, {"cygm_3x3", 2, 2, 1, 2}, {"cygm_3x3_luma", 2, 2, 1, 2},
+    {"cygm_binned", 1, 2, 1, 1},
 };
 
 struct SinkTraits {
@@ -83,37 +97,47 @@ struct RowArgs {
   // mosaics: 0 when column 0 of row a is red, 1 when column 1 is.
   // cygm:    0 when column 0 of row b is green, 1 when it is magenta.
   uint32_t column = 0;
+  // Packed samples to words, words to bytes: as DirectKernels says.
   // mono16: bits by which a word is shifted up to fill 16 bits; at most 8 to 8-bit sinks, at most 16
   // to the others. mono12_packed to 16-bit sinks: bits by which the 12 bits are shifted up.
   uint32_t shift = 0;
-  uint32_t big_endian = 0;  // mono16: 1 when the first byte of a word is its high byte
-  // The corrected mosaics: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes its
+  // mono16, and where DirectKernels names it: 1 when the first byte of a word is its high byte.
+  uint32_t big_endian = 0;
+  // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes its
   // row's sum >> scale, limited to what the sink holds.
+  // Studio-range YUV: four factors, as DirectKernels says.
   const int32_t* matrix = nullptr;
   uint32_t scale = 0;
   // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.
   uint32_t wide = 0;
   ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes
-  // bilinear: where the rows above and below lie, in bytes from a; `column` is then the parity of the
-  // columns that hold the row's own colour, and own_is_blue tells which that is.
-  ptrdiff_t above = 0, below = 0;
+  // bilinear, paired_chroma: where the rows above and below lie, in bytes from a, and for the latter
+  // the rows beyond them; `column` is then the parity of the columns that hold the row's own colour,
+  // and own_is_blue tells which that is.
+  // mosaic8_binned: a is the cells' row with red, whose column is `column`; `above` is where the red
+  // row across the cells lies, `below` their row with blue, `below2` the blue row across them.
+  // cygm_3x3, cygm_binned: where the lines above, below and two below lie; `matrix` then holds
+  // weights of the lines' chroma, rows R, G, B, columns above, here, below, two below.
+  ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
 };
 
 // Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two), writes
 // exactly n pixels of dst; no pointer needs an alignment. In the two-row sources the last pixel has
-// the value of the one before it. dst may equal a only for rgb24 -> bgr24 and bgr24 -> rgb24.
+// the value of the one before it. dst may equal a only for rgb24 -> bgr24, bgr24 ->
+// rgb24 and the corrected B, G, R sources.
 using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                            const RowArgs& args);
 
 // kPaddedBytes: sources of rows that the library made itself read on beyond the last pixel, up to
-// this many bytes; every other source reads its n pixels only.
+// this many bytes, twice as many where a pixel has two samples; every other source reads its n pixels only.
 constexpr size_t kPaddedBytes = 64;
 
 // The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer is
-// at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end.
-constexpr int kTileMargin = 8;
-constexpr int kTileSlack = 16;
+// at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end. It is
+// aligned to 64 bytes, and so is column 0.
+constexpr int kTileMargin = 32;
+constexpr int kTileSlack = 32;
 
 // Index 3 of z and qh is row y, the one that is written.
 struct DemosaicTile {
@@ -124,8 +148,8 @@ struct DemosaicTile {
   const int16_t* act;    // activity, row y
   int16_t* work[5];      // rows for the kernel's own use
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
-  size_t pixels;         // columns to write, from column 0 of the tile on, rounded up to kPaddedBytes
-  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
+  size_t columns;        // to write, from column 0 on, rounded up to kPaddedBytes
+  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O, from column 0 on
 };
 
 struct DemosaicKernels {
@@ -141,7 +165,6 @@ struct DemosaicKernels {
                     size_t words);
   void (*lcaa)(const DemosaicTile& tile);
   void (*lcaav)(const DemosaicTile& tile);
-  void (*yuv422)(const DemosaicTile& tile);
 };
 
 struct Kernels {
@@ -149,6 +172,7 @@ struct Kernels {
   void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes);  // swaps two disjoint byte ranges
 
   DemosaicKernels demosaic;
+  DirectKernels direct;
 
   constexpr RowKernel at(Source source, Sink sink) const {
     return row[static_cast<size_t>(source)][static_cast<size_t>(sink)];

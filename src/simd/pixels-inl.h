@@ -24,6 +24,17 @@ struct Pixels4 {
   U8 quarter[4];
 };
 
+// The samples of 2 x 2 blocks as a Bayer mosaic has them side by side, one block a 16-bit lane: red and
+// blue, and the two greens. Even and odd pixels apart; in the lanes of one of them red is the lower
+// byte, in those of the other blue.
+struct BlockPairs {
+  struct Half {
+    U8 red_blue, greens;
+    bool blue_first;
+  };
+  Half even, odd;
+};
+
 template <class V>
 LUM_INLINE V avg_down(V a, V b) {  // (a + b) >> 1 without a ninth bit
   return avg_up(a, b) - ((a ^ b) & 1);
@@ -55,6 +66,28 @@ LUM_INLINE U8 luma(const Rgb8& p) {
   return pack_high(lo, hi);
 }
 
+// Weights of red and blue, in the order in which a half has them.
+LUM_INLINE I8 red_blue_weights(const BlockPairs::Half& p, int red, int blue) {
+  const U8 red_first = splat_pair(red, blue), blue_first = splat_pair(blue, red);
+  return I8(p.blue_first ? blue_first : red_first);
+}
+LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) { return madd(p.greens, I8(splat8(1))); }
+
+// The same from samples as they lie in a mosaic: no shuffle is needed, as even and odd pixels end up
+// in the lower and the upper byte of a lane. G is half the sum of the greens, rounded down, so its
+// weight, which is even, goes by halves to the sum without its last bit.
+template <class Luma>
+LUM_INLINE U16 luma_times_256(const BlockPairs::Half& p) {
+  static_assert(Luma::kGreen % 2 == 0, "half the weight of green");
+  const U16 green = (U16(sum_of_greens(p)) & 0xFFFE) * multiplier(Luma::kGreen / 2);
+  const U16 sum = U16(madd(p.red_blue, red_blue_weights(p, Luma::kRed, Luma::kBlue))) + green;
+  return Luma::kRound == 0 ? sum : sum + static_cast<uint16_t>(Luma::kRound);
+}
+template <class Luma>
+LUM_INLINE U8 luma(const BlockPairs& p) {
+  return U8((luma_times_256<Luma>(p.even) >> 8) | (luma_times_256<Luma>(p.odd) & 0xFF00));
+}
+
 // The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the signed
 // one; the weights add up to 256, so 128 * 256 is put back.
 template <class Luma, bool bgr, bool has_alpha>
@@ -66,9 +99,9 @@ LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
   U32 q[4];
   for (int i = 0; i < 4; ++i) {
     const I16 pairs = madd(weights, I8(p.quarter[i] ^ 0x80));
-    q[i] = (U32(madd(pairs, ones)) + static_cast<uint32_t>(128 * 256 + Luma::kRound)) >> 8;
+    q[i] = U32(madd(pairs, ones)) + static_cast<uint32_t>(128 * 256 + Luma::kRound);
   }
-  return narrow4(q);
+  return narrow4_high(q);
 }
 
 // 16-bit samples: the sum needs 24 bits. `high` adds the products' upper parts, each floored, so it
@@ -92,14 +125,19 @@ LUM_INLINE Wide luma(const Rgb16& p) {
 struct Yuv422 {
   U8 y, uv;
 };
+struct StudioU {
+  static constexpr int kRed = -38, kGreen = -74, kBlue = 112;
+};
+struct StudioV {
+  static constexpr int kRed = 112, kGreen = -94, kBlue = -18;
+};
 LUM_INLINE I16 half_sum_of_pairs(I8 v) {
   return madd(splat8(1), v) >> 1;
 }
-LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
-  const Bytes2 rg = interleave(p.r, p.g);
-  // A constant beside blue brings the rounding term in without an addition of its own.
-  constexpr int kBeside = 64;
-  const Bytes2 bk = interleave(p.b, splat8(kBeside));
+// A constant beside blue brings the rounding term in without an addition of its own.
+constexpr int kBeside = 64;
+// From R, G, R, G ... and B, kBeside, B, kBeside ...
+LUM_INLINE U8 studio_luma(const Bytes2& rg, const Bytes2& bk) {
   // R and G less 128, as the weight 129 needs the unsigned factor; 128 (66 + 129) is put back.
   const U8 y_red_green = splat_pair(66, 129);
   const I8 y_blue = I8(splat_pair(25, 66));  // 66 * 64 = 128 + 16 * 256
@@ -109,9 +147,16 @@ LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
       U16(madd(y_red_green, I8(rg.lo ^ 0x80))) + U16(madd(bk.lo, y_blue)) + kBack;
   const U16 y_hi =
       U16(madd(y_red_green, I8(rg.hi ^ 0x80))) + U16(madd(bk.hi, y_blue)) + kBack;
-
-  const I8 u_red_green = I8(splat_pair(-38, -74)), u_blue = I8(splat_pair(112, 2));
-  const I8 v_red_green = I8(splat_pair(112, -94)), v_blue = I8(splat_pair(-18, 2));
+  return pack_high(y_lo, y_hi);
+}
+LUM_INLINE U8 studio_luma(const Rgb8& p) {
+  return studio_luma(interleave(p.r, p.g), interleave(p.b, splat8(kBeside)));
+}
+LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
+  const Bytes2 rg = interleave(p.r, p.g), bk = interleave(p.b, splat8(kBeside));
+  const I8 u_red_green = I8(splat_pair(StudioU::kRed, StudioU::kGreen));
+  const I8 v_red_green = I8(splat_pair(StudioV::kRed, StudioV::kGreen));
+  const I8 u_blue = I8(splat_pair(StudioU::kBlue, 2)), v_blue = I8(splat_pair(StudioV::kBlue, 2));
   static_assert(2 * kBeside == 128, "rounding of U and V");
   const I8 u = pack_sat_signed((madd(rg.lo, u_red_green) + madd(bk.lo, u_blue)) >> 8,
                                (madd(rg.hi, u_red_green) + madd(bk.hi, u_blue)) >> 8);
@@ -119,7 +164,31 @@ LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
                                (madd(rg.hi, v_red_green) + madd(bk.hi, v_blue)) >> 8);
   const U16 u_pair = U16(half_sum_of_pairs(u) + 128);
   const U16 v_pair = U16(half_sum_of_pairs(v) + 128);
-  return {pack_high(y_lo, y_hi), U8(u_pair | v_pair << 8)};
+  return {studio_luma(rg, bk), U8(u_pair | v_pair << 8)};
+}
+
+// From samples as they lie in a mosaic: the lanes of even and odd pixels are the pairs.
+struct YuvWordsOfHalf {
+  U16 y_times_256;
+  I16 u, v;
+};
+LUM_INLINE YuvWordsOfHalf to_yuv(const BlockPairs::Half& p) {
+  const U16 g = U16(sum_of_greens(p)) >> 1;
+  constexpr int kBeside = 64;
+  const U8 green_beside = U8(g | static_cast<uint16_t>(kBeside << 8));
+  const U16 y = U16(madd(p.red_blue, red_blue_weights(p, 66, 25))) + g * multiplier(129) +
+                static_cast<uint16_t>(128 + 16 * 256);
+  static_assert(2 * kBeside == 128, "rounding of U and V");
+  const I16 u = madd(p.red_blue, red_blue_weights(p, -38, 112)) +
+                madd(green_beside, I8(splat_pair(-74, 2)));
+  const I16 v = madd(p.red_blue, red_blue_weights(p, 112, -18)) +
+                madd(green_beside, I8(splat_pair(-94, 2)));
+  return {y, u >> 8, v >> 8};
+}
+LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {
+  const YuvWordsOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
+  const U16 u = U16(((even.u + odd.u) >> 1) + 128), v = U16(((even.v + odd.v) >> 1) + 128);
+  return {U8((even.y_times_256 >> 8) | (odd.y_times_256 & 0xFF00)), U8(u | v << 8)};
 }
 
 }  // namespace

@@ -13,6 +13,7 @@ struct Mono8 {
   static constexpr bool kKeeps = false;
   static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store(p, v.y); }
   static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store(p, luma<Luma>(v)); }
+  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) { store(p, luma<Luma>(v)); }
   template <bool bgr, bool alpha>
   static LUM_INLINE void store_block(uint8_t* p, const Pixels4<bgr, alpha>& v) {
     store(p, luma<Luma>(v));
@@ -65,6 +66,9 @@ struct Uyvy {
   static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
     store_block(p, to_yuv422(v));
   }
+  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) {
+    store_block(p, to_yuv422(v));
+  }
   static LUM_INLINE void store_block(uint8_t* p, const Yuv422& v) { store2(p, v.uv, v.y); }
   static LUM_INLINE void store_block(uint8_t* p, const Wide& v) { store(p, v); }
   // Kept: chroma of a grey source is 0, not the neutral 128; receivers of these frames rely on it.
@@ -84,7 +88,9 @@ struct Mono16 {
     store_block(p, Gray16{luma<Luma>(v)});
   }
   // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store2(p, luma<Luma>(v), U8{}); }
+  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) {
+    store2(p, luma<Luma>(v), U8{});
+  }
 };
 
 // R G B as words in host order, or with bgr B G R

@@ -73,6 +73,10 @@ LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm256_avg_epu8(m(a), m(b))); }
 LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm256_avg_epu16(m(a), m(b))); }
 LUM_INLINE I16 absolute(I16 a) { return i16(_mm256_abs_epi16(m(a))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm256_min_epi16(m(a), m(b))); }
+LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm256_max_epi16(m(a), m(b))); }
+// sum + 1, or sum - 1, in the lanes where a > b.
+LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) { return sum - I16(a > b); }
+LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(a > b); }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm256_mulhi_epu16(m(a), m(b))); }
 // n is at most 16.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
@@ -93,6 +97,12 @@ LUM_INLINE Words2 interleave(I16 a, I16 b) {
 LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm256_maddubs_epi16(m(u), m(U8(s)))); }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm256_madd_epi16(m(a), m(b))); }
+LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
+  return {U32(u8(_mm256_unpacklo_epi32(m(U8(a)), m(U8(b))))),
+          U32(u8(_mm256_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
+}
+// Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
+LUM_INLINE I16 mul_round(I16 a, I16 b) { return i16(_mm256_mulhrs_epi16(m(a), m(b))); }
 
 // Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
 LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return u8(_mm256_packus_epi16(m(lo >> 8), m(hi >> 8))); }
@@ -107,11 +117,20 @@ LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm256_packus_epi3
 LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return u8(in_memory_order(_mm256_packus_epi16(m(lo), m(hi))));
 }
-// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
-LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
-  const __m256i v = _mm256_packus_epi16(_mm256_packs_epi32(m(U8(q[0])), m(U8(q[1]))),
-                                        _mm256_packs_epi32(m(U8(q[2])), m(U8(q[3]))));
-  return u8(_mm256_permutevar8x32_epi32(v, _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7)));
+// 32-bit lanes in memory order, each 0..65535, to words.
+LUM_INLINE U16 narrow(U32 lo, U32 hi) {
+  return u16(in_memory_order(_mm256_packus_epi32(m(U8(lo)), m(U8(hi)))));
+}
+// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps 16
+// bits, so one shift moves the bytes of two vectors of words into one:
+//   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
+constexpr LaneTable kQuarters =
+    lane_table([](int i) { return i / 4 % 2 * 8 + i % 4 * 2 + i % 16 / 8; });
+LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
+  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1]));
+  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3]));
+  const U8 v = shuffle(U8((first >> 8) | (second & 0xFF00)), kQuarters);
+  return u8(_mm256_permutevar8x32_epi32(m(v), _mm256_setr_epi32(0, 4, 1, 5, 2, 6, 3, 7)));
 }
 
 // The order of the two bytes of a word, as data.
@@ -163,29 +182,58 @@ template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return U16(shuffle(load24(p), kWordsOf3<Formula>));
 }
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer. Of the 20 bytes the
+// upper half is loaded from 4 on: its own 10 begin at byte 6.
+template <class Formula>
+constexpr LaneTable kWordsOf5 = lane_table([](int i) {
+  const int word = i % 32 / 2;
+  const int byte = i % 2 ? Formula::high(word) : Formula::low(word);
+  return byte < 0 ? kNone : byte % 10 + (i < 16 ? 0 : 6);
+});
+template <class Formula>
+LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
+  return U16(shuffle(load_halves(p, p + 4), kWordsOf5<Formula>));
+}
 // Bytes c0 c1 c2 c0 c1 c2 ... apart: in each half channel c takes these bytes of the k-th 16.
-constexpr int deinterleave3_index(int k, int c, int i) {
-  const int byte = 3 * (i % 16) + c - 16 * k;
+// With elements of `size` bytes.
+constexpr int deinterleave3_index(int size, int k, int c, int i) {
+  const int byte = (i % 16 / size * 3 + c) * size + i % size - 16 * k;
   return byte < 0 || byte >= 16 ? kNone : byte;
 }
-template <int k, int c>
-constexpr LaneTable kDeinterleave3 = lane_table([](int i) { return deinterleave3_index(k, c, i); });
-template <int c>
+template <int size, int k, int c>
+constexpr LaneTable kDeinterleave3 =
+    lane_table([](int i) { return deinterleave3_index(size, k, c, i); });
+template <int size, int c>
 LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
-  return shuffle(v0, kDeinterleave3<0, c>) | shuffle(v1, kDeinterleave3<1, c>) |
-         shuffle(v2, kDeinterleave3<2, c>);
+  return shuffle(v0, kDeinterleave3<size, 0, c>) | shuffle(v1, kDeinterleave3<size, 1, c>) |
+         shuffle(v2, kDeinterleave3<size, 2, c>);
 }
-LUM_INLINE Bytes3 load3(const uint8_t* p) {
+template <int size>
+LUM_INLINE Bytes3 load3_bytes(const uint8_t* p) {
   const U8 v0 = load_halves(p, p + 48), v1 = load_halves(p + 16, p + 64),
            v2 = load_halves(p + 32, p + 80);
-  return {channel_of_3<0>(v0, v1, v2), channel_of_3<1>(v0, v1, v2), channel_of_3<2>(v0, v1, v2)};
+  return {channel_of_3<size, 0>(v0, v1, v2), channel_of_3<size, 1>(v0, v1, v2),
+          channel_of_3<size, 2>(v0, v1, v2)};
+}
+constexpr bool kPlanarIsCheaper = false;  // load3() and store3() than expand3() and compress3()
+LUM_INLINE Bytes3 load3(const uint8_t* p) { return load3_bytes<1>(p); }
+LUM_INLINE Words3 load3_words(const uint8_t* p) {
+  const Bytes3 v = load3_bytes<2>(p);
+  return {U16(v.c0), U16(v.c1), U16(v.c2)};
 }
 
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) {
-  const Bytes2 v = interleave(even, odd);
-  store(p, u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x20)));
-  store(p + 32, u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x31)));
+// a0 b0 a1 b1 ... in memory order.
+LUM_INLINE Bytes2 zip(U8 a, U8 b) {
+  const Bytes2 v = interleave(a, b);
+  return {u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x20)),
+          u8(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x31))};
 }
+LUM_INLINE Wide zip(U16 a, U16 b) {
+  const Words2 v = interleave(I16(a), I16(b));
+  return {u16(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x20)),
+          u16(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x31))};
+}
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 
 // Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte of
 // channel `c` it takes, or kNone when it belongs to another channel. The same in both halves.
@@ -261,6 +309,16 @@ LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(p), low);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), high);
 }
+// Elements of `size` bytes, a power of two, in reverse order.
+template <int size>
+constexpr LaneTable kReversed = lane_table([](int i) { return (15 - i % 16) / size * size + i % size; });
+template <int size>
+LUM_INLINE U8 reversed(U8 v) {
+  return u8(_mm256_permute4x64_epi64(m(shuffle(v, kReversed<size>)), 0x4E));
+}
+// A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
+constexpr int kPieceBytes = 16;
+LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }

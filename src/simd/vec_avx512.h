@@ -67,6 +67,16 @@ LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm512_avg_epu8(m(a), m(b))); }
 LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm512_avg_epu16(m(a), m(b))); }
 LUM_INLINE I16 absolute(I16 a) { return i16(_mm512_abs_epi16(m(a))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm512_min_epi16(m(a), m(b))); }
+LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm512_max_epi16(m(a), m(b))); }
+// sum + 1, or sum - 1, in the lanes where a > b.
+LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {
+  const __mmask32 greater = _mm512_cmpgt_epi16_mask(m(a), m(b));
+  return i16(_mm512_mask_add_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(1)));
+}
+LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
+  const __mmask32 greater = _mm512_cmpgt_epi16_mask(m(a), m(b));
+  return i16(_mm512_mask_sub_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(1)));
+}
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b))); }
 // n is at most 16.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
@@ -87,6 +97,12 @@ LUM_INLINE Words2 interleave(I16 a, I16 b) {
 LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm512_maddubs_epi16(m(u), m(U8(s)))); }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm512_madd_epi16(m(a), m(b))); }
+LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
+  return {U32(u8(_mm512_unpacklo_epi32(m(U8(a)), m(U8(b))))),
+          U32(u8(_mm512_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
+}
+// Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
+LUM_INLINE I16 mul_round(I16 a, I16 b) { return i16(_mm512_mulhrs_epi16(m(a), m(b))); }
 
 // Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
 LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return u8(_mm512_packus_epi16(m(lo >> 8), m(hi >> 8))); }
@@ -102,10 +118,22 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return u8(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                      _mm512_packus_epi16(m(lo), m(hi))));
 }
-// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
-LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
-  return u8(transpose(_mm512_packus_epi16(_mm512_packs_epi32(m(U8(q[0])), m(U8(q[1]))),
-                                          _mm512_packs_epi32(m(U8(q[2])), m(U8(q[3]))))));
+// 32-bit lanes in memory order, each 0..65535, to words.
+LUM_INLINE U16 narrow(U32 lo, U32 hi) {
+  return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
+                                      _mm512_packus_epi32(m(U8(lo)), m(U8(hi)))));
+}
+// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps 16
+// bits, so one shift moves the bytes of two vectors of words into one:
+//   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
+constexpr LaneTable kQuarters = lane_table([](int i) {
+  const int quarter = i / 16, pixel = i % 16;
+  return pixel / 4 * 16 + quarter % 2 * 8 + pixel % 4 * 2 + quarter / 2;
+});
+LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
+  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1]));
+  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3]));
+  return permute(U8((first >> 8) | (second & 0xFF00)), kQuarters);
 }
 
 // The order of the two bytes of a word, as data.
@@ -165,14 +193,32 @@ LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
                                            m(load<U8>(kWordsOf3<Formula>.v)), m(load48(p))));
 }
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
+template <class Formula>
+LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
+  constexpr __mmask64 kFiveEighths = 0x000000FFFFFFFFFFull;
+  const __m512i v = _mm512_maskz_loadu_epi8(kFiveEighths, p);
+  return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
+                                           m(load<U8>(kWordsOf3<Formula>.v)), v));
+}
 
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) {
-  const Bytes2 v = interleave(even, odd);
+// a0 b0 a1 b1 ... in memory order.
+LUM_INLINE Bytes2 pairs_in_memory_order(__m512i lo, __m512i hi) {
   const __m512i first = _mm512_setr_epi64(0, 1, 8, 9, 2, 3, 10, 11);
   const __m512i second = _mm512_setr_epi64(4, 5, 12, 13, 6, 7, 14, 15);
-  store(p, u8(_mm512_permutex2var_epi64(m(v.lo), first, m(v.hi))));
-  store(p + 64, u8(_mm512_permutex2var_epi64(m(v.lo), second, m(v.hi))));
+  return {u8(_mm512_permutex2var_epi64(lo, first, hi)),
+          u8(_mm512_permutex2var_epi64(lo, second, hi))};
 }
+LUM_INLINE Bytes2 zip(U8 a, U8 b) {
+  const Bytes2 v = interleave(a, b);
+  return pairs_in_memory_order(m(v.lo), m(v.hi));
+}
+LUM_INLINE Wide zip(U16 a, U16 b) {
+  const Words2 v = interleave(I16(a), I16(b));
+  const Bytes2 pairs = pairs_in_memory_order(m(v.lo), m(v.hi));
+  return {U16(pairs.lo), U16(pairs.hi)};
+}
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 
 // Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3 does
 // not divide 64, a byte position belongs to a different channel in each of the three, so one permute
@@ -200,17 +246,27 @@ LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
   const __m512i c01 = _mm512_mask_blend_epi8(channel_mask(size, k, 1), m(c0), m(c1));
   return u8(_mm512_mask_blend_epi8(channel_mask(size, k, 2), c01, m(c2)));
 }
-// Bytes c0 c1 c2 c0 c1 c2 ... apart: the same blends, then one permute a channel.
-template <int c>
-constexpr LaneTable kGather3 = lane_table([](int i) { return (3 * i + c) % 64; });
-template <int c>
+// Elements c0 c1 c2 c0 c1 c2 ... apart: the same blends, then one permute a channel.
+template <int size, int c>
+constexpr LaneTable kGather3 =
+    lane_table([](int i) { return ((i / size * 3 + c) * size + i % size) % 64; });
+template <int size, int c>
 LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
-  const __m512i v01 = _mm512_mask_blend_epi8(channel_mask(1, 1, c), m(v0), m(v1));
-  return permute(u8(_mm512_mask_blend_epi8(channel_mask(1, 2, c), v01, m(v2))), kGather3<c>);
+  const __m512i v01 = _mm512_mask_blend_epi8(channel_mask(size, 1, c), m(v0), m(v1));
+  const __m512i v = _mm512_mask_blend_epi8(channel_mask(size, 2, c), v01, m(v2));
+  return permute(u8(v), kGather3<size, c>);
 }
-LUM_INLINE Bytes3 load3(const uint8_t* p) {
+template <int size>
+LUM_INLINE Bytes3 load3_bytes(const uint8_t* p) {
   const U8 v0 = load<U8>(p), v1 = load<U8>(p + 64), v2 = load<U8>(p + 128);
-  return {channel_of_3<0>(v0, v1, v2), channel_of_3<1>(v0, v1, v2), channel_of_3<2>(v0, v1, v2)};
+  return {channel_of_3<size, 0>(v0, v1, v2), channel_of_3<size, 1>(v0, v1, v2),
+          channel_of_3<size, 2>(v0, v1, v2)};
+}
+constexpr bool kPlanarIsCheaper = true;  // load3() and store3() than expand3() and compress3()
+LUM_INLINE Bytes3 load3(const uint8_t* p) { return load3_bytes<1>(p); }
+LUM_INLINE Words3 load3_words(const uint8_t* p) {
+  const Bytes3 v = load3_bytes<2>(p);
+  return {U16(v.c0), U16(v.c1), U16(v.c2)};
 }
 
 template <int size>
@@ -261,6 +317,23 @@ LUM_INLINE U8 expand3(const uint8_t* p) {
 template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<swap>)));
+}
+// Elements of `size` bytes, a power of two, in reverse order.
+template <int size>
+constexpr LaneTable kReversed = lane_table([](int i) { return (63 - i % 64) / size * size + i % size; });
+template <int size>
+LUM_INLINE U8 reversed(U8 v) {
+  return permute(v, kReversed<size>);
+}
+// A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
+constexpr int kPieceBytes = 16;
+LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) {
+  const auto piece = [&](int i) {
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i * stride));
+  };
+  const __m256i lo = _mm256_inserti128_si256(_mm256_castsi128_si256(piece(0)), piece(1), 1);
+  const __m256i hi = _mm256_inserti128_si256(_mm256_castsi128_si256(piece(2)), piece(3), 1);
+  return u8(_mm512_inserti64x4(_mm512_castsi256_si512(lo), hi, 1));
 }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });

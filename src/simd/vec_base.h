@@ -56,6 +56,12 @@ LUM_INLINE I16 absolute(I16 a) {
 LUM_INLINE I16 lesser(I16 a, I16 b) {
   return lanes<I16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
 }
+LUM_INLINE I16 greater(I16 a, I16 b) {
+  return lanes<I16>([&](int i) { return a[i] > b[i] ? a[i] : b[i]; });
+}
+// sum + 1, or sum - 1, in the lanes where a > b.
+LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) { return sum - I16(a > b); }
+LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(a > b); }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) {
   return lanes<U16>([&](int i) { return (static_cast<uint32_t>(a[i]) * b[i]) >> 16; });
 }
@@ -79,6 +85,15 @@ LUM_INLINE I16 madd(U8 u, I8 s) {
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) {
   return lanes<I32>([&](int i) { return a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1]; });
+}
+
+LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
+  return {lanes<U32>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
+          lanes<U32>([&](int i) { return i % 2 ? b[kWords / 4 + i / 2] : a[kWords / 4 + i / 2]; })};
+}
+// Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
+LUM_INLINE I16 mul_round(I16 a, I16 b) {
+  return lanes<I16>([&](int i) { return (a[i] * b[i] + 0x4000) >> 15; });
 }
 
 LUM_INLINE int clamp_to(int v, int low, int high) { return v < low ? low : v > high ? high : v; }
@@ -106,10 +121,15 @@ LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
 LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return lanes<U8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], 0, 255); });
 }
-// Four vectors of 32-bit lanes, each 0..255, in memory order to bytes.
-LUM_INLINE U8 narrow4(const U32 (&q)[4]) {
+// 32-bit lanes in memory order, each 0..65535, to words.
+LUM_INLINE U16 narrow(U32 lo, U32 hi) {
+  constexpr int n = kWords / 2;
+  return lanes<U16>([&](int i) { return i < n ? lo[i] : hi[i - n]; });
+}
+// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order.
+LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
   constexpr int n = kLanes / 4;
-  return lanes<U8>([&](int i) { return q[i / n][i % n]; });
+  return lanes<U8>([&](int i) { return q[i / n][i % n] >> 8; });
 }
 
 // The order of the two bytes of a word, as data.
@@ -151,10 +171,22 @@ LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
     return (low < 0 ? 0 : p[low]) | (high < 0 ? 0 : p[high]) << 8;
   });
 }
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
+template <class Formula>
+LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
+  return load_words_of_3(p, f);
+}
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
+constexpr bool kPlanarIsCheaper = false;  // load3() and store3() than expand3() and compress3()
 LUM_INLINE Bytes3 load3(const uint8_t* p) {
   return {lanes<U8>([&](int i) { return p[3 * i]; }), lanes<U8>([&](int i) { return p[3 * i + 1]; }),
           lanes<U8>([&](int i) { return p[3 * i + 2]; })};
+}
+LUM_INLINE Words3 load3_words(const uint8_t* p) {
+  const U16 v[3] = {load<U16>(p), load<U16>(p + kLanes), load<U16>(p + 2 * kLanes)};
+  U16 c[3];
+  for (int i = 0; i < 3 * kWords; ++i) c[i % 3][i / 3] = v[i / kWords][i % kWords];
+  return {c[0], c[1], c[2]};
 }
 
 template <class V>
@@ -164,7 +196,13 @@ LUM_INLINE void store_interleaved3(uint8_t* p, V c0, V c1, V c2) {
   for (int i = 0; i < 3 * n; ++i) out[i / n][i % n] = (i % 3 == 0 ? c0 : i % 3 == 1 ? c1 : c2)[i / 3];
   memcpy(p, out, sizeof out);
 }
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, interleave(even, odd)); }
+// a0 b0 a1 b1 ... in memory order.
+LUM_INLINE Bytes2 zip(U8 a, U8 b) { return interleave(a, b); }
+LUM_INLINE Wide zip(U16 a, U16 b) {
+  const Words2 v = interleave(I16(a), I16(b));
+  return {U16(v.lo), U16(v.hi)};
+}
+LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store_interleaved3(p, c0, c1, c2); }
 LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) { store_interleaved3(p, c0, c1, c2); }
 LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3(p, c, c, c); }
@@ -194,6 +232,14 @@ LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
     if (i % 4 != 3) p[i / 4 * 3 + (swap ? 2 - i % 4 : i % 4)] = pixels[i];
   }
 }
+// Elements of `size` bytes, a power of two, in reverse order.
+template <int size>
+LUM_INLINE U8 reversed(U8 v) {
+  return lanes<U8>([&](int i) { return v[(kLanes - 1 - i) / size * size + i % size]; });
+}
+// A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
+constexpr int kPieceBytes = kLanes;
+LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });

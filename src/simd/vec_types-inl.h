@@ -31,6 +31,15 @@ struct Words2 {
 struct Bytes3 {
   U8 c0, c1, c2;
 };
+struct Words3 {
+  U16 c0, c1, c2;
+};
+struct Dwords2 {
+  U32 lo, hi;
+};
+
+template <class V>
+constexpr size_t kElementBytes = sizeof(V{}[0]);
 
 template <class V>
 LUM_INLINE V load(const void* p) {
@@ -50,6 +59,11 @@ LUM_INLINE U16 splat16(unsigned v) { return U16{} + static_cast<uint16_t>(v); }
 // Bytes v0, v1, v0, v1 ...: the weights of a madd() over interleaved bytes.
 LUM_INLINE U8 splat_pair(int v0, int v1) {
   return U8(splat16(static_cast<uint8_t>(v0) | static_cast<unsigned>(static_cast<uint8_t>(v1)) << 8));
+}
+
+// Words v0, v1, v0, v1 ...
+LUM_INLINE U16 splat_words(int v0, int v1) {
+  return U16(U32{} + (static_cast<uint16_t>(v0) | uint32_t{static_cast<uint16_t>(v1)} << 16));
 }
 
 // A multiplier that the compiler cannot see through: g++ would turn a vector times a known constant

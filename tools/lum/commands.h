@@ -26,6 +26,7 @@ struct ConvertOptions {
   std::string type;    // png, tiff, pnm, raw; empty: by the output's extension
   std::string frames;  // "all", "3", "2-9"; empty: all into a sequence or raw, else the first
   std::string debayer;
+  std::string cygm;
   std::vector<float> matrix;         // nine or none
   std::vector<float> white_balance;  // three or none
   bool via_old = false;

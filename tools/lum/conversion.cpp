@@ -40,9 +40,22 @@ void studio_uyvy_to_rgb(const Bytes& uyvy, Bytes& rgb) {
 }  // namespace
 
 const char* Conversion::function() const {
-  if (entry == Entry::direct_bgr) return "LumIRaw8CYGMToBGR";
-  if (source->is_cygm()) return "LumIRaw8CYGMImageTransform";
-  return entry == Entry::older ? "LumTransformOLD" : "LumImageTransform";
+  switch (entry) {
+    case Entry::direct_bgr:
+      return "LumIRaw8CYGMToBGR";
+    case Entry::cygm_3x3:
+      return "LumIRaw8CYGMImageTransform_3x3";
+    case Entry::cygm_binned:
+      return "LumIRaw8CYGMImageTransform_Bin";
+    case Entry::cygm_luma:
+      return "LumIRaw8CYGMToY8";
+    case Entry::bayer_binned:
+      return "LumRaw8ImageTransform_Bin";
+    case Entry::older:
+      return "LumTransformOLD";
+    default:
+      return source->is_cygm() ? "LumIRaw8CYGMImageTransform" : "LumImageTransform";
+  }
 }
 
 void Conversion::check(uint32_t width, uint32_t height) const {
@@ -54,7 +67,8 @@ void Conversion::check(uint32_t width, uint32_t height) const {
                   std::to_string(source->step_x()) + " and a height that is a multiple of " +
                   std::to_string(source->step_y()) + "; " + std::to_string(width) + "x" +
                   std::to_string(height) + " is not");
-  if (debayer && !source->is_bayer8())
+  const bool bayer_binned = entry == Entry::bayer_binned;
+  if ((debayer || bayer_binned) && !source->is_bayer8())
     throw Failure("--debayer is for 8-bit Bayer frames; the library converts " + from +
                   " in one way only");
   if ((big_endian || msb_aligned) && !words)
@@ -66,10 +80,12 @@ void Conversion::check(uint32_t width, uint32_t height) const {
     throw Failure(
         "IRaw8CYGM is converted by a direct function, which takes no matrix and which "
         "the dispatchers do not know");
+  if (entry == Entry::cygm_luma && destination->index != LUM_FORMAT_MONO8_REC601)
+    throw Failure("--cygm luma converts to MONO8_REC601 only");
   if (entry == Entry::direct_bgr && (!source->is_cygm() || destination->name != "BGR24"))
     throw Failure("--direct-bgr converts IRaw8CYGM to BGR24 only");
   if (!matrix) return;
-  if (debayer.value_or(LumDebayerMode2x2) != LumDebayerMode2x2)
+  if (bayer_binned || debayer.value_or(LumDebayerMode2x2) != LumDebayerMode2x2)
     throw Failure("a matrix goes with the 2x2 debayer mode only");
   if (big_endian || msb_aligned)
     throw Failure("with a matrix, 16-bit words are read as little-endian, bits at the bottom");
@@ -84,11 +100,16 @@ void Conversion::check(uint32_t width, uint32_t height) const {
 
 int32_t Conversion::run(uint8_t* destination_data, uint8_t* source_data, uint32_t width,
                         uint32_t height) const {
-  if (entry == Entry::direct_bgr)
-    return static_cast<int32_t>(LumIRaw8CYGMToBGR(destination_data, source_data, width, height));
-  if (source->is_cygm())
-    return static_cast<int32_t>(LumIRaw8CYGMImageTransform(destination_data, source_data, width,
-                                                           height, destination->index, 0));
+  const auto direct = [&](auto function, auto... rest) {
+    return static_cast<int32_t>(function(destination_data, source_data, width, height, rest...));
+  };
+  const uint32_t index = destination->index, pattern = source->pixel.bayerPattern;
+  if (entry == Entry::direct_bgr) return direct(LumIRaw8CYGMToBGR);
+  if (entry == Entry::cygm_luma) return direct(LumIRaw8CYGMToY8);
+  if (entry == Entry::cygm_3x3) return direct(LumIRaw8CYGMImageTransform_3x3, index, 0u);
+  if (entry == Entry::cygm_binned) return direct(LumIRaw8CYGMImageTransform_Bin, index, 0u);
+  if (entry == Entry::bayer_binned) return direct(LumRaw8ImageTransform_Bin, index, pattern);
+  if (source->is_cygm()) return direct(LumIRaw8CYGMImageTransform, index, 0u);
   if (entry == Entry::older)
     return LumTransformOLD(destination_data, destination->index, source_data, width, height, 0,
                            source->code);

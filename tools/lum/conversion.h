@@ -16,7 +16,11 @@ struct Conversion {
   enum class Entry {
     descriptors,  // LumImageTransform; for a CYGM frame LumIRaw8CYGMImageTransform
     older,        // LumTransformOLD
-    direct_bgr    // LumIRaw8CYGMToBGR
+    direct_bgr,   // LumIRaw8CYGMToBGR
+    cygm_3x3,     // LumIRaw8CYGMImageTransform_3x3
+    cygm_binned,  // LumIRaw8CYGMImageTransform_Bin
+    cygm_luma,    // LumIRaw8CYGMToY8
+    bayer_binned  // LumRaw8ImageTransform_Bin
   };
 
   const Source* source = nullptr;
@@ -28,20 +32,35 @@ struct Conversion {
   bool msb_aligned = false;
 
   const char* function() const;
+  // Width and height of a frame over those of the picture.
+  uint32_t divisor() const {
+    return entry == Entry::cygm_binned || entry == Entry::bayer_binned ? 2 : 1;
+  }
 
   // What the library would misread or ignore is refused before it is asked: a Failure.
   void check(uint32_t width, uint32_t height) const;
 
-  // The library's result. Both buffers hold the bytes that frame_bytes() of either side names, the
+  // The library's result for a frame of this width and height. Both buffers hold the bytes that frame_bytes() of either side names, the
   // source kSourceSlack more: LumIRaw8CYGMToBGR reads one sample past the last row.
   int32_t run(uint8_t* destination_data, uint8_t* source_data, uint32_t width,
               uint32_t height) const;
 
-  // A destination buffer as a picture, colours in the order of picture files.
+  // A destination buffer as a picture of its own width and height, colours in the order of picture
+  // files.
   Picture picture(const Bytes& buffer, uint32_t width, uint32_t height) const;
 };
 
 constexpr size_t kSourceSlack = 16;
+
+struct CygmName {
+  const char* name;
+  Conversion::Entry entry;
+};
+constexpr CygmName kCygmNames[] = {{"2x2", Conversion::Entry::descriptors},
+                                   {"3x3", Conversion::Entry::cygm_3x3},
+                                   {"bin", Conversion::Entry::cygm_binned},
+                                   {"luma", Conversion::Entry::cygm_luma}};
+constexpr char kBinnedName[] = "bin";  // beside kDebayerNames, which are the library's modes
 
 // "0x88000004 Parameter 3 is invalid", "-7 One of the parameters was invalid ...".
 std::string result_text(int32_t code);

@@ -57,6 +57,11 @@ Conversion conversion_of(const ConvertOptions& options) {
   way.msb_aligned = options.msb_aligned;
   for (const DebayerName& known : kDebayerNames)
     if (options.debayer == known.name) way.debayer = known.mode;
+  if (options.debayer == kBinnedName) way.entry = Conversion::Entry::bayer_binned;
+  for (const CygmName& known : kCygmNames)
+    if (options.cygm == known.name) way.entry = known.entry;
+  if (!options.cygm.empty() && !way.source->is_cygm())
+    throw Failure("--cygm is for IRaw8CYGM frames");
   std::array<float, 9> matrix = {};
   if (options.matrix.size() == matrix.size()) {
     std::copy(options.matrix.begin(), options.matrix.end(), matrix.begin());
@@ -96,7 +101,8 @@ struct Converter {
         width(size.width),
         height(size.height),
         source(way.source->frame_bytes(width, height) + kSourceSlack),
-        destination(way.destination->frame_bytes(width, height), kOpaque) {}
+        destination(way.destination->frame_bytes(width / way.divisor(), height / way.divisor()),
+                    kOpaque) {}
 
   void run() {
     const int32_t code = way.run(destination.data(), source.data(), width, height);
@@ -118,7 +124,9 @@ struct Converter {
 
   Bytes encoded(FileKind kind) const {
     return kind == FileKind::raw ? destination
-                                 : encode_picture(way.picture(destination, width, height), kind);
+                                 : encode_picture(way.picture(destination, width / way.divisor(),
+                                                              height / way.divisor()),
+                                                  kind);
   }
 };
 

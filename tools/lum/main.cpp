@@ -6,6 +6,7 @@
 
 #include "catalogue.h"
 #include "commands.h"
+#include "conversion.h"
 
 namespace {
 
@@ -27,8 +28,9 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
       ->required();
   std::vector<std::string> modes;
   for (const lum_tool::DebayerName& mode : lum_tool::kDebayerNames) modes.push_back(mode.name);
+  modes.push_back(lum_tool::kBinnedName);
   CLI::Option* debayer =
-      c->add_option("--debayer", o.debayer, "8-bit Bayer: how the colours are interpolated")
+      c->add_option("--debayer", o.debayer, "8-bit Bayer: how the colours are interpolated; bin halves width and height")
           ->check(CLI::IsMember(modes));
   CLI::Option* matrix =
       c->add_option("--matrix", o.matrix,
@@ -41,8 +43,17 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
       ->excludes(matrix);
   CLI::Option* older =
       c->add_flag("--via-old", o.via_old, "through LumTransformOLD")->excludes(debayer);
-  c->add_flag("--direct-bgr", o.direct_bgr, "IRaw8CYGM: through LumIRaw8CYGMToBGR")
-      ->excludes(older);
+  CLI::Option* direct =
+      c->add_flag("--direct-bgr", o.direct_bgr, "IRaw8CYGM: through LumIRaw8CYGMToBGR")
+          ->excludes(older);
+  std::vector<std::string> windows;
+  for (const lum_tool::CygmName& window : lum_tool::kCygmNames) windows.push_back(window.name);
+  c->add_option("--cygm", o.cygm,
+                "IRaw8CYGM: what a pixel is made of; bin halves width and height, luma gives "
+                "MONO8_REC601")
+      ->check(CLI::IsMember(windows))
+      ->excludes(older)
+      ->excludes(direct);
   c->add_flag("--big-endian", o.big_endian, "16-bit words have their high byte first");
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words have their used bits at the top");
   c->add_option("--frames", o.frames,

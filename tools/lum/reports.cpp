@@ -36,6 +36,28 @@ std::vector<Way> ways_of(const Source& source) {
           {"matrix", 'm', matrix}};
 }
 
+// What CYGM and 8-bit Bayer frames have beside: direct functions only.
+struct NamedWay {
+  const char* name;
+  Conversion way;
+};
+std::vector<NamedWay> windows_of(const Source& source) {
+  std::vector<NamedWay> list;
+  Conversion way;
+  way.source = &source;
+  if (source.is_bayer8()) {
+    way.entry = Conversion::Entry::bayer_binned;
+    list.push_back({kBinnedName, way});
+  }
+  if (source.is_cygm()) {
+    for (const CygmName& named : kCygmNames) {
+      way.entry = named.entry;
+      list.push_back({named.name, way});
+    }
+  }
+  return list;
+}
+
 bool has(const std::vector<const Destination*>& list, const Destination& one) {
   for (const Destination* entry : list)
     if (entry == &one) return true;
@@ -82,9 +104,19 @@ void print_json() {
         modes[mode.name] = names(reachable(way));
       }
     entry["debayer"] = modes;
+    Json windows = Json::object();
+    for (const NamedWay& way : windows_of(source)) windows[way.name] = names(reachable(way.way));
+    entry["windows"] = windows;
     root["sources"].push_back(entry);
   }
   std::printf("%s\n", root.dump(2).c_str());
+}
+
+void print_way(const char* name, const Conversion& way) {
+  std::printf("  %-7s", name);
+  for (const Destination* destination : reachable(way))
+    std::printf(" %s", destination->name.c_str());
+  std::printf("\n");
 }
 
 void print_table() {
@@ -115,11 +147,14 @@ void print_table() {
     Conversion way;
     way.source = find_source("BayerRG8");
     way.debayer = mode.mode;
-    std::printf("  %-7s", mode.name);
-    for (const Destination* destination : reachable(way))
-      std::printf(" %s", destination->name.c_str());
-    std::printf("\n");
+    print_way(mode.name, way);
   }
+  for (const NamedWay& named : windows_of(*find_source("BayerRG8")))
+    print_way(named.name, named.way);
+  std::printf("\nIRaw8CYGM by --cygm:\n");
+  for (const Source& source : sources())
+    if (source.is_cygm())
+      for (const NamedWay& named : windows_of(source)) print_way(named.name, named.way);
 }
 
 void print_pattern(uint32_t pattern) {

@@ -1,0 +1,61 @@
+// SPDX-License-Identifier: MIT
+#include "bayer/binned.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "arguments.h"
+#include "lum/lum.h"
+#include "mirrored_rows.h"
+#include "simd/isa.h"
+
+namespace lum {
+
+void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
+  const RowKernel kernel = kernels.at(Source::mosaic8_binned, f.sink);
+  const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
+  MirroredStrip strip;
+  for (uint32_t x = 0; x < f.width; x += MirroredStrip::kColumns) {
+    const uint32_t n = std::min(MirroredStrip::kColumns, f.width - x);
+    const auto fetch = [&](int64_t y) {
+      const size_t row = static_cast<size_t>(mirrored(y, f.height));
+      strip.fetch(y, f.src + row * f.width, f.width, x, n);
+    };
+    uint8_t* dst = f.dst + x / 2 * pixel;
+    fetch(-1);
+    fetch(0);
+    for (int64_t y = 0; y < f.height; y += 2) {
+      fetch(y + 1);
+      fetch(y + 2);
+      // Across the cell: from its upper row to the one below it, from its lower row to the one above.
+      const bool red_above = f.red.row == 0;
+      const uint8_t *red = strip[y], *far_red = strip[y + 2];
+      const uint8_t *blue = strip[y + 1], *far_blue = strip[y - 1];
+      if (!red_above) {
+        std::swap(red, blue);
+        std::swap(far_red, far_blue);
+      }
+      RowArgs args;
+      args.column = f.red.column;
+      args.above = far_red - red;
+      args.below = blue - red;
+      args.below2 = far_blue - red;
+      kernel(dst, red, nullptr, n / 2, args);
+      dst += f.width / 2 * pixel;
+    }
+  }
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+uint32_t LumRaw8ImageTransform_Bin(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                   uint32_t height, uint32_t formatIndex, uint32_t bayerPattern) {
+  if (const uint32_t error = check_mosaic(dst, src, width, height, bayerPattern)) return error;
+  if (formatIndex > LUM_FORMAT_UYVY) return kNotImplemented;
+  if (formatIndex == LUM_FORMAT_UYVY && width % 4 != 0) return bad_parameter(3);
+  convert_mosaic_binned(kernels(), {dst, src, width, height, red_phase(bayerPattern),
+                                    static_cast<Sink>(formatIndex)});
+  return kSuccess;
+}

@@ -1,0 +1,152 @@
+// SPDX-License-Identifier: MIT
+// YUV of any encoding to BGR24, frames to I420, components to planes and back.
+#include "arguments.h"
+#include "convert/direct.h"
+#include "convert/flat.h"
+#include "lum/lum.h"
+#include "simd/isa.h"
+
+namespace lum {
+namespace {
+
+// Red from V, green from U, green from V, blue from U, in units of 1/256.
+constexpr int32_t kStudioFactors[2][4] = {{409, -100, -208, 516}, {459, -55, -136, 541}};
+
+bool yuv_source(uint32_t layout, Source* source) {
+  if (layout < LumPixelLayoutYUV411 || layout > LumPixelLayoutYUV444) return false;
+  return i420_source(layout, source);
+}
+
+uint32_t group_pixels(Source source) { return kSources[static_cast<size_t>(source)].group_pixels; }
+
+}  // namespace
+
+void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uint8_t* dst,
+                const uint8_t* src, uint32_t count) {
+  if (encoding == YuvEncoding::full601) {
+    convert_flat(kernels, source, Sink::bgr24, dst, src, count);
+    return;
+  }
+  RowArgs args;
+  args.matrix = kStudioFactors[encoding == YuvEncoding::studio601 ? 0 : 1];
+  const size_t kernel = static_cast<size_t>(source) - static_cast<size_t>(Source::yuv411);
+  kernels.direct.studio_to_bgr24[kernel](dst, src, nullptr, count, args);
+}
+
+bool i420_source(uint32_t layout, Source* source) {
+  switch (layout) {
+    case LumPixelLayoutMono: *source = Source::mono8; return true;
+    case LumPixelLayoutRGB: *source = Source::rgb24; return true;
+    case LumPixelLayoutBGR: *source = Source::bgr24; return true;
+    case LumPixelLayoutRGBA: *source = Source::rgba32; return true;
+    case LumPixelLayoutBGRA: *source = Source::bgra32; return true;
+    case LumPixelLayoutYUV411: *source = Source::yuv411; return true;
+    case LumPixelLayoutYUV422: *source = Source::yuv422; return true;
+    case LumPixelLayoutYUV444: *source = Source::yuv444; return true;
+    default: return false;
+  }
+}
+
+void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const uint8_t* src,
+                   uint32_t width, uint32_t height) {
+  Source source;
+  if (!i420_source(layout, &source)) return;
+  const SourceTraits& in = kSources[static_cast<size_t>(source)];
+  const size_t src_row = size_t{width} / in.group_pixels * in.group_bytes;
+  const size_t y_bytes = size_t{width} * height, chroma_row = width / 2;
+  uint8_t* const u = dst + y_bytes;
+  uint8_t* const v = u + y_bytes / 4;
+  for (size_t pair = 0; pair < height / 2; ++pair) {
+    I420Rows rows;
+    for (size_t i = 0; i < 2; ++i) {
+      rows.src[i] = src + (2 * pair + i) * src_row;
+      rows.y[i] = dst + (2 * pair + i) * width;
+    }
+    rows.u = u + pair * chroma_row;
+    rows.v = v + pair * chroma_row;
+    kernels.direct.i420[layout](rows, width);
+  }
+}
+
+void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint8_t* src,
+                      uint32_t count, uint32_t channels, uint32_t sample_bytes) {
+  kernels.direct.split[sample_bytes - 1][channels - 2](planes, src, count);
+}
+
+void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const* planes,
+                      uint32_t count, uint32_t channels, uint32_t sample_bytes) {
+  kernels.direct.join[sample_bytes - 1][channels - 2](dst, planes, count);
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+namespace {
+
+uint32_t check_planes(const void* dst, const void* src, uint32_t count, uint32_t channels,
+                      uint32_t sample_bytes) {
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (count == 0) return bad_parameter(3);
+  if (channels < 2 || channels > kMaxChannels) return bad_parameter(4);
+  if (sample_bytes != 1 && sample_bytes != 2) return bad_parameter(5);
+  return kSuccess;
+}
+
+template <class Plane>
+bool all_null(Plane* const* planes, uint32_t channels) {
+  for (uint32_t i = 0; i < channels; ++i) {
+    if (planes[i] != nullptr) return false;
+  }
+  return true;
+}
+
+}  // namespace
+
+uint32_t LumYUVToBGR(uint8_t* dst, const uint8_t* src, uint32_t pixelCount, uint32_t layout,
+                     uint32_t encoding) {
+  Source source;
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (pixelCount == 0) return bad_parameter(3);
+  if (!yuv_source(layout, &source)) return kNotImplemented;
+  if (pixelCount % group_pixels(source) != 0) return bad_parameter(3);
+  if (encoding >= kYuvEncodingCount) return kNotImplemented;
+  yuv_to_bgr(kernels(), source, static_cast<YuvEncoding>(encoding), dst, src, pixelCount);
+  return kSuccess;
+}
+
+uint32_t LumImageToI420(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                        uint32_t layout) {
+  Source source;
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (width == 0) return bad_parameter(3);
+  if (height == 0) return bad_parameter(4);
+  if (!i420_source(layout, &source)) return kNotImplemented;
+  if (width % 2 != 0 || width % group_pixels(source) != 0) return bad_parameter(3);
+  if (height % 2 != 0) return bad_parameter(4);
+  image_to_i420(kernels(), layout, dst, src, width, height);
+  return kSuccess;
+}
+
+uint32_t LumPackedToPlanar(uint8_t* const* planes, const uint8_t* src, uint32_t pixelCount,
+                           uint32_t channels, uint32_t bytesPerSample) {
+  if (const uint32_t error = check_planes(planes, src, pixelCount, channels, bytesPerSample)) {
+    return error;
+  }
+  if (all_null(planes, channels)) return bad_parameter(1);
+  packed_to_planar(kernels(), planes, src, pixelCount, channels, bytesPerSample);
+  return kSuccess;
+}
+
+uint32_t LumPlanarToPacked(uint8_t* dst, const uint8_t* const* planes, uint32_t pixelCount,
+                           uint32_t channels, uint32_t bytesPerSample) {
+  if (const uint32_t error = check_planes(dst, planes, pixelCount, channels, bytesPerSample)) {
+    return error;
+  }
+  if (all_null(planes, channels)) return bad_parameter(2);
+  planar_to_packed(kernels(), dst, planes, pixelCount, channels, bytesPerSample);
+  return kSuccess;
+}

@@ -1,0 +1,153 @@
+// SPDX-License-Identifier: MIT
+#include "cygm/cygm_window.h"
+
+#include <algorithm>
+
+#include "arguments.h"
+#include "lum/lum.h"
+#include "mirrored_rows.h"
+#include "simd/isa.h"
+
+namespace lum {
+namespace {
+
+// The chroma D of a line, and the lines above and below it: how often it counts in P and in Q, of
+// which P + Q is 32 times the red difference to luminance and Q - P the blue one.
+struct Share {
+  int p, q;
+};
+constexpr int kLines = 4;  // above, here, below, the one below that
+using Shares = Share[kLines];
+
+// By line number modulo 4. D alternates between the two differences from line to line, and its sign
+// with green and magenta from one odd line to the next.
+constexpr Shares kWindow[4] = {{{1, 2}, {-4, 0}, {1, -2}, {0, 0}},
+                               {{-2, 0}, {0, -4}, {-2, 0}, {0, 0}},
+                               {{1, -2}, {-4, 0}, {1, 2}, {0, 0}},
+                               {{-2, 0}, {0, 4}, {-2, 0}, {0, 0}}};
+// Of two lines together, the upper one even: its shares and, one line on, those of the lower one.
+constexpr Shares kBlock[2] = {{{1, 2}, {-6, 0}, {1, -6}, {-2, 0}}, {{1, -2}, {-6, 0}, {1, 6}, {-2, 0}}};
+
+// Red, green and blue from P and Q, times 2^15: the coefficients of the 2 x 2 blocks added up.
+constexpr Share kColours[3] = {{1821, 2509}, {161, -1995}, {-5604, 3686}};
+
+struct Weights {
+  int32_t w[3][kLines];
+};
+// Above line 0 the mirrored line 1 stands for one with green and magenta the other way round.
+constexpr Weights weights(const Shares& shares, bool is_top) {
+  Weights result{};
+  for (int colour = 0; colour < 3; ++colour) {
+    for (int line = 0; line < kLines; ++line) {
+      const int w = kColours[colour].p * shares[line].p + kColours[colour].q * shares[line].q;
+      result.w[colour][line] = is_top && line == 0 ? -w : w;
+    }
+  }
+  return result;
+}
+
+// Calls f(x, y, n, strip) for lines y = 0, step, 2 step ... of every strip of n columns from x on,
+// with lines y - 1 to y + step in the strip; step is 1 or 2.
+template <class F>
+void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
+  MirroredStrip strip;
+  for (uint32_t x = 0; x < width; x += MirroredStrip::kColumns) {
+    const uint32_t n = std::min(MirroredStrip::kColumns, width - x);
+    const auto fetch = [&](int64_t y) {
+      const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
+      const uint32_t in_buffer = line / 2 + (line % 2 == 0 ? height / 2 : 0);
+      strip.fetch(y, src + size_t{in_buffer} * width, width, x, n);
+    };
+    fetch(-1);
+    fetch(0);
+    for (uint32_t y = 0; y < height; y += step) {
+      for (uint32_t ahead = 1; ahead <= step; ++ahead) fetch(int64_t{y} + ahead);
+      f(x, y, n, strip);
+    }
+  }
+}
+
+RowArgs neighbours(const MirroredStrip& strip, int64_t y) {
+  RowArgs args;
+  args.above = strip[y - 1] - strip[y];
+  args.below = strip[y + 1] - strip[y];
+  args.below2 = strip[y + 2] - strip[y];
+  return args;
+}
+
+size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
+
+uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height) {
+  if (dst == nullptr) return bad_parameter(1);
+  if (src == nullptr) return bad_parameter(2);
+  if (width == 0) return bad_parameter(3);
+  if (height == 0) return bad_parameter(4);
+  if (width % 2 != 0) return bad_parameter(3);
+  if (height % 4 != 0) return bad_parameter(4);
+  return kSuccess;
+}
+
+}  // namespace
+
+void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
+                      uint32_t width, uint32_t height) {
+  const RowKernel kernel = kernels.at(Source::cygm_3x3, sink);
+  each_line(src, width, height, 1,
+            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
+              const Weights w = weights(kWindow[y % 4], y == 0);
+              RowArgs args = neighbours(strip, y);
+              args.matrix = w.w[0];
+              kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), strip[y], nullptr, n, args);
+            });
+}
+
+void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
+                         uint32_t width, uint32_t height) {
+  const RowKernel kernel = kernels.at(Source::cygm_binned, sink);
+  each_line(src, width, height, 2,
+            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
+              const Weights w = weights(kBlock[y % 4 / 2], y == 0);
+              RowArgs args = neighbours(strip, y);
+              args.matrix = w.w[0];
+              const size_t at = size_t{y / 2} * (width / 2) + x / 2;
+              kernel(dst + at * pixel_bytes(sink), strip[y], nullptr, n / 2, args);
+            });
+}
+
+void convert_cygm_to_luma(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width,
+                          uint32_t height) {
+  const RowKernel kernel = kernels.at(Source::cygm_3x3_luma, Sink::mono8_rec601);
+  each_line(src, width, height, 1,
+            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
+              kernel(dst + size_t{y} * width + x, strip[y], nullptr, n, neighbours(strip, y));
+            });
+}
+
+}  // namespace lum
+
+using namespace lum;
+
+uint32_t LumIRaw8CYGMImageTransform_3x3(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                        uint32_t height, uint32_t formatIndex, uint32_t reserved) {
+  (void)reserved;
+  if (const uint32_t error = check(dst, src, width, height)) return error;
+  if (formatIndex > LUM_FORMAT_UYVY) return kNotImplemented;
+  convert_cygm_3x3(kernels(), static_cast<Sink>(formatIndex), dst, src, width, height);
+  return kSuccess;
+}
+
+uint32_t LumIRaw8CYGMImageTransform_Bin(uint8_t* dst, const uint8_t* src, uint32_t width,
+                                        uint32_t height, uint32_t formatIndex, uint32_t reserved) {
+  (void)reserved;
+  if (const uint32_t error = check(dst, src, width, height)) return error;
+  if (formatIndex > LUM_FORMAT_UYVY) return kNotImplemented;
+  if (formatIndex == LUM_FORMAT_UYVY && width % 4 != 0) return bad_parameter(3);
+  convert_cygm_binned(kernels(), static_cast<Sink>(formatIndex), dst, src, width, height);
+  return kSuccess;
+}
+
+uint32_t LumIRaw8CYGMToY8(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+  if (const uint32_t error = check(dst, src, width, height)) return error;
+  convert_cygm_to_luma(kernels(), dst, src, width, height);
+  return kSuccess;
+}

@@ -1,0 +1,164 @@
+// SPDX-License-Identifier: MIT
+// Complementary mosaic by windows of three lines and columns. A line is luminance plus a chroma that
+// alternates from column to column. Of sample m with neighbours l and r, e being 1 in even columns
+// and -1 in odd ones:
+//
+//   S = l + 2 m + r         four times the line's luminance
+//   D = e (2 m - l - r)     four times its chroma
+//
+// A luminance term that alternates from line to line cancels in
+//
+//   Y8 = 2 S + t            eight times the luminance; t of a = S above - S, b = S below - S is
+//                           the one nearer 0, or 0 when their signs differ
+//
+// and the colour differences P, Q are sums of the D of the lines, by the phase of the line, so that
+//
+//   R, G, B = clamp((4096 Y8 + 16384 + weighted D of the lines) >> 15)
+//
+// with weights that come as data (RowArgs::matrix).
+//
+// Words hold the even or the odd columns of a vector of bytes: no shuffle takes them apart.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// Sample pairs of a line with the sample before and the one behind.
+struct CygmSamples {
+  LUM_INLINE explicit CygmSamples(const uint8_t* p)
+      : before(I16(load<U16>(p - 2) >> 8)),
+        even(I16(load<U16>(p) & 255)),
+        odd(I16(load<U16>(p) >> 8)),
+        behind(I16(load<U16>(p + 2) & 255)) {}
+  LUM_INLINE I16 s_even() const { return before + even + even + odd; }
+  LUM_INLINE I16 s_odd() const { return even + odd + odd + behind; }
+  LUM_INLINE I16 d_even() const { return even + even - before - odd; }
+  LUM_INLINE I16 d_odd() const { return even + behind - odd - odd; }
+
+  I16 before, even, odd, behind;
+};
+
+LUM_INLINE I16 cygm_luma8(I16 above, I16 here, I16 below) {
+  const I16 a = above - here, b = below - here;
+  const I16 t = greater(lesser(a, b), I16{}) + lesser(greater(a, b), I16{});
+  return here + here + t;
+}
+
+// Words of two factors for madd().
+LUM_INLINE I16 weight_pair(int32_t first, int32_t second) {
+  return I16(U32{} + (static_cast<uint16_t>(first) | uint32_t{static_cast<uint16_t>(second)} << 16));
+}
+
+constexpr int kCygmLines = 4;  // columns of the weights: line above, here, below, the one below that
+
+struct CygmWindow {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit CygmWindow(const RowArgs& args) : above(args.above), below(args.below) {
+    for (int i = 0; i < 3; ++i) {
+      const int32_t* const w = args.matrix + i * kCygmLines;
+      luma_here[i] = weight_pair(4096, w[1]);
+      above_below[i] = weight_pair(w[0], w[2]);
+    }
+  }
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const CygmSamples up(a + above), mid(a), down(a + below);
+    const Words even = colours(cygm_luma8(up.s_even(), mid.s_even(), down.s_even()), up.d_even(),
+                               mid.d_even(), down.d_even());
+    const Words odd = colours(cygm_luma8(up.s_odd(), mid.s_odd(), down.s_odd()), up.d_odd(),
+                              mid.d_odd(), down.d_odd());
+    return {bytes(even.c[0], odd.c[0]), bytes(even.c[1], odd.c[1]), bytes(even.c[2], odd.c[2])};
+  }
+
+ private:
+  struct Words {
+    I16 c[3];
+  };
+  LUM_INLINE Words colours(I16 y8, I16 d_above, I16 d_here, I16 d_below) const {
+    // 4 of luminance are the rounding: 16384 of 32768.
+    const Words2 y_here = interleave(y8 + 4, d_here), outer = interleave(d_above, d_below);
+    Words out;
+    for (int i = 0; i < 3; ++i) {
+      const I32 lo = madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]);
+      const I32 hi = madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]);
+      out.c[i] = pack_sat(lo >> 15, hi >> 15);
+    }
+    return out;
+  }
+  static LUM_INLINE U16 limited(I16 v) { return U16(lesser(greater(v, I16{}), I16{} + 255)); }
+  static LUM_INLINE U8 bytes(I16 even, I16 odd) { return U8(limited(even) | limited(odd) << 8); }
+
+  ptrdiff_t above, below;
+  I16 luma_here[3], above_below[3];
+};
+
+// (Y8 + 4) >> 3
+struct CygmWindowLuma {
+  static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit CygmWindowLuma(const RowArgs& args) : above(args.above), below(args.below) {}
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
+    const CygmSamples up(a + above), mid(a), down(a + below);
+    const U16 even = U16(cygm_luma8(up.s_even(), mid.s_even(), down.s_even()) + 4) >> 3;
+    const U16 odd = U16(cygm_luma8(up.s_odd(), mid.s_odd(), down.s_odd()) + 4) >> 3;
+    return {U8(even | odd << 8)};
+  }
+
+  ptrdiff_t above, below;
+};
+
+// A pixel for each block of two lines and columns. With M the sum of its samples and D' the sum of D
+// over both columns, R, G, B = clamp((32768 M + 65536 + weighted D' of four lines) >> 17).
+struct CygmBinned {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = true;
+  explicit CygmBinned(const RowArgs& args)
+      : above(args.above), below(args.below), below2(args.below2) {
+    for (int i = 0; i < 3; ++i) {
+      const int32_t* const w = args.matrix + i * kCygmLines;
+      // The line's own weight is even and may need 17 bits: half of it goes with twice its D'.
+      luma_here[i] = weight_pair(16384, w[1] / 2);
+      above_below[i] = weight_pair(w[0], w[2]);
+      beyond[i] = weight_pair(w[3], 0);
+    }
+  }
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const Words lo = half(a), hi = half(a + kLanes);
+    return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
+  }
+
+ private:
+  struct Words {
+    I16 c[3];
+  };
+  static LUM_INLINE I16 d_of_both(const CygmSamples& v) {
+    const I16 change = v.even - v.odd;
+    return change + change + change + v.behind - v.before;
+  }
+  LUM_INLINE Words half(const uint8_t* a) const {
+    const CygmSamples upper(a), lower(a + below);
+    const I16 sum = upper.even + upper.odd + lower.even + lower.odd;
+    const I16 d_here = d_of_both(upper);
+    const Words2 y_here = interleave(sum + sum + 4, d_here + d_here);  // 4 is the rounding
+    const Words2 outer = interleave(d_of_both(CygmSamples(a + above)), d_of_both(lower));
+    const Words2 last = interleave(d_of_both(CygmSamples(a + below2)), I16{});
+    Words out;
+    for (int i = 0; i < 3; ++i) {
+      const I32 lo = madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]) +
+                     madd(last.lo, beyond[i]);
+      const I32 hi = madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]) +
+                     madd(last.hi, beyond[i]);
+      out.c[i] = pack_sat(lo >> 17, hi >> 17);
+    }
+    return out;
+  }
+
+  ptrdiff_t above, below, below2;
+  I16 luma_here[3], above_below[3], beyond[3];
+};
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

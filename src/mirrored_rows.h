@@ -1,0 +1,57 @@
+// SPDX-License-Identifier: MIT
+// Copies of a frame's rows with mirrored samples beside them, for kernels that look beyond a pixel's
+// own columns. Copies stay in the first-level cache, taken in strips whatever the width.
+#ifndef LUM_MIRRORED_ROWS_H
+#define LUM_MIRRORED_ROWS_H
+
+#include <stddef.h>
+#include <stdint.h>
+#include <string.h>
+
+#include <algorithm>
+
+#include "simd/kernel_table.h"
+
+namespace lum {
+
+// Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That keeps
+// the parity and so the colour.
+inline int64_t mirrored(int64_t i, int64_t n) {
+  while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
+  return i;
+}
+
+// Samples of a row of `width` from column `first` on, `count` of them, mirrored where the row ends.
+inline void copy_mirrored(uint8_t* to, const uint8_t* row, int64_t width, int64_t first,
+                          int64_t count) {
+  const int64_t begin = std::clamp<int64_t>(-first, 0, count);
+  const int64_t end = std::clamp<int64_t>(width - first, begin, count);
+  for (int64_t i = 0; i < begin; ++i) to[i] = row[mirrored(first + i, width)];
+  memcpy(to + begin, row + first + begin, static_cast<size_t>(end - begin));
+  for (int64_t i = end; i < count; ++i) to[i] = row[mirrored(first + i, width)];
+}
+
+// The last four rows of a strip, by row number.
+class MirroredStrip {
+ public:
+  static constexpr uint32_t kColumns = 4096;
+
+  // Columns x to x + n - 1 of a row, with kBeside more on either side.
+  void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
+    copy_mirrored(at(y) - kBeside, row, width, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
+  }
+  const uint8_t* operator[](int64_t y) const { return rows_[y & (kRows - 1)] + kBefore; }
+
+ private:
+  static constexpr int kRows = 4;
+  static constexpr int kBeside = 2;   // two bytes, of which a kernel may use the nearer one
+  static constexpr int kBefore = 64;  // keeps the rows aligned
+
+  uint8_t* at(int64_t y) { return rows_[y & (kRows - 1)] + kBefore; }
+
+  alignas(64) uint8_t rows_[kRows][kBefore + kColumns + 2 * kPaddedBytes] = {};
+};
+
+}  // namespace lum
+
+#endif

@@ -1,0 +1,75 @@
+// SPDX-License-Identifier: MIT
+// The kernels of planes, depth and geometry: what is neither a source to a sink nor a demosaic.
+#ifndef LUM_SIMD_DIRECT_KERNELS_H
+#define LUM_SIMD_DIRECT_KERNELS_H
+
+#include <stddef.h>
+#include <stdint.h>
+
+namespace lum {
+
+struct RowArgs;
+
+// Two rows of n pixels, n even (4:1:1: a multiple of 4), to two rows of Y and one of U and V each.
+struct I420Rows {
+  const uint8_t* src[2];
+  uint8_t* y[2];
+  uint8_t *u, *v;
+};
+
+// Rows that the library made may be used on beyond their end by up to this many samples.
+constexpr size_t kBlockSamples = 64;
+constexpr size_t kMaxChannels = 4;
+constexpr size_t kMaxPixelBytes = 16;
+// Sizes of an element that a transposition kernel moves: 1, 2 and 4 bytes.
+constexpr size_t kTransposeSizes = 3;
+
+struct DirectKernels {
+  using Row = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                       const RowArgs& args);
+
+  // Studio-range YUV 4:1:1, 4:2:2, 4:4:4 to B, G, R. RowArgs::matrix holds four factors in units of
+  // 1/256: red from V, green from U, green from V, blue from U.
+  Row studio_to_bgr24[3];
+
+  // By LumPixelLayout; null for those that cannot go there.
+  void (*i420[11])(const I420Rows& rows, size_t n);
+
+  // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels - 2].
+  // A null plane is skipped.
+  void (*split[2][3])(uint8_t* const* planes, const uint8_t* src, size_t n);
+  void (*join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
+
+  // 12- and 10-bit packings to words: shifted up by RowArgs::shift, then of its byte order.
+  Row unpack[6];
+  // Words of RowArgs::big_endian to min(255, V >> RowArgs::shift); dst may equal a.
+  Row words_to_bytes;
+
+  // The n pixels of a row in reverse order, by the bytes of a pixel; null where there is none.
+  // dst equal to src, or no overlap.
+  void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n);
+  // Row i of dst is column i of src, for `rows` rows of `columns` elements in src. Strides are signed.
+  void (*transpose[kTransposeSizes])(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
+                                     ptrdiff_t src_stride, size_t rows, size_t columns);
+
+  // sums[i] = or += row[i], for n samples of bytes or of words; `pairs`: row[2 i] + row[2 i + 1].
+  // `sums` has room for kBlockSamples more, here and below.
+  void (*add8)(uint16_t* sums, const uint8_t* row, size_t n, bool first);
+  void (*add16)(uint32_t* sums, const uint8_t* row, size_t n, bool first);
+  void (*add8_pairs)(uint16_t* sums, const uint8_t* row, size_t n, bool first);
+  void (*add16_pairs)(uint32_t* sums, const uint8_t* row, size_t n, bool first);
+  // dst[i] = (sums[i] + count / 2) / count, count a product of two numbers up to 16.
+  void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
+  void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
+
+  // dst[i] = a[i] + (((b[i] - a[i]) f + 0x4000) >> 15), f below 2^15, for n samples; f differs from
+  // sample to sample or not. a, b and f may be read on for kBlockSamples.
+  void (*mix8)(uint8_t* dst, const uint8_t* a, const uint8_t* b, const uint16_t* f, size_t n);
+  void (*mix16)(uint8_t* dst, const uint8_t* a, const uint8_t* b, const uint16_t* f, size_t n);
+  void (*mix8_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
+  void (*mix16_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
+};
+
+}  // namespace lum
+
+#endif

@@ -1,0 +1,69 @@
+// SPDX-License-Identifier: MIT
+// A level's table of the kernels of planes, depth and geometry.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+constexpr DirectKernels make_direct_kernels() {
+  DirectKernels k{};
+  k.studio_to_bgr24[0] = row<YuvSource<Yuv411Layout, StudioRange>, Packed24<true>>;
+  k.studio_to_bgr24[1] = row<YuvSource<Yuv422Layout, StudioRange>, Packed24<true>>;
+  k.studio_to_bgr24[2] = row<Yuv444Source<StudioRange>, Packed24<true>>;
+
+  k.i420[0] = i420<GrayTo420>;
+  k.i420[4] = i420<Rgb24To420<false>>;
+  k.i420[5] = i420<Rgb24To420<true>>;
+  k.i420[6] = i420<Rgba32To420<false>>;
+  k.i420[7] = i420<Rgba32To420<true>>;
+  k.i420[8] = i420<YuvTo420<Yuv411Layout>>;
+  k.i420[9] = i420<YuvTo420<Yuv422Layout>>;
+  k.i420[10] = i420<Yuv444To420>;
+
+  k.split[0][0] = split<U8, 2>;
+  k.split[0][1] = split<U8, 3>;
+  k.split[0][2] = split<U8, 4>;
+  k.split[1][0] = split<U16, 2>;
+  k.split[1][1] = split<U16, 3>;
+  k.split[1][2] = split<U16, 4>;
+  k.join[0][0] = join<U8, 2>;
+  k.join[0][1] = join<U8, 3>;
+  k.join[0][2] = join<U8, 4>;
+  k.join[1][0] = join<U16, 2>;
+  k.join[1][1] = join<U16, 3>;
+  k.join[1][2] = join<U16, 4>;
+
+  k.unpack[0] = row<Unpacked<GigE12>, Mono16<Rec601>>;
+  k.unpack[1] = row<Unpacked<GigE10>, Mono16<Rec601>>;
+  k.unpack[2] = row<Unpacked<Pfnc12>, Mono16<Rec601>>;
+  k.unpack[3] = row<Unpacked<Pfnc10>, Mono16<Rec601>>;
+  k.unpack[4] = row<Unpacked<Mipi12>, Mono16<Rec601>>;
+  k.unpack[5] = row<Unpacked<Mipi10>, Mono16<Rec601>>;
+  k.words_to_bytes = row<SaturatedWords, Mono8<Rec601>, true>;
+
+  k.reverse[1] = reverse<ReversedPixels<1>>;
+  k.reverse[2] = reverse<ReversedPixels<2>>;
+  k.reverse[3] = reverse<ReversedBytes3>;
+  k.reverse[4] = reverse<ReversedPixels<4>>;
+  k.reverse[6] = reverse<ReversedWords3>;
+  k.reverse[8] = reverse<ReversedPixels<8>>;
+  if constexpr (kLanes >= 16) k.reverse[16] = reverse<ReversedPixels<16>>;
+  k.transpose[0] = transpose<U8>;
+  k.transpose[1] = transpose<I16>;
+  k.transpose[2] = transpose<U32>;
+
+  k.add8 = add<Samples8>;
+  k.add16 = add<Samples16>;
+  k.add8_pairs = add<Pairs8>;
+  k.add16_pairs = add<Pairs16>;
+  k.divide8 = divide8;
+  k.divide16 = divide16;
+  k.mix8 = mix8;
+  k.mix16 = mix16;
+  k.mix8_evenly = mix8_evenly;
+  k.mix16_evenly = mix16_evenly;
+  return k;
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

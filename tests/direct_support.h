@@ -1,0 +1,63 @@
+// SPDX-License-Identifier: MIT
+// What the tests of planes, depth and geometry share.
+#ifndef LUM_TESTS_DIRECT_SUPPORT_H
+#define LUM_TESTS_DIRECT_SUPPORT_H
+
+#include "convert/direct.h"
+#include "lum/lum.h"
+#include "reference.h"
+#include "simd/isa.h"
+#include "test_support.h"
+
+namespace lum::test {
+
+// Calls f(kernels, name) for each level that this processor has.
+template <class F>
+void at_every_level(const F& f) {
+  for (unsigned level = 0; level < kLevelCount; ++level) {
+    const Kernels* kernels = kernels_of(static_cast<Level>(level));
+    if (kernels == nullptr) continue;
+    f(*kernels, std::string(kLevelNames[level]));
+    if (::testing::Test::HasFatalFailure()) return;
+  }
+}
+
+inline uint32_t crc(const Bytes& bytes) { return reference::crc32(bytes.data(), bytes.size()); }
+inline int clamp255(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
+
+// The inputs of the known answers: bytes 7 i, and the words 16 A + 5.
+inline Bytes ramp7(size_t n) {
+  Bytes out;
+  for (size_t i = 0; i < n; ++i) out.push_back(static_cast<uint8_t>(7 * i));
+  return out;
+}
+inline Bytes words_w() {
+  Bytes out;
+  for (const uint8_t a : frame_a()) {
+    const int w = 16 * a + 5;
+    out.push_back(static_cast<uint8_t>(w));
+    out.push_back(static_cast<uint8_t>(w >> 8));
+  }
+  return out;
+}
+
+// Samples of one or two bytes, words in little-endian order.
+inline int sample(const uint8_t* src, size_t i, size_t bytes) {
+  return bytes == 1 ? src[i] : src[2 * i] | src[2 * i + 1] << 8;
+}
+inline void put_sample(uint8_t* dst, size_t i, size_t bytes, int v) {
+  dst[bytes * i] = static_cast<uint8_t>(v);
+  if (bytes == 2) dst[2 * i + 1] = static_cast<uint8_t>(v >> 8);
+}
+
+inline LumBitDepthInfo depth(uint32_t alignment, uint32_t bits, uint32_t endianness) {
+  LumBitDepthInfo info = {};
+  info.alignment = alignment;
+  info.bitsUsed = bits;
+  info.endianness = endianness;
+  return info;
+}
+
+}  // namespace lum::test
+
+#endif
