@@ -1,7 +1,7 @@
 #!/usr/bin/env bash
 # SPDX-License-Identifier: MIT
-# consumer_cmake.sh PREFIX WORK_DIR CMAKE C_COMPILER TARGET: builds tests/consumers with an installed
-# Lum, found by find_package, and runs it.
+# consumer_cmake.sh PREFIX WORK_DIR CMAKE C_COMPILER TARGET: builds tests/consumers with an
+# installed Lum, found by find_package, and runs it.
 set -euo pipefail
 prefix=$1 dir=$2 cmake=$3 compiler=$4 target=$5
 

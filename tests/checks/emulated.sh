@@ -14,7 +14,7 @@ fi
 
 log=$(mktemp)
 trap 'rm -f "$log"' EXIT
-# One of the tests checks that LEVEL is what the library chooses: emulators differ in what they know.
+# One of the tests checks that LEVEL is what the library chooses: what emulators know differs.
 if ! LUM_TEST_QUICK=1 LUM_EXPECT_LEVEL=$level qemu-x86_64 -cpu "$cpu" "$tests" >"$log" 2>&1; then
   grep -vE '^\[( RUN  |       OK|-+|  SKIPPED) ' "$log" | tail -n 40
   exit 1

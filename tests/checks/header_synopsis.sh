@@ -25,6 +25,6 @@ int main(void) {
 END
 compiler=$1
 shift
-"$compiler" -pedantic-errors -Wall -Wextra -Werror "$@" -x "$language" "$program" -x none "$library" \
-  -Wl,-rpath,"$(dirname "$library")" -o "$dir/synopsis"
+"$compiler" -pedantic-errors -Wall -Wextra -Werror "$@" \
+  -x "$language" "$program" -x none "$library" -Wl,-rpath,"$(dirname "$library")" -o "$dir/synopsis"
 "$dir/synopsis"

@@ -15,7 +15,8 @@ for object in "$@"; do
   name=$(basename "$object" .cpp.o)
   table="_ZN3lum${#name}${name}E"
   # Sanitizers register each global variable under a name of their own.
-  defined=$("$nm" -g --defined-only "$object" | awk '{ print $2, $3 }' | grep -v ' __odr_asan' || true)
+  defined=$("$nm" -g --defined-only "$object" | awk '{ print $2, $3 }' |
+    grep -v ' __odr_asan' || true)
   if ! [[ $defined =~ ^[RD]\ "$table"$ ]]; then
     echo "$name: expected one global symbol, $table, but found:" "${defined:-none}"
     failed=1

@@ -9,7 +9,10 @@ shift 2
 mkdir -p "$dir"
 awk '/^```/ { if (inside) exit; inside = $0 == "```c"; next } inside' "$readme" >"$dir/example.c"
 expected=$(sed -n 's/.*It prints `\([^`]*\)`.*/\1/p' "$readme" | head -n 1)
-[ -s "$dir/example.c" ] && [ -n "$expected" ] || { echo "no example or no output in $readme"; exit 1; }
+if ! [ -s "$dir/example.c" ] || [ -z "$expected" ]; then
+  echo "no example or no output in $readme"
+  exit 1
+fi
 
 compiler=$1
 shift
