@@ -22,8 +22,15 @@ void add_yuv(std::vector<Row>& rows) {
     Source source;
     if (!i420_source(layout, &source)) continue;
     const SourceTraits& in = kSources[static_cast<size_t>(source)];
-    Row row = {std::string(in.name) + "-to-i420", in.group_pixels, in.group_bytes, 3, false, false,
-               4, 2, [=](const Kernels& k, const Frame& f) {
+    Row row = {std::string(in.name) + "-to-i420",
+               in.group_pixels,
+               in.group_bytes,
+               3,
+               false,
+               false,
+               4,
+               2,
+               [=](const Kernels& k, const Frame& f) {
                  image_to_i420(k, layout, f.dst, f.src, f.width, f.height);
                }};
     row.dst_group_pixels = 2;
@@ -101,7 +108,8 @@ void add_sizes(std::vector<Row>& rows) {
     if (n.pixel.channels == 1) {
       rows.push_back({std::string("bin2x2-") + n.name, 1, 4 * bytes, bytes, false, false, 1, 1,
                       [=](const Kernels& k, const Frame& f) {
-                        bin(k, f.dst, f.src, 2 * f.width, 2 * f.height, 1, n.pixel.sample_bytes, 2, 2);
+                        bin(k, f.dst, f.src, 2 * f.width, 2 * f.height, 1, n.pixel.sample_bytes, 2,
+                            2);
                       }});
     } else {  // four whole colour pixels do not fit the buffers
       rows.push_back({std::string("bin2x1-") + n.name, 1, 2 * bytes, bytes, false, false, 1, 1,
@@ -110,10 +118,10 @@ void add_sizes(std::vector<Row>& rows) {
                       }});
     }
     for (const bool linear : {false, true}) {
-      rows.push_back({std::string(linear ? "resize-" : "resize-nearest-") + n.name, 16, 25 * bytes,
-                      bytes, false, false, 4, 4, [=](const Kernels& k, const Frame& f) {
+      rows.push_back({std::string(linear ? "resize-" : "resize-nearest-") + n.name, 1, 2 * bytes,
+                      bytes, false, false, 2, 3, [=](const Kernels& k, const Frame& f) {
                         resize(k, f.dst, f.src, {f.width, f.height},
-                               {f.width / 4 * 5, f.height / 4 * 5}, n.pixel,
+                               {f.width / 2 * 3, f.height / 3 * 4}, n.pixel,
                                linear ? Resampling::linear : Resampling::nearest);
                       }});
     }

@@ -79,6 +79,8 @@ void add_loops(std::vector<Loop>& loops, const Traffic& t) {
   add_ratio<3, 8>(loops, t, name);
   add_ratio<4, 1>(loops, t, name);
   add_ratio<4, 3>(loops, t, name);
+  add_ratio<5, 8>(loops, t, name);
+  add_ratio<8, 3>(loops, t, name);
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Copies of a frame's rows with mirrored samples beside them, for kernels that look beyond a pixel's
-// own columns. Copies stay in the first-level cache, taken in strips whatever the width.
+// Copies of a frame's rows with mirrored samples beside them, for kernels that look beyond a
+// pixel's own columns. Copies stay in the first-level cache, taken in strips whatever the width.
 #ifndef LUM_MIRRORED_ROWS_H
 #define LUM_MIRRORED_ROWS_H
 
@@ -14,8 +14,8 @@
 
 namespace lum {
 
-// Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That keeps
-// the parity and so the colour.
+// Mirrors an index about the first and the last one, again and again: -1 is 1, n is n - 2. That
+// keeps the parity and so the colour.
 inline int64_t mirrored(int64_t i, int64_t n) {
   while (i < 0 || i >= n) i = i < 0 ? -i : 2 * (n - 1) - i;
   return i;

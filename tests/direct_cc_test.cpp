@@ -6,10 +6,7 @@
 #include <limits>
 
 #include "bayer/colour_correction.h"
-#include "lum/lum.h"
-#include "reference.h"
-#include "simd/isa.h"
-#include "test_support.h"
+#include "direct_support.h"
 
 namespace lum::test {
 namespace {
@@ -44,26 +41,30 @@ struct Function {
 void expect_mosaic(uint8_t* dst, const Call& c, uint32_t pattern, const reference::Sampler& sample,
                    int scale) {
   const bool deep = reference::is_deep(c.format);
-  reference::store_mosaic(c.format,
-                          reference::correct(reference::bayer(c.width, c.height, pattern, sample),
-                                             c.matrix.coefficients, deep ? 10 : scale,
-                                             deep ? 65535 : 255),
-                          c.width, c.height, dst);
+  reference::store_mosaic(
+      c.format,
+      reference::correct(reference::bayer(c.width, c.height, pattern, sample),
+                         c.matrix.coefficients, deep ? 10 : scale, deep ? 65535 : 255),
+      c.width, c.height, dst);
 }
 
-const Function kRaw8 = {
-    "LumRaw8ImageTransform_CC", 8, 7,
-    [](uint8_t* dst, const uint8_t* src, const Call& c) {
-      return LumRaw8ImageTransform_CC(dst, src, c.w(), c.h(), c.format, c.pattern, &c.matrix);
-    },
-    [](const Kernels& k, uint8_t* dst, const uint8_t* src, const Call& c) {
-      correct_raw8(k, c.frame(dst, src, c.pattern), c.matrix);
-    },
-    [](uint8_t* dst, const uint8_t* src, const Call& c) {
-      expect_mosaic(dst, c, c.pattern, reference::bytes_of(src, c.width), 10);
-    }};
+const Function kRaw8 = {"LumRaw8ImageTransform_CC",
+                        8,
+                        7,
+                        [](uint8_t* dst, const uint8_t* src, const Call& c) {
+                          return LumRaw8ImageTransform_CC(dst, src, c.w(), c.h(), c.format,
+                                                          c.pattern, &c.matrix);
+                        },
+                        [](const Kernels& k, uint8_t* dst, const uint8_t* src, const Call& c) {
+                          correct_raw8(k, c.frame(dst, src, c.pattern), c.matrix);
+                        },
+                        [](uint8_t* dst, const uint8_t* src, const Call& c) {
+                          expect_mosaic(dst, c, c.pattern, reference::bytes_of(src, c.width), 10);
+                        }};
 const Function kRaw12 = {
-    "LumRaw12ImageTransform_CC", 12, 11,
+    "LumRaw12ImageTransform_CC",
+    12,
+    11,
     [](uint8_t* dst, const uint8_t* src, const Call& c) {
       return LumRaw12ImageTransform_CC(dst, src, c.w(), c.h(), c.format, c.pattern, &c.matrix);
     },
@@ -73,10 +74,13 @@ const Function kRaw12 = {
     [](uint8_t* dst, const uint8_t* src, const Call& c) {
       const reference::Sampler sample = reference::packed12_samples(src, c.width);
       const int up = reference::is_deep(c.format) ? 4 : 0;
-      expect_mosaic(dst, c, c.pattern, [&](size_t x, size_t y) { return sample(x, y) << up; }, 14);
+      expect_mosaic(
+          dst, c, c.pattern, [&](size_t x, size_t y) { return sample(x, y) << up; }, 14);
     }};
 const Function kRaw16 = {
-    "LumRaw16ImageTransform_CC", 16, 11,
+    "LumRaw16ImageTransform_CC",
+    16,
+    11,
     [](uint8_t* dst, const uint8_t* src, const Call& c) {
       return LumRaw16ImageTransform_CC(dst, src, c.w(), c.h(), c.format, &c.depth, &c.matrix);
     },
@@ -85,33 +89,9 @@ const Function kRaw16 = {
                     c.matrix);
     },
     [](uint8_t* dst, const uint8_t* src, const Call& c) {
-      expect_mosaic(
-          dst, c, c.depth.bayerPattern,
-          reference::shifted_words(src, c.width, c.shift(), c.depth.endianness != 0), 18);
+      expect_mosaic(dst, c, c.depth.bayerPattern,
+                    reference::shifted_words(src, c.width, c.shift(), c.depth.endianness != 0), 18);
     }};
-
-template <class F>
-void each_level(F f) {
-  for (unsigned level = 0; level < kLevelCount; ++level) {
-    if (const Kernels* k = kernels_of(static_cast<Level>(level))) f(*k, kLevelNames[level]);
-  }
-}
-
-uint32_t crc_of(const Bytes& bytes) { return reference::crc32(bytes.data(), bytes.size()); }
-
-Bytes ramp(size_t n) {
-  Bytes out;
-  for (size_t i = 0; i < n; ++i) out.push_back(static_cast<uint8_t>(7 * i));
-  return out;
-}
-Bytes words_of_a() {
-  Bytes out;
-  for (const uint8_t z : frame_a()) {
-    out.push_back(static_cast<uint8_t>(16 * z + 5));
-    out.push_back(static_cast<uint8_t>((16 * z + 5) >> 8));
-  }
-  return out;
-}
 
 TEST(DirectCorrection, KnownAnswers) {
   struct Case {
@@ -119,49 +99,48 @@ TEST(DirectCorrection, KnownAnswers) {
     Bytes src;
     uint32_t pattern, format, crc;
   };
-  const Bytes a = frame_a(), r = ramp(288), w = words_of_a();
+  const Bytes a = frame_a(), r = ramp7(288), w = words_w();
   const Case cases[] = {
-      {kRaw8, a, 0, 1, 0x42E323F3},  {kRaw8, a, 1, 1, 0xAF63BA96},   {kRaw8, a, 2, 1, 0x2F399CFA},
-      {kRaw8, a, 3, 1, 0xF6757CE1},  {kRaw8, a, 0, 0, 0xFA076CC7},   {kRaw8, a, 0, 3, 0xB521E7BA},
-      {kRaw8, a, 0, 5, 0x2ADD3E87},  {kRaw8, a, 0, 6, 0x9FD5A33E},   {kRaw12, r, 1, 1, 0x9FA9FF67},
-      {kRaw12, r, 1, 0, 0xC83108B2}, {kRaw12, r, 1, 9, 0x6CB00A7D},  {kRaw12, r, 1, 10, 0x19BF0818},
-      {kRaw12, r, 1, 7, 0x4D33580A}, {kRaw12, r, 1, 8, 0x929B573D},  {kRaw16, w, 2, 1, 0x3C6E06CE},
-      {kRaw16, w, 2, 0, 0x198B474C}, {kRaw16, w, 2, 9, 0x8D82B7F4},  {kRaw16, w, 2, 10, 0x4288B440},
+      {kRaw8, a, 0, 1, 0x42E323F3},  {kRaw8, a, 1, 1, 0xAF63BA96},  {kRaw8, a, 2, 1, 0x2F399CFA},
+      {kRaw8, a, 3, 1, 0xF6757CE1},  {kRaw8, a, 0, 0, 0xFA076CC7},  {kRaw8, a, 0, 3, 0xB521E7BA},
+      {kRaw8, a, 0, 5, 0x2ADD3E87},  {kRaw8, a, 0, 6, 0x9FD5A33E},  {kRaw12, r, 1, 1, 0x9FA9FF67},
+      {kRaw12, r, 1, 0, 0xC83108B2}, {kRaw12, r, 1, 9, 0x6CB00A7D}, {kRaw12, r, 1, 10, 0x19BF0818},
+      {kRaw12, r, 1, 7, 0x4D33580A}, {kRaw12, r, 1, 8, 0x929B573D}, {kRaw16, w, 2, 1, 0x3C6E06CE},
+      {kRaw16, w, 2, 0, 0x198B474C}, {kRaw16, w, 2, 9, 0x8D82B7F4}, {kRaw16, w, 2, 10, 0x4288B440},
       {kRaw16, w, 2, 7, 0xB5DDCED8}, {kRaw16, w, 2, 8, 0x1493ADFA},
   };
   for (const Case& c : cases) {
     const Call call = {16, 12, c.format, c.pattern, {0, 1, 12, 0, c.pattern}, kTypical};
-    const std::string what =
-        describe(c.function.name, {16, 12}, c.format, c.pattern) + ", ";
+    const std::string what = describe(c.function.name, {16, 12}, c.format, c.pattern) + ", ";
     Bytes out(192 * reference::pixel_bytes(c.format));
     c.function.expected(out.data(), c.src.data(), call);
-    EXPECT_EQ(crc_of(out), c.crc) << what << "the reference";
+    EXPECT_EQ(crc(out), c.crc) << what << "the reference";
     EXPECT_EQ(c.function.exported(out.data(), c.src.data(), call), 0u);
-    EXPECT_EQ(crc_of(out), c.crc) << what << "the entry";
-    each_level([&](const Kernels& k, const char* level) {
+    EXPECT_EQ(crc(out), c.crc) << what << "the entry";
+    at_every_level([&](const Kernels& k, const std::string& level) {
       std::fill(out.begin(), out.end(), uint8_t{0});
       c.function.at_level(k, out.data(), c.src.data(), call);
-      EXPECT_EQ(crc_of(out), c.crc) << what << level;
+      EXPECT_EQ(crc(out), c.crc) << what << level;
     });
   }
   for (uint32_t pattern = 0; pattern < 4; ++pattern) {
     Bytes out(576);
     EXPECT_EQ(LumRaw8ToBGR_CC(out.data(), a.data(), 16, 12, pattern, &kTypical), 0u);
-    EXPECT_EQ(crc_of(out), cases[pattern].crc) << "LumRaw8ToBGR_CC pattern " << pattern;
+    EXPECT_EQ(crc(out), cases[pattern].crc) << "LumRaw8ToBGR_CC pattern " << pattern;
   }
 }
 
 TEST(DirectCorrection, FinishedPixelsKnownAnswers) {
   for (const bool words : {false, true}) {
-    const Bytes src = words ? words_of_a() : frame_a();
-    const uint32_t crc = words ? 0x04B52288 : 0xA4993EEE;
+    const Bytes src = words ? words_w() : frame_a();
+    const uint32_t known = words ? 0x04B52288 : 0xA4993EEE;
     Bytes out(src.size());
     EXPECT_EQ(LumBGRToBGR_CC(out.data(), src.data(), 64, words ? 2 : 1, &kTypical), 0u);
-    EXPECT_EQ(crc_of(out), crc);
-    each_level([&](const Kernels& k, const char* level) {
+    EXPECT_EQ(crc(out), known);
+    at_every_level([&](const Kernels& k, const std::string& level) {
       out = src;  // in place
       (words ? correct_bgr48 : correct_bgr24)(k, out.data(), out.data(), 64, kTypical);
-      EXPECT_EQ(crc_of(out), crc) << level;
+      EXPECT_EQ(crc(out), known) << level;
     });
   }
 }
@@ -176,7 +155,10 @@ TEST(DirectCorrection, EveryLevelWritesWhatTheReferenceWrites) {
       for (uint32_t format = 0; format < function.formats; ++format) {
         for (unsigned repeat = 0; repeat < (size.width > 1000 ? 1u : 4u); ++repeat, ++kind) {
           const uint32_t pattern = kPatterns[kind % 5];
-          Call c = {size.width, size.height, format, pattern,
+          Call c = {size.width,
+                    size.height,
+                    format,
+                    pattern,
                     {7, kind % 3 == 0 ? 0u : 1u, kDepths[kind % 7], kind / 2 % 2, pattern & 3},
                     {2 + kind % 2, {}}};
           const Matrix& m = all[kind * 5 % all.size()];
@@ -187,7 +169,7 @@ TEST(DirectCorrection, EveryLevelWritesWhatTheReferenceWrites) {
                                     std::to_string(c.depth.alignment) + " bits " +
                                     std::to_string(c.depth.bitsUsed) + " ";
           const auto expected = [&](uint8_t* dst) { function.expected(dst, src.data(), c); };
-          each_level([&](const Kernels& k, const char* level) {
+          at_every_level([&](const Kernels& k, const std::string& level) {
             expect_conversion(
                 label + level, src, bytes,
                 [&](uint8_t* dst, const uint8_t* s) {
@@ -232,7 +214,7 @@ TEST(DirectCorrection, FinishedPixelsAreWrittenOnce) {
               return LumBGRToBGR_CC(dst, s, count, words ? 2 : 1, &m);
             },
             [&](uint8_t* dst) { std::copy(expected.begin(), expected.end(), dst); });
-        each_level([&](const Kernels& k, const char* level) {
+        at_every_level([&](const Kernels& k, const std::string& level) {
           const Arena arena(src.size());
           uint8_t* const at = arena.place(src.size(), kind % 2 == 0);
           std::copy(src.begin(), src.end(), at);
@@ -282,8 +264,8 @@ TEST(DirectCorrection, MatrixObjects) {
   EXPECT_EQ(LumDestroyColorCorrection(made), 0u);
   EXPECT_EQ(LumDestroyColorCorrection(nullptr), bad_argument(1));
 
-  const float far[9] = {3e9f, -3e9f, 2097151.9f, -2097152.f, 2097152.f, 0.0009765f, -0.0009765f,
-                        0.0019531251f, -0.f};
+  const float far[9] = {3e9f,       -3e9f,       2097151.9f,    -2097152.f, 2097152.f,
+                        0.0009765f, -0.0009765f, 0.0019531251f, -0.f};
   const int32_t fixed[9] = {INT32_MAX, INT32_MIN, 2147483520, INT32_MIN, INT32_MAX, 0, 0, 2, 0};
   ASSERT_EQ(LumCreateColorCorrectionMatrix_Int8(&made, far), 0u);
   EXPECT_TRUE(std::equal(fixed, fixed + 9, made->coefficients));
@@ -337,24 +319,22 @@ void expect_correction_refusals(const std::vector<std::vector<Refusal<A>>>& part
   const Bytes src(256, 1);
   Bytes dst(512, 0xEE);
   const LumBitDepthInfo depth = {0, 1, 12, 0, 0};
-  expect_refusals<A>(
-      {dst.data(), src.data(), 4, 4, 1, 0, depth, &depth, kTypical, &kTypical}, refusals, dst,
-      [&](const A& a) {
-        A copy = a;
-        if (copy.depth_given != nullptr) copy.depth_given = &copy.depth;
-        return call(copy);
-      });
+  expect_refusals<A>({dst.data(), src.data(), 4, 4, 1, 0, depth, &depth, kTypical, &kTypical},
+                     refusals, dst, [&](const A& a) {
+                       A copy = a;
+                       if (copy.depth_given != nullptr) copy.depth_given = &copy.depth;
+                       return call(copy);
+                     });
 }
 
 TEST(DirectCorrection, RefusesInOrderAndWritesNothing) {
   const Refusal<A> pattern = {"pattern 4", [](A& a) { a.pattern = 4; }, bad_argument(5)};
   const Refusal<A> above6 = {"format 7", [](A& a) { a.format = 7; }, kNotImplemented};
   const Refusal<A> above10 = {"format 11", [](A& a) { a.format = 11; }, kNotImplemented};
-  expect_correction_refusals({{kNoDst, kNoSrc}, size_refusals(), {pattern}}, bad_argument(6),
-                             [](const A& a) {
-                               return LumRaw8ToBGR_CC(a.dst, a.src, a.width, a.height, a.pattern,
-                                                      a.matrix);
-                             });
+  expect_correction_refusals(
+      {{kNoDst, kNoSrc}, size_refusals(), {pattern}}, bad_argument(6), [](const A& a) {
+        return LumRaw8ToBGR_CC(a.dst, a.src, a.width, a.height, a.pattern, a.matrix);
+      });
   expect_correction_refusals({{kNoDst, kNoSrc}, size_refusals(), {pattern, above6}},
                              bad_argument(7), [](const A& a) {
                                return LumRaw8ImageTransform_CC(a.dst, a.src, a.width, a.height,
@@ -380,13 +360,14 @@ TEST(DirectCorrection, RefusesInOrderAndWritesNothing) {
         return LumRaw16ImageTransform_CC(a.dst, a.src, a.width, a.height, a.format, a.depth_given,
                                          a.matrix);
       });
-  expect_correction_refusals(
-      {{kNoDst, kNoSrc,
-        {"no pixels", [](A& a) { a.width = 0; }, bad_argument(3)},
-        {"3 bytes a sample", [](A& a) { a.format = 3; }, bad_argument(4)},
-        {"0 bytes a sample", [](A& a) { a.format = 0; }, bad_argument(4)}}},
-      bad_argument(5),
-      [](const A& a) { return LumBGRToBGR_CC(a.dst, a.src, a.width, a.format, a.matrix); });
+  expect_correction_refusals({{kNoDst,
+                               kNoSrc,
+                               {"no pixels", [](A& a) { a.width = 0; }, bad_argument(3)},
+                               {"3 bytes a sample", [](A& a) { a.format = 3; }, bad_argument(4)},
+                               {"0 bytes a sample", [](A& a) { a.format = 0; }, bad_argument(4)}}},
+                             bad_argument(5), [](const A& a) {
+                               return LumBGRToBGR_CC(a.dst, a.src, a.width, a.format, a.matrix);
+                             });
 }
 
 }  // namespace

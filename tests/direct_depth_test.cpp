@@ -18,10 +18,14 @@ int packed_sample(uint32_t packing, const uint8_t* src, size_t i) {
   const uint8_t* b = src + i / kGroups[packing].pixels * kGroups[packing].bytes;
   const size_t k = i % kGroups[packing].pixels;
   switch (packing) {
-    case 0: return k == 0 ? b[0] << 4 | (b[1] & 15) : b[2] << 4 | b[1] >> 4;
-    case 1: return k == 0 ? b[0] << 2 | (b[1] & 3) : b[2] << 2 | (b[1] >> 4 & 3);
-    case 4: return b[k] << 4 | (k == 0 ? b[2] & 15 : b[2] >> 4);
-    case 5: return b[k] << 2 | (b[4] >> 2 * k & 3);
+    case 0:
+      return k == 0 ? b[0] << 4 | (b[1] & 15) : b[2] << 4 | b[1] >> 4;
+    case 1:
+      return k == 0 ? b[0] << 2 | (b[1] & 3) : b[2] << 2 | (b[1] >> 4 & 3);
+    case 4:
+      return b[k] << 4 | (k == 0 ? b[2] & 15 : b[2] >> 4);
+    case 5:
+      return b[k] << 2 | (b[4] >> 2 * k & 3);
     default: {
       uint64_t group = 0;
       for (size_t j = 0; j < kGroups[packing].bytes; ++j) group |= uint64_t{b[j]} << 8 * j;
@@ -47,7 +51,8 @@ TEST(DirectUnpack, KnownAnswers) {
       {0x16559523, 0xB1DD7217, 0xAB1CD372, 0xC98DB19D, 0x6E815FD9, 0x71D6E374}};
   const Bytes src = ramp7(240);
   for (uint32_t packing = 0; packing < 6; ++packing) {
-    const uint32_t n = static_cast<uint32_t>(240 / kGroups[packing].bytes) * kGroups[packing].pixels;
+    const uint32_t n =
+        static_cast<uint32_t>(240 / kGroups[packing].bytes) * kGroups[packing].pixels;
     for (uint32_t other = 0; other < 2; ++other) {
       const LumBitDepthInfo info = depth(1 - other, 0, other);
       Bytes dst(2 * n);
@@ -61,9 +66,9 @@ TEST(DirectUnpack, KnownAnswers) {
 
 TEST(DirectUnpack, HandWorkedValues) {
   const Bytes src = {0xAB, 0xCD, 0xEF, 0x12, 0x34};
-  const std::vector<int> expected[] = {{0xABD, 0xEFC}, {0x2AD, 0x3BC}, {0xDAB, 0xEFC},
-                                       {0x1AB, 0x3F3, 0x12E, 0x0D0}, {0xABF, 0xCDE},
-                                       {0x2AC, 0x335, 0x3BF, 0x048}};
+  const std::vector<int> expected[] = {{0xABD, 0xEFC}, {0x2AD, 0x3BC},
+                                       {0xDAB, 0xEFC}, {0x1AB, 0x3F3, 0x12E, 0x0D0},
+                                       {0xABF, 0xCDE}, {0x2AC, 0x335, 0x3BF, 0x048}};
   const LumBitDepthInfo info = depth(1, 0, 0);
   for (uint32_t packing = 0; packing < 6; ++packing) {
     Bytes dst(8);
@@ -78,7 +83,8 @@ TEST(DirectUnpack, WritesWhatTheReferenceWritesAtEveryLevel) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     unsigned kind = 0;
     for (uint32_t packing = 0; packing < 6; ++packing) {
-      for (const uint32_t n : {2u, 4u, 6u, 8u, 12u, 16u, 30u, 32u, 36u, 60u, 64u, 66u, 68u, 128u, 132u, 1004u}) {
+      for (const uint32_t n :
+           {2u, 4u, 6u, 8u, 12u, 16u, 30u, 32u, 36u, 60u, 64u, 66u, 68u, 128u, 132u, 1004u}) {
         if (n % kGroups[packing].pixels != 0) continue;
         for (uint32_t variant = 0; variant < 4; ++variant, ++kind) {
           const LumBitDepthInfo info = depth(variant & 1, 0, variant >> 1);
@@ -112,19 +118,19 @@ TEST(DirectUnpack, RefusesInOrder) {
   using A = DepthArgs;
   const Bytes src(64, 1);
   Bytes dst(64, 0xEE);
-  expect_refusals<A>(
-      {dst.data(), src.data(), 4, 3, depth(1, 0, 0), false},
-      {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
-       {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
-       {"no pixels", [](A& a) { a.count = 0; }, bad_argument(3)},
-       {"packing", [](A& a) { a.packing = 6; }, kNotImplemented},
-       {"part of a group", [](A& a) { a.count = 6; }, bad_argument(3)},
-       {"no record", [](A& a) { a.no_info = true; }, bad_argument(5)},
-       {"alignment", [](A& a) { a.info.alignment = 2; }, kNotImplemented},
-       {"byte order", [](A& a) { a.info.endianness = 2; }, kNotImplemented}},
-      dst, [](const A& a) {
-        return LumUnpackTo16(a.dst, a.src, a.count, a.packing, a.no_info ? nullptr : &a.info);
-      });
+  expect_refusals<A>({dst.data(), src.data(), 4, 3, depth(1, 0, 0), false},
+                     {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
+                      {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
+                      {"no pixels", [](A& a) { a.count = 0; }, bad_argument(3)},
+                      {"packing", [](A& a) { a.packing = 6; }, kNotImplemented},
+                      {"part of a group", [](A& a) { a.count = 6; }, bad_argument(3)},
+                      {"no record", [](A& a) { a.no_info = true; }, bad_argument(5)},
+                      {"alignment", [](A& a) { a.info.alignment = 2; }, kNotImplemented},
+                      {"byte order", [](A& a) { a.info.endianness = 2; }, kNotImplemented}},
+                     dst, [](const A& a) {
+                       return LumUnpackTo16(a.dst, a.src, a.count, a.packing,
+                                            a.no_info ? nullptr : &a.info);
+                     });
   const LumBitDepthInfo info = depth(0, 0, 0);
   EXPECT_EQ(LumUnpackTo16(dst.data(), src.data(), 3, 0, &info), bad_argument(3));
 }
@@ -140,9 +146,8 @@ void to_8_reference(uint8_t* dst, const uint8_t* src, size_t n, const LumBitDept
 
 TEST(DirectSamples16To8, KnownAnswers) {
   const Bytes w = words_w();
-  const std::pair<LumBitDepthInfo, uint32_t> cases[] = {{depth(1, 12, 0), 0x5C14457C},
-                                                        {depth(1, 10, 0), 0xEF0EEC8E},
-                                                        {depth(0, 0, 0), 0xB4EDEF20}};
+  const std::pair<LumBitDepthInfo, uint32_t> cases[] = {
+      {depth(1, 12, 0), 0x5C14457C}, {depth(1, 10, 0), 0xEF0EEC8E}, {depth(0, 0, 0), 0xB4EDEF20}};
   for (const auto& [info, expected] : cases) {
     Bytes dst(w.size() / 2), in_place = w;
     to_8_reference(dst.data(), w.data(), dst.size(), info);
@@ -157,7 +162,8 @@ TEST(DirectSamples16To8, WritesWhatTheReferenceWritesAtEveryLevelAndInPlace) {
     unsigned kind = 0;
     for (uint32_t bits = 7; bits <= 16; ++bits) {  // 7 stands for alignment 0
       for (uint32_t endianness = 0; endianness < 2; ++endianness) {
-        for (const uint32_t n : {1u, 2u, 7u, 8u, 9u, 16u, 31u, 33u, 63u, 64u, 65u, 96u, 127u, 129u, 1000u}) {
+        for (const uint32_t n :
+             {1u, 2u, 7u, 8u, 9u, 16u, 31u, 33u, 63u, 64u, 65u, 96u, 127u, 129u, 1000u}) {
           const LumBitDepthInfo info = depth(bits == 7 ? 0 : 1, bits, endianness);
           const uint32_t shift = bits == 7 ? 8 : bits - 8;
           const Bytes src = random_bytes(2 * n, kind, kind);
@@ -186,19 +192,18 @@ TEST(DirectSamples16To8, RefusesInOrder) {
   using A = DepthArgs;
   const Bytes src(64, 1);
   Bytes dst(64, 0xEE);
-  expect_refusals<A>(
-      {dst.data(), src.data(), 4, 0, depth(1, 12, 0), false},
-      {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
-       {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
-       {"no samples", [](A& a) { a.count = 0; }, bad_argument(3)},
-       {"no record", [](A& a) { a.no_info = true; }, bad_argument(4)},
-       {"alignment", [](A& a) { a.info.alignment = 2; }, kNotImplemented},
-       {"few bits", [](A& a) { a.info.bitsUsed = 7; }, kNotImplemented},
-       {"many bits", [](A& a) { a.info.bitsUsed = 17; }, kNotImplemented},
-       {"byte order", [](A& a) { a.info.endianness = 2; }, kNotImplemented}},
-      dst, [](const A& a) {
-        return LumSamples16To8(a.dst, a.src, a.count, a.no_info ? nullptr : &a.info);
-      });
+  expect_refusals<A>({dst.data(), src.data(), 4, 0, depth(1, 12, 0), false},
+                     {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
+                      {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
+                      {"no samples", [](A& a) { a.count = 0; }, bad_argument(3)},
+                      {"no record", [](A& a) { a.no_info = true; }, bad_argument(4)},
+                      {"alignment", [](A& a) { a.info.alignment = 2; }, kNotImplemented},
+                      {"few bits", [](A& a) { a.info.bitsUsed = 7; }, kNotImplemented},
+                      {"many bits", [](A& a) { a.info.bitsUsed = 17; }, kNotImplemented},
+                      {"byte order", [](A& a) { a.info.endianness = 2; }, kNotImplemented}},
+                     dst, [](const A& a) {
+                       return LumSamples16To8(a.dst, a.src, a.count, a.no_info ? nullptr : &a.info);
+                     });
   const LumBitDepthInfo top = depth(0, 99, 0);
   EXPECT_EQ(LumSamples16To8(dst.data(), src.data(), 4, &top), 0u) << "bitsUsed is not read";
 }

@@ -110,8 +110,8 @@ TEST(DirectCopyRows, CopiesRowsAndNothingBetween) {
   struct Case {
     uint32_t row_bytes, rows, dst_pitch, src_pitch;
   };
-  for (const Case& c : {Case{1, 1, 1, 1}, Case{5, 4, 5, 9}, Case{64, 7, 100, 64}, Case{63, 9, 77, 80},
-                        Case{640, 33, 640, 700}}) {
+  for (const Case& c : {Case{1, 1, 1, 1}, Case{5, 4, 5, 9}, Case{64, 7, 100, 64},
+                        Case{63, 9, 77, 80}, Case{640, 33, 640, 700}}) {
     const size_t src_bytes = size_t{c.src_pitch} * (c.rows - 1) + c.row_bytes;
     const size_t dst_bytes = size_t{c.dst_pitch} * (c.rows - 1) + c.row_bytes;
     const Bytes src = random_bytes(src_bytes, c.rows);
@@ -131,8 +131,8 @@ TEST(DirectCopyRows, CopiesRowsAndNothingBetween) {
     Bytes image = random_bytes(std::max(src_bytes, dst_bytes), 1);
     std::copy(src.begin(), src.end(), image.begin());
     Bytes moved = image;
-    ASSERT_EQ(LumCopyRows(moved.data(), moved.data(), c.row_bytes, c.rows, c.dst_pitch, c.src_pitch),
-              0u);
+    ASSERT_EQ(
+        LumCopyRows(moved.data(), moved.data(), c.row_bytes, c.rows, c.dst_pitch, c.src_pitch), 0u);
     copy(image.data());
     ASSERT_EQ(moved, image) << "in place, rows of " << c.row_bytes;
   }
@@ -187,8 +187,9 @@ TEST(DirectBin, KnownAnswers) {
     const Bytes& src;
     uint32_t width, height, channels, bytes, fx, fy, crc;
   };
-  for (const Case& c : {Case{a, 16, 12, 1, 1, 2, 2, 0x6C76D917}, Case{a, 16, 12, 1, 1, 3, 2, 0xBE3E36C0},
-                        Case{a, 4, 12, 4, 1, 2, 3, 0x911D6215}, Case{w, 16, 12, 1, 2, 2, 2, 0x4BE098A8}}) {
+  for (const Case& c :
+       {Case{a, 16, 12, 1, 1, 2, 2, 0x6C76D917}, Case{a, 16, 12, 1, 1, 3, 2, 0xBE3E36C0},
+        Case{a, 4, 12, 4, 1, 2, 3, 0x911D6215}, Case{w, 16, 12, 1, 2, 2, 2, 0x4BE098A8}}) {
     Bytes dst(size_t{c.width / c.fx} * (c.height / c.fy) * c.channels * c.bytes);
     bin_reference(dst.data(), c.src.data(), c.width, c.height, c.channels, c.bytes, c.fx, c.fy);
     EXPECT_EQ(crc(dst), c.crc) << "the reference";
@@ -211,8 +212,8 @@ void expect_bin(const Kernels& kernels, const std::string& level, Size size, Pix
         return 0u;
       },
       [&](uint8_t* dst) {
-        bin_reference(dst, src.data(), size.width, size.height, pixel.channels,
-                      pixel.sample_bytes, fx, fy);
+        bin_reference(dst, src.data(), size.width, size.height, pixel.channels, pixel.sample_bytes,
+                      fx, fy);
       });
 }
 
@@ -299,9 +300,7 @@ int64_t limited(int64_t p, size_t count) {
   const int64_t last = static_cast<int64_t>(count - 1) << 16;
   return p < 0 ? 0 : p > last ? last : p;
 }
-int mix(int a, int b, int64_t f) {
-  return static_cast<int>(a + (((b - a) * f + 0x4000) >> 15));
-}
+int mix(int a, int b, int64_t f) { return static_cast<int>(a + (((b - a) * f + 0x4000) >> 15)); }
 void resample_reference(uint8_t* dst, const uint8_t* src, size_t n, size_t count, PixelShape pixel,
                         int64_t position, int64_t step, uint32_t mode) {
   for (size_t x = 0; x < n; ++x) {
@@ -333,8 +332,9 @@ void resize_reference(uint8_t* dst, const uint8_t* src, Size to, Size from, Pixe
       const auto at = [&](int64_t i) {
         return sample(rows.data(), static_cast<size_t>(i) * row + x, pixel.sample_bytes);
       };
-      const int v = mode == 0 ? at((q + 0x8000) >> 16)
-                              : mix(at(q >> 16), at(std::min((q >> 16) + 1, last)), (q >> 1) & 0x7FFF);
+      const int v = mode == 0
+                        ? at((q + 0x8000) >> 16)
+                        : mix(at(q >> 16), at(std::min((q >> 16) + 1, last)), (q >> 1) & 0x7FFF);
       put_sample(dst, y * row + x, pixel.sample_bytes, v);
     }
   }
@@ -378,11 +378,17 @@ TEST(DirectResample, RowsAreWhatTheReferenceMakesAtEveryLevel) {
   };
   at_every_level([](const Kernels& kernels, const std::string& level) {
     unsigned kind = 0;
-    for (const PixelShape pixel : {PixelShape{1, 1}, {2, 1}, {3, 1}, {4, 1}, {1, 2}, {2, 2}, {3, 2}, {4, 2}}) {
+    for (const PixelShape pixel :
+         {PixelShape{1, 1}, {2, 1}, {3, 1}, {4, 1}, {1, 2}, {2, 2}, {3, 2}, {4, 2}}) {
       for (const uint32_t count : {1u, 2u, 40u, 700u}) {
         for (const uint32_t n : {1u, 33u, 64u, 600u}) {
-          for (const Way way : {Way{0, 0x10000}, {-0x4000, 0xA000}, {-0x300000, 0x3C123}, {0x7FFFFFFF, 1},
-                                {INT32_MIN, 0x1000000}, {-1, UINT32_MAX}, {0x1234, 0}}) {
+          for (const Way way : {Way{0, 0x10000},
+                                {-0x4000, 0xA000},
+                                {-0x300000, 0x3C123},
+                                {0x7FFFFFFF, 1},
+                                {INT32_MIN, 0x1000000},
+                                {-1, UINT32_MAX},
+                                {0x1234, 0}}) {
             for (const uint32_t mode : {0u, 1u}) {
               const Bytes src = random_bytes(count * pixel.bytes(), kind, kind);
               ++kind;
@@ -414,13 +420,14 @@ TEST(DirectResample, FramesAreWhatTheReferenceMakesAtEveryLevel) {
     unsigned kind = 0;
     for (const PixelShape pixel : {PixelShape{1, 1}, {3, 1}, {4, 1}, {1, 2}, {3, 2}}) {
       for (const Size from : {Size{1, 1}, Size{16, 12}, Size{131, 9}, Size{1100, 5}}) {
-        for (const Size to : {Size{1, 1}, Size{16, 12}, Size{65, 18}, Size{550, 3}, Size{2000, 2}}) {
+        for (const Size to :
+             {Size{1, 1}, Size{16, 12}, Size{65, 18}, Size{550, 3}, Size{2000, 2}}) {
           for (const uint32_t mode : {0u, 1u}) {
             const Bytes src = random_bytes(from.width * from.height * pixel.bytes(), kind, kind);
             ++kind;
             expect_conversion(
-                describe(level + " resize", from, mode, 0) + " to " + std::to_string(to.width),
-                src, to.width * to.height * pixel.bytes(),
+                describe(level + " resize", from, mode, 0) + " to " + std::to_string(to.width), src,
+                to.width * to.height * pixel.bytes(),
                 [&](uint8_t* dst, const uint8_t* s) {
                   resize(kernels, dst, s,
                          {static_cast<uint32_t>(to.width), static_cast<uint32_t>(to.height)},
@@ -458,9 +465,9 @@ TEST(DirectResample, RefusesInOrder) {
   using A = ResizeArgs;
   const Bytes src(64, 1);
   Bytes dst(64, 0xEE);
-  const Refusal<A> no_dst = {"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
-                   no_src = {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
-                   mode = {"mode", [](A& a) { a.mode = 2; }, kNotImplemented};
+  const Refusal<A> no_dst = {"no destination", [](A&a) { a.dst = nullptr; }, bad_argument(1)},
+                   no_src = {"no source", [](A&a) { a.src = nullptr; }, bad_argument(2)},
+                   mode = {"mode", [](A&a) { a.mode = 2; }, kNotImplemented};
   expect_refusals<A>({dst.data(), src.data(), {4, 4, 3, 3}, 1, 1, 1},
                      {no_dst,
                       no_src,

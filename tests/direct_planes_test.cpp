@@ -15,13 +15,19 @@ constexpr uint32_t kYuvLayouts[] = {8, 9, 10};
 size_t group_pixels(uint32_t layout) { return layout == 8 ? 4 : layout == 9 ? 2 : 1; }
 size_t source_bytes(uint32_t layout, size_t pixels) {
   switch (layout) {
-    case 0: return pixels;
+    case 0:
+      return pixels;
     case 4:
     case 5:
-    case 10: return 3 * pixels;
-    case 6: case 7: return 4 * pixels;
-    case 8: return pixels * 3 / 2;
-    default: return 2 * pixels;
+    case 10:
+      return 3 * pixels;
+    case 6:
+    case 7:
+      return 4 * pixels;
+    case 8:
+      return pixels * 3 / 2;
+    default:
+      return 2 * pixels;
   }
 }
 Yuv yuv_at(uint32_t layout, const uint8_t* src, size_t i) {
@@ -86,8 +92,7 @@ void i420_reference(uint8_t* dst, const uint8_t* src, size_t w, size_t h, uint32
         dst[y * w + x] = static_cast<uint8_t>(yuv(x, y).y);
       } else {
         const reference::Pixel p = rgb(x, y);
-        dst[y * w + x] =
-            static_cast<uint8_t>(((66 * p.r + 129 * p.g + 25 * p.b + 128) >> 8) + 16);
+        dst[y * w + x] = static_cast<uint8_t>(((66 * p.r + 129 * p.g + 25 * p.b + 128) >> 8) + 16);
       }
     }
   }
@@ -145,9 +150,8 @@ TEST(DirectYuvToBgr, KnownAnswers) {
 
 TEST(DirectYuvToBgr, HandWorkedValues) {
   const Bytes src = {100, 90, 200, 180};
-  const Bytes expected[] = {{40, 48, 191, 130, 138, 255},
-                            {30, 39, 201, 134, 143, 255},
-                            {27, 54, 215, 132, 159, 255}};
+  const Bytes expected[] = {
+      {40, 48, 191, 130, 138, 255}, {30, 39, 201, 134, 143, 255}, {27, 54, 215, 132, 159, 255}};
   for (uint32_t encoding = 0; encoding < 3; ++encoding) {
     Bytes dst(6);
     EXPECT_EQ(LumYUVToBGR(dst.data(), src.data(), 2, LumPixelLayoutYUV422, encoding), 0u);
@@ -160,7 +164,8 @@ TEST(DirectYuvToBgr, WritesWhatTheReferenceWritesAtEveryLevel) {
     unsigned kind = 0;
     for (const uint32_t layout : kYuvLayouts) {
       for (uint32_t encoding = 0; encoding < 3; ++encoding) {
-        for (const uint32_t n : {1u, 2u, 4u, 8u, 12u, 31u, 32u, 36u, 63u, 64u, 68u, 130u, 260u, 4100u}) {
+        for (const uint32_t n :
+             {1u, 2u, 4u, 8u, 12u, 31u, 32u, 36u, 63u, 64u, 68u, 130u, 260u, 4100u}) {
           if (n % group_pixels(layout) != 0) continue;
           const Bytes src = random_bytes(source_bytes(layout, n), kind, kind);
           ++kind;
@@ -209,17 +214,16 @@ TEST(DirectYuvToBgr, RefusesInOrder) {
   using A = YuvArgs;
   const Bytes src(64, 1);
   Bytes dst(64, 0xEE);
-  expect_refusals<A>({dst.data(), src.data(), 4, 8, 0},
-                     {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
-                      {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
-                      {"no pixels", [](A& a) { a.count = 0; }, bad_argument(3)},
-                      {"layout", [](A& a) { a.layout = 7; }, kNotImplemented},
-                      {"layout", [](A& a) { a.layout = 11; }, kNotImplemented},
-                      {"part of a group", [](A& a) { a.count = 6; }, bad_argument(3)},
-                      {"encoding", [](A& a) { a.encoding = 3; }, kNotImplemented}},
-                     dst, [](const A& a) {
-                       return LumYUVToBGR(a.dst, a.src, a.count, a.layout, a.encoding);
-                     });
+  expect_refusals<A>(
+      {dst.data(), src.data(), 4, 8, 0},
+      {{"no destination", [](A& a) { a.dst = nullptr; }, bad_argument(1)},
+       {"no source", [](A& a) { a.src = nullptr; }, bad_argument(2)},
+       {"no pixels", [](A& a) { a.count = 0; }, bad_argument(3)},
+       {"layout", [](A& a) { a.layout = 7; }, kNotImplemented},
+       {"layout", [](A& a) { a.layout = 11; }, kNotImplemented},
+       {"part of a group", [](A& a) { a.count = 6; }, bad_argument(3)},
+       {"encoding", [](A& a) { a.encoding = 3; }, kNotImplemented}},
+      dst, [](const A& a) { return LumYUVToBGR(a.dst, a.src, a.count, a.layout, a.encoding); });
   EXPECT_EQ(LumYUVToBGR(dst.data(), src.data(), 3, 9, 0), bad_argument(3));
 }
 
@@ -243,7 +247,8 @@ TEST(DirectI420, WritesWhatTheReferenceWritesAtEveryLevel) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     unsigned kind = 0;
     for (const uint32_t layout : kI420Layouts) {
-      for (const uint32_t width : {2u, 4u, 6u, 8u, 16u, 30u, 32u, 36u, 62u, 64u, 66u, 68u, 132u, 200u}) {
+      for (const uint32_t width :
+           {2u, 4u, 6u, 8u, 16u, 30u, 32u, 36u, 62u, 64u, 66u, 68u, 132u, 200u}) {
         for (const uint32_t height : {2u, 4u}) {
           if (layout == 8 && width % 4 != 0) continue;
           const Bytes src = random_bytes(source_bytes(layout, width * height), kind, kind);
@@ -355,7 +360,8 @@ TEST(DirectPlanes, GoApartAndTogetherAtEveryLevel) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     for (const uint32_t channels : {2u, 3u, 4u}) {
       for (const uint32_t bytes : {1u, 2u}) {
-        for (const uint32_t n : {1u, 3u, 7u, 8u, 15u, 16u, 17u, 31u, 32u, 33u, 63u, 64u, 65u, 129u, 1000u}) {
+        for (const uint32_t n :
+             {1u, 3u, 7u, 8u, 15u, 16u, 17u, 31u, 32u, 33u, 63u, 64u, 65u, 129u, 1000u}) {
           const uint32_t all = (1u << channels) - 1;
           for (const uint32_t present : {all, all >> 1, 1u, all & ~2u}) {
             expect_planes(kernels, level, {n, channels, bytes, present});
@@ -378,24 +384,40 @@ TEST(DirectPlanes, RefuseInOrder) {
   Bytes packed(64, 0xEE), plane(64, 0xEE);
   uint8_t* planes[4] = {nullptr, plane.data(), nullptr, nullptr};
   const A good = {packed.data(), planes, 4, 3, 1};
-  const Refusal<A> count = {"no pixels", [](A& a) { a.count = 0; }, bad_argument(3)},
-                   one = {"one channel", [](A& a) { a.channels = 1; }, bad_argument(4)},
-                   five = {"five channels", [](A& a) { a.channels = 5; }, bad_argument(4)},
-                   size = {"bytes of a sample", [](A& a) { a.bytes = 3; }, bad_argument(5)},
-                   no_size = {"no bytes", [](A& a) { a.bytes = 0; }, bad_argument(5)};
+  const Refusal<A> count = {"no pixels", [](A&a) { a.count = 0; }, bad_argument(3)},
+                   one = {"one channel", [](A&a) { a.channels = 1; }, bad_argument(4)},
+                   five = {"five channels", [](A&a) { a.channels = 5; }, bad_argument(4)},
+                   size = {"bytes of a sample", [](A&a) { a.bytes = 3; }, bad_argument(5)},
+                   no_size = {"no bytes", [](A&a) { a.bytes = 0; }, bad_argument(5)};
   expect_refusals<A>(good,
                      {{"no planes", [](A& a) { a.planes = nullptr; }, bad_argument(1)},
                       {"no source", [](A& a) { a.packed = nullptr; }, bad_argument(2)},
-                      count, one, five, size, no_size,
-                      {"all null", [](A& a) { if (a.planes) a.planes = none; }, bad_argument(1)}},
+                      count,
+                      one,
+                      five,
+                      size,
+                      no_size,
+                      {"all null",
+                       [](A& a) {
+                         if (a.planes) a.planes = none;
+                       },
+                       bad_argument(1)}},
                      plane, [](const A& a) {
                        return LumPackedToPlanar(a.planes, a.packed, a.count, a.channels, a.bytes);
                      });
   expect_refusals<A>(good,
                      {{"no destination", [](A& a) { a.packed = nullptr; }, bad_argument(1)},
                       {"no planes", [](A& a) { a.planes = nullptr; }, bad_argument(2)},
-                      count, one, five, size, no_size,
-                      {"all null", [](A& a) { if (a.planes) a.planes = none; }, bad_argument(2)}},
+                      count,
+                      one,
+                      five,
+                      size,
+                      no_size,
+                      {"all null",
+                       [](A& a) {
+                         if (a.planes) a.planes = none;
+                       },
+                       bad_argument(2)}},
                      packed, [](const A& a) {
                        return LumPlanarToPacked(a.packed, a.planes, a.count, a.channels, a.bytes);
                      });

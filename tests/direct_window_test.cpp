@@ -4,10 +4,7 @@
 
 #include "bayer/binned.h"
 #include "cygm/cygm_window.h"
-#include "lum/lum.h"
-#include "reference.h"
-#include "simd/isa.h"
-#include "test_support.h"
+#include "direct_support.h"
 
 namespace lum::test {
 namespace {
@@ -73,13 +70,6 @@ const Window kCygmLuma = {
       return reference::mono8(y.data(), y.size());
     }};
 
-template <class F>
-void each_level(F f) {
-  for (unsigned level = 0; level < kLevelCount; ++level) {
-    if (const Kernels* k = kernels_of(static_cast<Level>(level))) f(*k, kLevelNames[level]);
-  }
-}
-
 Bytes expected_bytes(const Window& window, const Bytes& src, Size size, uint32_t format,
                      uint32_t pattern) {
   const reference::Frame frame = window.expected(src.data(), static_cast<int>(size.width),
@@ -122,16 +112,16 @@ TEST(Windows, KnownAnswers) {
   const Size size = {16, 12};
   for (const Case& c : cases) {
     const Bytes src = c.of_b ? frame_b() : frame_a();
-    const std::string what = describe(c.window.name, size, c.format, c.pattern) +
-                             (c.of_b ? " of B, " : " of A, ");
+    const std::string what =
+        describe(c.window.name, size, c.format, c.pattern) + (c.of_b ? " of B, " : " of A, ");
     Bytes out = expected_bytes(c.window, src, size, c.format, c.pattern);
-    EXPECT_EQ(reference::crc32(out.data(), out.size()), c.crc) << what << "the reference";
+    EXPECT_EQ(crc(out), c.crc) << what << "the reference";
     out = converted(c.window, src, size, c.format, c.pattern);
-    EXPECT_EQ(reference::crc32(out.data(), out.size()), c.crc) << what << "the entry";
-    each_level([&](const Kernels& k, const char* level) {
+    EXPECT_EQ(crc(out), c.crc) << what << "the entry";
+    at_every_level([&](const Kernels& k, const std::string& level) {
       std::fill(out.begin(), out.end(), uint8_t{0});
       c.window.at_level(k, out.data(), src.data(), 16, 12, c.format, c.pattern);
-      EXPECT_EQ(reference::crc32(out.data(), out.size()), c.crc) << what << level;
+      EXPECT_EQ(crc(out), c.crc) << what << level;
     });
   }
 }
@@ -148,9 +138,8 @@ TEST(Windows, HandWorkedRows) {
 }
 
 TEST(Windows, EveryLevelWritesWhatTheReferenceWrites) {
-  const Size sizes[] = {{2, 4},  {4, 4},   {6, 8},   {8, 12},   {14, 4},    {18, 8},
-                        {34, 8}, {66, 12}, {130, 8}, {132, 16}, {4096, 4}, {4098, 4},
-                        {4230, 8}};
+  const Size sizes[] = {{2, 4},   {4, 4},   {6, 8},    {8, 12},   {14, 4},   {18, 8},  {34, 8},
+                        {66, 12}, {130, 8}, {132, 16}, {4096, 4}, {4098, 4}, {4230, 8}};
   unsigned kind = 0;
   for (const Window* window : {&kBayerBin, &kCygm3x3, &kCygmBin, &kCygmLuma}) {
     for (const Size size : sizes) {
@@ -159,8 +148,8 @@ TEST(Windows, EveryLevelWritesWhatTheReferenceWrites) {
         // The CYGM functions do not read the last argument.
         const uint32_t pattern = kPatterns[kind % 5];
         const Bytes src = random_bytes(size.width * size.height, kind, kind);
-        const reference::Frame frame = window->expected(
-            src.data(), static_cast<int>(size.width), static_cast<int>(size.height), pattern);
+        const reference::Frame frame = window->expected(src.data(), static_cast<int>(size.width),
+                                                        static_cast<int>(size.height), pattern);
         for (uint32_t format = 0; format <= (window->luma ? 0u : 6u); ++format) {
           if (!window->takes(size, format)) continue;
           const uint32_t w = static_cast<uint32_t>(size.width);
@@ -170,7 +159,7 @@ TEST(Windows, EveryLevelWritesWhatTheReferenceWrites) {
           const auto expected = [&](uint8_t* dst) {
             reference::store(format, frame.data(), frame.size(), dst);
           };
-          each_level([&](const Kernels& k, const char* level) {
+          at_every_level([&](const Kernels& k, const std::string& level) {
             expect_conversion(
                 label + level, src, bytes,
                 [&](uint8_t* dst, const uint8_t* s) {
@@ -208,7 +197,7 @@ Bytes flat_cygm(const Bytes& cy_ye_g_mg, Size size) {
 TEST(Windows, FlatQuadruplesGiveOneColour) {
   const Size size = {10, 8};
   Random random(21);
-  std::vector<Bytes> quadruples = {{0, 0, 0, 0}, {77, 77, 77, 77}, {255, 255, 255, 255},
+  std::vector<Bytes> quadruples = {{0, 0, 0, 0},     {77, 77, 77, 77}, {255, 255, 255, 255},
                                    {0, 255, 0, 255}, {255, 0, 0, 255}, {255, 255, 0, 0}};
   for (int i = 0; i < 200; ++i) {
     quadruples.push_back({random.byte(), random.byte(), random.byte(), random.byte()});
@@ -246,8 +235,8 @@ TEST(Windows, RefuseInOrderAndWriteNothing) {
   std::vector<Refusal<M>> bayer = mosaic_refusals();
   bayer.push_back({"pattern 4", [](M& a) { a.pattern = 4; }, bad_argument(5)});
   bayer.push_back(bad_format<7, M>());
-  bayer.push_back({"an odd pair of pixels", [](M& a) { a.format = 6, a.width = 6; },
-                   bad_argument(3)});
+  bayer.push_back(
+      {"an odd pair of pixels", [](M& a) { a.format = 6, a.width = 6; }, bad_argument(3)});
   expect_mosaic_refusals(LumRaw8ImageTransform_Bin, bayer);
 
   std::vector<Refusal<M>> luma = mosaic_refusals();
@@ -256,8 +245,8 @@ TEST(Windows, RefuseInOrderAndWriteNothing) {
   std::vector<Refusal<M>> cygm = luma;
   cygm.push_back(bad_format<7, M>());
   expect_mosaic_refusals(LumIRaw8CYGMImageTransform_3x3, cygm);
-  cygm.push_back({"an odd pair of pixels", [](M& a) { a.format = 6, a.width = 6; },
-                  bad_argument(3)});
+  cygm.push_back(
+      {"an odd pair of pixels", [](M& a) { a.format = 6, a.width = 6; }, bad_argument(3)});
   expect_mosaic_refusals(LumIRaw8CYGMImageTransform_Bin, cygm);
 }
 

@@ -36,9 +36,7 @@ class CygmFrame {
     const int e = x % 2 == 0 ? 1 : -1;
     return e * (2 * sample(n, x) - sample(n, x - 1) - sample(n, x + 1));
   }
-  int y8(int x, int y) const {
-    return luma8_of_lines(s(y - 1, x), s(y, x), s(y + 1, x));
-  }
+  int y8(int x, int y) const { return luma8_of_lines(s(y - 1, x), s(y, x), s(y + 1, x)); }
   int p(int x, int y) const {
     const int outer = d(y - 1, x) + d(y + 1, x);
     return y % 2 == 1 ? -2 * outer : outer - 4 * d(y, x);
@@ -150,12 +148,12 @@ Frame window_row(Source source, const uint8_t* a, size_t n, const RowArgs& args)
       const bool first = args.column == 0;
       const ptrdiff_t rx = first ? even : odd, bx = first ? odd : even;
       const ptrdiff_t far_rx = first ? even + 2 : odd - 2, far_bx = first ? odd - 2 : even + 2;
-      const int green = 6 * (red[bx] + blue[rx]) + red[far_bx] + far_red[bx] + blue[far_rx] +
-                        far_blue[rx];
-      out.push_back(rgb(
-          (9 * red[rx] + 3 * red[far_rx] + 3 * far_red[rx] + far_red[far_rx] + 8) >> 4,
-          (green + 8) >> 4,
-          (9 * blue[bx] + 3 * blue[far_bx] + 3 * far_blue[bx] + far_blue[far_bx] + 8) >> 4));
+      const int green =
+          6 * (red[bx] + blue[rx]) + red[far_bx] + far_red[bx] + blue[far_rx] + far_blue[rx];
+      out.push_back(
+          rgb((9 * red[rx] + 3 * red[far_rx] + 3 * far_red[rx] + far_red[far_rx] + 8) >> 4,
+              (green + 8) >> 4,
+              (9 * blue[bx] + 3 * blue[far_bx] + 3 * far_blue[bx] + far_blue[far_bx] + 8) >> 4));
       continue;
     }
     const auto s = [](const uint8_t* m, ptrdiff_t x) { return m[x - 1] + 2 * m[x] + m[x + 1]; };

@@ -269,6 +269,52 @@ class ToolTest(unittest.TestCase):
         timed = self.lum(*base, "--time", "3", "all.raw", "t.pgm").text
         self.assertRegex(timed, r"Mono8 to MONO8_REC601, 8x4: \d+\.\d+ ms a frame, best of 3")
 
+    def test_finish(self):
+        # 4x2 pixels of RGB: red counts columns, green rows.
+        pixels = [(40 * x, 90 * y, 7) for y in range(2) for x in range(4)]
+        self.put("f.raw", bytes(v for p in pixels for v in p))
+        base = ("convert", "--from", "RGB8", "--size", "4x2", "--to", "RGB24")
+
+        def made(*words):
+            self.lum(*base, *words, "f.raw", "out.ppm")
+            width, height, _, samples = read_pnm(self.get("out.ppm"))
+            rows = [samples[i:i + 3 * width] for i in range(0, len(samples), 3 * width)]
+            return [[tuple(r[i:i + 2]) for i in range(0, len(r), 3)] for r in rows], width, height
+
+        at = [[(40 * x, 90 * y) for x in range(4)] for y in range(2)]
+        turned = [[at[1 - x][y] for x in range(2)] for y in range(4)]  # 90 degrees clockwise
+        for words, picture in (
+                (("--flip", "mirror"), [r[::-1] for r in at]),
+                (("--flip", "upside-down"), at[::-1]),
+                (("--flip", "180"), [r[::-1] for r in at[::-1]]),
+                (("--flip", "90"), turned),
+                (("--flip", "270"), [r[::-1] for r in turned[::-1]]),
+                (("--flip", "transpose"), [list(c) for c in zip(*at)]),
+                (("--resize", "8x2", "--nearest"), [[p for p in r for _ in "12"] for r in at]),
+                (("--resize", "2x1"), [[(20, 45), (100, 45)]]),
+                (("--resize", "2x1", "--flip", "90"), [[(20, 45)], [(100, 45)]])):
+            with self.subTest(words=words):
+                rows, width, height = made(*words)
+                self.assertEqual(rows, picture)
+                self.assertEqual((width, height), (len(picture[0]), len(picture)))
+
+        self.lum(*base, "--i420", "f.raw", "out.yuv")
+        planes = self.get("out.yuv")
+        self.assertEqual(len(planes), 12)
+        luma = [((66 * r + 129 * g + 25 * b + 128) >> 8) + 16 for r, g, b in pixels]
+        self.assertEqual(list(planes[:8]), luma)
+        sums = [[sum(pixels[y * 4 + 2 * x + i][c] for y in (0, 1) for i in (0, 1))
+                 for c in range(3)] for x in range(2)]
+        self.assertEqual(list(planes[8:10]),
+                         [((-38 * r - 74 * g + 112 * b + 512) >> 10) + 128 for r, g, b in sums])
+
+        self.put("p.raw", bytes((0xAB, 0xCD, 0xEF)) * 4)
+        for packing, pair in (("gige", (0xABD, 0xEFC)), ("pfnc", (0xDAB, 0xEFC)),
+                              ("mipi", (0xABF, 0xCDE))):
+            self.lum("convert", "--from", "BayerRG12Packed", "--size", "4x2", "--unpack", packing,
+                     "p.raw", "words.raw")
+            self.assertEqual(struct.unpack("<8H", self.get("words.raw")), pair * 4)
+
     def test_refusals(self):
         frame = bytes(range(96))  # 12x8 at 8 bits
         self.put("f.raw", frame)
@@ -306,6 +352,12 @@ class ToolTest(unittest.TestCase):
             ((*rg8, "--size", "12x8", "--debayer", "4x4"), "f.raw", 2, r"4x4"),
             ((*rg8, "--size", "12x8", "--matrix", "1,2,3"), "f.raw", 2, r"matrix"),
             (rg8, "f.raw", 2, r"--size"),
+            ((*rg8, "--size", "12x8", "--to", "UYVY", "--flip", "90"), "f.raw", 1, r"whole pixels"),
+            ((*rg8, "--size", "12x8", "--resize", "0x4"), "f.raw", 1, r"--resize 0x4"),
+            ((*rg8, "--size", "12x8", "--resize", "70000x4"), "f.raw", 1, r"65535"),
+            ((*rg8, "--size", "12x8", "--resize", "5x4", "--i420"), "f.raw", 1, r"even.*5x4"),
+            ((*rg8, "--size", "12x8", "--unpack", "gige"), "f.raw", 1, r"12-bit packed"),
+            ((*rg8, "--size", "12x8", "--nearest"), "f.raw", 2, r"resize"),
         ]
         for words, source, status, text in table:
             with self.subTest(words=words, source=source):

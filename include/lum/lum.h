@@ -31,6 +31,9 @@
 //     same memory. No function throws.
 //   - Rows are tightly packed: pitch = width * bytes per pixel. No alignment is needed. No other
 //     memory is touched than the functions say; the sizes of buffers cannot be checked.
+//   - Bytes that are said not to be written keep their values; no other thread may write them
+//     during the call.
+//   - Up to 128 KiB of the calling thread's stack are used.
 //   - Arguments are checked in the order given; after a refusal the destination is as it was.
 //   - Source and destination must not overlap unless a function says otherwise.
 //
@@ -249,6 +252,7 @@ enum {
 #define LUM_LEGACY_PARAMETER_5 UINT32_C(0x88000006)
 #define LUM_LEGACY_PARAMETER_6 UINT32_C(0x88000007)
 #define LUM_LEGACY_PARAMETER_7 UINT32_C(0x88000008)
+#define LUM_LEGACY_PARAMETER_8 UINT32_C(0x88000009)
 #define LUM_LEGACY_NOT_IMPLEMENTED UINT32_C(0x88000012)  // format or mode not served
 #define LUM_LEGACY_OUT_OF_MEMORY UINT32_C(0x8800001A)
 #define LUM_LEGACY_MORE_DATA UINT32_C(234)  // LumGetErrorInfo: the text was cut
@@ -266,7 +270,7 @@ enum {
 typedef struct LumPixelInfo {
   uint32_t bitsPerPixel;  // storage of one pixel: 8, 12, 16, 24, 32 or 48
   uint32_t bitsUsed;      // significant bits of one pixel; 16-bit sources only
-  uint32_t alignment;     // 0 or 1; 16-bit sources with fewer bits used only
+  uint32_t alignment;     // 0 or 1; 16-bit sources only
   uint32_t endianness;    // 0 or 1; 16-bit sources only
   LumPixelLayout pixelLayout;
   LumBayerPattern bayerPattern;  // mosaic sources only
@@ -302,7 +306,7 @@ typedef struct LumTransformInfo {
 typedef struct LumBitDepthInfo {
   uint32_t reserved;             // 0, not read
   uint32_t alignment;            // 0 or 1, as in LumPixelInfo
-  uint32_t bitsUsed;             // 10, 12, 13, 14, 15 or 16; not read with alignment 0
+  uint32_t bitsUsed;             // as the function says; not read with alignment 0
   uint32_t endianness;           // 0 or 1, as in LumPixelInfo
   LumBayerPattern bayerPattern;  // not read for mono
 } LumBitDepthInfo;
@@ -958,7 +962,7 @@ LUM_API uint32_t LumIRaw8CYGMImageTransform(uint8_t* dst, const uint8_t* src, ui
 //   height  rows, a multiple of 4, 8 or more; 0 writes nothing
 // In place: no. Not written: row height - 1.
 // Checks: dst null: 0x88000002; src null: 0x88000003; width odd: 0x88000004; height no multiple of
-// 4, or 4,: 0x88000005.
+// 4, or 4: 0x88000005.
 // Returns 0 or one of these.
 LUM_API uint32_t LumIRaw8CYGMToBGR(uint8_t* dst, const uint8_t* src, uint32_t width,
                                    uint32_t height);
@@ -1026,7 +1030,7 @@ LUM_API uint32_t LumFlipVertical(uint8_t* image, uint32_t rowBytes, uint32_t row
 //                taken to start at height * (rowBytes / 2), height / 2 bytes before the middle
 //   rowBytes     bytes of a row, any value
 //   height       rows, even; 0 does nothing
-// In place: destination equal to source. rowBytes * height must stay below 2^32, in place or not.
+// In place: destination equal to source. In separate buffers rowBytes * height must stay below 2^32.
 // Checks: destination null: 0x88000002; source null: 0x88000003; height odd: 0x88000005.
 // Returns 0, one of these, or 0x8800001A (in place only: out of memory, nothing written).
 LUM_API uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source,
@@ -1035,20 +1039,20 @@ LUM_API uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* sourc
 // ---------------------------------------------------------------------------------------------
 // 10 Planes and depth
 //
-// Components apart and together, sampling of chroma, packed and deep samples. But for LumImageToI420
-// a frame is a run of pixels and rows do not matter.
+// Components apart and together, sampling of chroma, packed and deep samples. But for
+// LumImageToI420 a frame is a run of pixels and rows do not matter.
 // Threads: no state; any number of calls at once on different destinations.
 
-// YUV of a chosen encoding to BGR24. With u = U - 128, v = V - 128, c = 298 (Y - 16) + 128 and every
-// result limited to 0..255:
+// YUV of a chosen encoding to BGR24. With u = U - 128, v = V - 128, c = 298 (Y - 16) + 128 and
+// every result limited to 0..255:
 //
 //   encoding             R                     G                           B
 //   0 full, BT.601       Y + (359v+128 >> 8)   Y - (88u+183v+128 >> 8)     Y + (454u+128 >> 8)
 //   1 studio, BT.601     (c + 409v) >> 8       (c - 100u - 208v) >> 8      (c + 516u) >> 8
 //   2 studio, BT.709     (c + 459v) >> 8       (c - 55u - 136v) >> 8       (c + 541u) >> 8
 //
-// 0 is what cameras send and what the YUV transforms take; 1 decodes the UYVY that this library makes
-// of RGB, a flat colour to within 3.
+// 0 is what cameras send and what the YUV transforms take; 1 decodes the UYVY that this library
+// makes of RGB, a flat colour to within 3.
 //   dst         3 * pixelCount bytes: B, G, R
 //   src         pixelCount * 3 / 2 bytes (4:1:1), * 2 (4:2:2), * 3 (4:4:4)
 //   pixelCount  1 or more; a multiple of 4 for 4:1:1, of 2 for 4:2:2
@@ -1061,9 +1065,9 @@ LUM_API uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* sourc
 LUM_API uint32_t LumYUVToBGR(uint8_t* dst, const uint8_t* src, uint32_t pixelCount, uint32_t layout,
                              uint32_t encoding);
 
-// A frame to planar 4:2:0, as video encoders take it: the plane of Y, then that of U, then that of V.
-// Mono and the RGB family become studio range BT.601; mono counts as R = G = B. With r, g, b the sums
-// over 2x2 pixels:
+// A frame to planar 4:2:0, as video encoders take it: the plane of Y, then that of U, then that of
+// V. Mono and the RGB family become studio range BT.601; mono counts as R = G = B. With r, g, b the
+// sums over 2x2 pixels:
 //   Y = ((66 R + 129 G + 25 B + 128) >> 8) + 16
 //   U = ((-38 r - 74 g + 112 b + 512) >> 10) + 128, V = ((112 r - 94 g - 18 b + 512) >> 10) + 128
 // YUV keeps its range: Y is copied, U and V are rounded means of the values of 2x2 pixels.
@@ -1079,8 +1083,8 @@ LUM_API uint32_t LumYUVToBGR(uint8_t* dst, const uint8_t* src, uint32_t pixelCou
 LUM_API uint32_t LumImageToI420(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                                 uint32_t layout);
 
-// Interleaved components to planes. The order of the pointers is the caller's: BGR24 to planes of R, G
-// and B is {b, g, r}.
+// Interleaved components to planes. The order of the pointers is the caller's: BGR24 to planes of
+// R, G and B is {b, g, r}.
 //   planes          channels pointers; plane i gets component i of every pixel, pixelCount *
 //                   bytesPerSample bytes. A null one is skipped
 //   src             pixelCount * channels * bytesPerSample bytes
@@ -1108,14 +1112,14 @@ LUM_API uint32_t LumPackedToPlanar(uint8_t* const* planes, const uint8_t* src, u
 LUM_API uint32_t LumPlanarToPacked(uint8_t* dst, const uint8_t* const* planes, uint32_t pixelCount,
                                    uint32_t channels, uint32_t bytesPerSample);
 
-// Packed samples of 10 and 12 bits, mono or mosaic, to words. Groups follow each other without regard
-// to rows.
+// Packed samples of 10 and 12 bits, mono or mosaic, to words. Groups follow each other without
+// regard to rows.
 //
 //   packing                        samples in bytes  values
 //   0  12-bit, GigE Vision packed  2 in 3            b0 << 4 | b1 & 15, b2 << 4 | b1 >> 4
 //   1  10-bit, GigE Vision packed  2 in 3            b0 << 2 | b1 & 3, b2 << 2 | (b1 >> 4) & 3
-//   2  12-bit, PFNC "12p"          2 in 3            a little-endian number, 12 bits each from below
-//   3  10-bit, PFNC "10p"          4 in 5            a little-endian number, 10 bits each from below
+//   2  12-bit, PFNC "12p"          2 in 3            little-endian, 12 bits each from below
+//   3  10-bit, PFNC "10p"          4 in 5            little-endian, 10 bits each from below
 //   4  12-bit, MIPI CSI-2          2 in 3            b0 << 4 | b2 & 15, b1 << 4 | b2 >> 4
 //   5  10-bit, MIPI CSI-2          4 in 5            bi << 2 | (b4 >> 2i) & 3, i = 0..3
 //
@@ -1123,18 +1127,18 @@ LUM_API uint32_t LumPlanarToPacked(uint8_t* dst, const uint8_t* const* planes, u
 //   src         pixelCount / 2 * 3 bytes, or pixelCount / 4 * 5
 //   pixelCount  1 or more, a multiple of the samples in a group
 //   packing     0 to 5
-//   bitDepth    of the destination: alignment 0 has the samples shifted up to bit 15, 1 as they are;
-//               endianness is the byte order. Not read: the other fields
+//   bitDepth    of the destination: alignment 0 has the samples shifted up to bit 15, 1 as they
+//               are; endianness is the byte order. Not read: the other fields
 // In place: no. Not written: nothing.
 // Checks: dst null: 0x88000002; src null: 0x88000003; pixelCount 0: 0x88000004; packing above 5:
-// 0x88000012; pixelCount no multiple: 0x88000004; bitDepth null: 0x88000006; alignment or endianness
-// above 1: 0x88000012.
+// 0x88000012; pixelCount no multiple: 0x88000004; bitDepth null: 0x88000006; alignment or
+// endianness above 1: 0x88000012.
 // Returns 0 or one of these.
 LUM_API uint32_t LumUnpackTo16(uint8_t* dst, const uint8_t* src, uint32_t pixelCount,
                                uint32_t packing, const LumBitDepthInfo* bitDepth);
 
-// Words to bytes, whatever the samples are. With V the word, alignment 0 gives V >> 8 and alignment 1
-// min(255, V >> (bitsUsed - 8)): bits above bitsUsed saturate.
+// Words to bytes, whatever the samples are. With V the word, alignment 0 gives V >> 8 and alignment
+// 1 gives min(255, V >> (bitsUsed - 8)): bits above bitsUsed saturate.
 //   dst          sampleCount bytes
 //   src          2 * sampleCount bytes
 //   sampleCount  samples, 1 or more; of three-channel pixels three times their number
@@ -1156,7 +1160,7 @@ LUM_API uint32_t LumSamples16To8(uint8_t* dst, const uint8_t* src, uint32_t samp
 // exchanged before those:
 //
 //   0 copy    1 mirrored    2 upside down    3 turned by 180
-//   4 transposed    5 turned by 90 clockwise    6 turned by 90 anticlockwise    7 both diagonals
+//   4 transposed    5 turned by 90 clockwise    6 turned by 90 anticlockwise    7 about the other diagonal
 //
 //   dst            width * height * bytesPerPixel bytes; from mode 4 on its rows have height pixels
 //   src            as many bytes
@@ -1164,9 +1168,9 @@ LUM_API uint32_t LumSamples16To8(uint8_t* dst, const uint8_t* src, uint32_t samp
 //   bytesPerPixel  1 to 16; a pixel is moved whole
 //   mode           0 to 7
 // In place: dst equal to src with modes 0 to 3. Not written: nothing.
-// A mosaic's pattern becomes pattern ^ 2 under 1 when the new width is even, pattern ^ 1 under 2 when
-// the new height is even; under 4 patterns 1 and 2 change places first. Packed samples and UYVY share
-// bytes between pixels: only mode 2 suits them, with a row as one pixel.
+// A mosaic's pattern becomes pattern ^ 2 under 1 when the new width is even, pattern ^ 1 under 2
+// when the new height is even; under 4 patterns 1 and 2 change places first. Packed samples and UYVY
+// share bytes between pixels: only mode 2 suits them.
 // Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
 // bytesPerPixel: 0x88000006; mode above 7: 0x88000012; dst equal to src with mode 4 or above:
 // 0x88000003.
@@ -1188,8 +1192,8 @@ LUM_API uint32_t LumFlip(uint8_t* dst, const uint8_t* src, uint32_t width, uint3
 LUM_API uint32_t LumCopyRows(uint8_t* dst, const uint8_t* src, uint32_t rowBytes, uint32_t rows,
                              uint32_t dstPitch, uint32_t srcPitch);
 
-// Makes one pixel of factorX * factorY: the rounded mean of each channel, (sum + n / 2) / n with n =
-// factorX * factorY. Not for mosaics.
+// Makes one pixel of factorX * factorY: the rounded mean of each channel, (sum + n / 2) / n with n
+// = factorX * factorY. Not for mosaics.
 //   dst               (width / factorX) * (height / factorY) pixels, sizes rounded down
 //   src               width * height pixels; columns and rows that do not fill a block are not read
 //   width, height     pixels, not below the factors
@@ -1205,10 +1209,10 @@ LUM_API uint32_t LumBin(uint8_t* dst, const uint8_t* src, uint32_t width, uint32
                         uint32_t channels, uint32_t bytesPerSample, uint32_t factorX,
                         uint32_t factorY);
 
-// Resamples one row. Pixel x of the result is taken at p = position + x * step, limited to the source
-// row, in units of 1/65536 source pixel, pixel centres at whole numbers. Nearest takes pixel (p +
-// 32768) >> 16. Linear takes a, the pixel p >> 16, and b, the next one (a itself at the end), and gives
-// a + (((b - a) f + 16384) >> 15) with f = (p >> 1) & 32767, channel by channel.
+// Resamples one row. Pixel x of the result is taken at p = position + x * step, limited to the
+// source row, in units of 1/65536 source pixel, pixel centres at whole numbers. Nearest takes pixel
+// (p + 32768) >> 16. Linear takes a, the pixel p >> 16, and b, the next one (a itself at the end),
+// and gives a + (((b - a) f + 16384) >> 15) with f = (p >> 1) & 32767, channel by channel.
 //   dst             dstCount pixels
 //   src             srcCount pixels
 //   dstCount        1 or more
@@ -1219,8 +1223,8 @@ LUM_API uint32_t LumBin(uint8_t* dst, const uint8_t* src, uint32_t width, uint32
 //   step            from pixel to pixel; 0 repeats one pixel
 //   mode            0 nearest, 1 linear
 // In place: no. Not written: nothing.
-// Checks: dst null: 0x88000002; src null: 0x88000003; dstCount 0: 0x88000004; srcCount 0: 0x88000005;
-// channels: 0x88000006; bytesPerSample: 0x88000007; mode above 1: 0x88000012.
+// Checks: dst null: 0x88000002; src null: 0x88000003; dstCount 0: 0x88000004; srcCount 0:
+// 0x88000005; channels: 0x88000006; bytesPerSample: 0x88000007; mode above 1: 0x88000012.
 // Returns 0 or one of these.
 LUM_API uint32_t LumResampleRow(uint8_t* dst, const uint8_t* src, uint32_t dstCount,
                                 uint32_t srcCount, uint32_t channels, uint32_t bytesPerSample,
@@ -1259,13 +1263,13 @@ LUM_API int32_t LumGetVersion(uint32_t* version);
 //   selector    0 "Release X86", 1 "X86", 2 "Release", any other the empty text
 //   buffer      receives the text and a terminating zero; a text that does not fit is cut
 //   bufferSize  bytes; 0 writes nothing. 12 suffice
-// Checks: buffer null: 0x88000002. Returns 0,: 0x88000002.
+// Checks: buffer null: 0x88000002. Returns 0 or that.
 LUM_API uint32_t LumGetApiInfoString(uint32_t selector, char* buffer, uint32_t bufferSize);
 
 // Which instruction sets there are and which of them the library was built to use.
 //   info  12 bytes, each 0 or 1, in pairs: the processor has it, the library was built with it. The
 //         pairs: SSE2, SSSE3, SSE4.1, AVX2, AVX-512 (F, BW, VL, DQ, VBMI), NEON
-// Checks: info null (int32_t)0x88000002. Returns 0 or that.
+// Checks: info null: (int32_t)0x88000002. Returns 0 or that.
 LUM_API int32_t LumGetTechnoInfo(uint8_t* info);
 
 // The English text of a LumErrorType, 0 to -18; "return code not found" for any other code.

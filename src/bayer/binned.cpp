@@ -27,7 +27,8 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
     for (int64_t y = 0; y < f.height; y += 2) {
       fetch(y + 1);
       fetch(y + 2);
-      // Across the cell: from its upper row to the one below it, from its lower row to the one above.
+      // Across the cell: from its upper row to the one below it, from its lower row to the one
+      // above.
       const bool red_above = f.red.row == 0;
       const uint8_t *red = strip[y], *far_red = strip[y + 2];
       const uint8_t *blue = strip[y + 1], *far_blue = strip[y - 1];

@@ -27,7 +27,7 @@ class Matrix {
 
   // Row i's sum of signed words, kLanes / 4 pixels.
   LUM_INLINE I32 sum(int i, I16 red_green, I16 blue_zero) const {
-    return madd(red_green, red_green_[i]) + madd(blue_zero, blue_[i]);
+    return I32(U32(madd(red_green, red_green_[i])) + U32(madd(blue_zero, blue_[i])));
   }
   // The same for unsigned words that come less 32768; wraps where the exact sum does not.
   LUM_INLINE I32 biased_sum(int i, I16 red_green, I16 blue_zero) const {

@@ -1,5 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Binning: rows are summed first, then neighbours in the sums, then comes one division a sample.
+// Binning: rows are summed (in pairs of neighbours where the factor is even), then what neighbours
+// are left, then comes one division a sample.
 #include <string.h>
 
 #include <algorithm>
@@ -12,33 +13,9 @@
 namespace lum {
 namespace {
 
-constexpr size_t kTile = 2048;  // samples of a row at a time, so that the sums stay on the stack
-
-// sums[i] = the sum of `factor` neighbours, channel by channel.
-template <class Sum, size_t channels>
-void add_neighbours(Sum* sums, size_t pixels, size_t factor) {
-  for (size_t i = 0; i < pixels; ++i) {
-    const Sum* const from = sums + i * factor * channels;
-    Sum total[channels];
-    for (size_t c = 0; c < channels; ++c) total[c] = from[c];
-    for (size_t k = 1; k < factor; ++k) {
-      for (size_t c = 0; c < channels; ++c) {
-        total[c] = static_cast<Sum>(total[c] + from[k * channels + c]);
-      }
-    }
-    for (size_t c = 0; c < channels; ++c) sums[i * channels + c] = total[c];
-  }
-}
-template <class Sum>
-void add_neighbours(Sum* sums, size_t pixels, size_t factor, uint32_t channels) {
-  if (factor == 1) return;
-  switch (channels) {
-    case 1: return add_neighbours<Sum, 1>(sums, pixels, factor);
-    case 2: return add_neighbours<Sum, 2>(sums, pixels, factor);
-    case 3: return add_neighbours<Sum, 3>(sums, pixels, factor);
-    default: return add_neighbours<Sum, 4>(sums, pixels, factor);
-  }
-}
+// Samples of a row at a time, so that the sums stay in the first-level cache and on the stack.
+constexpr size_t kTile = 1024;
+constexpr size_t kTileRoom = kTile + kBlockSamples;
 
 template <class Sum>
 struct Steps {
@@ -47,31 +24,96 @@ struct Steps {
   void (*divide)(uint8_t* dst, const Sum* sums, size_t n, uint32_t count);
 };
 
+// sums[i] = the sum of `factor` neighbours.
 template <class Sum>
-void bin_frame(const Steps<Sum>& steps, uint8_t* dst, const uint8_t* src, FrameSize size,
-               PixelShape pixel, uint32_t factor_x, uint32_t factor_y) {
-  const size_t out_width = size.width / factor_x, out_height = size.height / factor_y;
-  const size_t src_row = size.width * pixel.bytes();
-  // Of one channel, pairs are summed as they are read.
-  const bool pairs = pixel.channels == 1 && factor_x % 2 == 0;
-  const size_t tile = kTile / (pixel.channels * factor_x);
-  alignas(64) Sum sums[kTile + kBlockSamples];
-  for (size_t x = 0; x < out_width; x += tile) {
-    const size_t n = std::min(tile, out_width - x);
-    const size_t in = n * factor_x * pixel.channels;
-    for (size_t y = 0; y < out_height; ++y) {
-      const uint8_t* row = src + y * factor_y * src_row + x * factor_x * pixel.bytes();
-      for (uint32_t i = 0; i < factor_y; ++i, row += src_row) {
-        if (pairs) {
-          steps.add_pairs(sums, row, in / 2, i == 0);
-        } else {
-          steps.add(sums, row, in, i == 0);
+void add_neighbours(Sum* sums, size_t n, size_t factor) {
+  if (factor == 1) return;
+  for (size_t i = 0; i < n; ++i) {
+    Sum total = sums[i * factor];
+    for (size_t k = 1; k < factor; ++k) total = static_cast<Sum>(total + sums[i * factor + k]);
+    sums[i] = total;
+  }
+}
+
+template <class Sum>
+class Binning {
+ public:
+  Binning(const DirectKernels& kernels, const Steps<Sum>& steps, PixelShape pixel,
+          uint32_t factor_x, uint32_t factor_y, size_t src_row)
+      : kernels_(kernels),
+        steps_(steps),
+        pixel_(pixel),
+        factor_x_(factor_x),
+        factor_y_(factor_y),
+        src_row_(src_row) {}
+
+  // n pixels of the result, from factor_y rows.
+  void row(uint8_t* dst, const uint8_t* src, size_t n) {
+    const bool planes = pixel_.channels > 1 && factor_x_ > 1;
+    const size_t samples_of_pixel = planes ? 1 : pixel_.channels;
+    const size_t tile = kTile / (factor_x_ * samples_of_pixel);
+    for (size_t x = 0; x < n; x += tile) {
+      const size_t pixels = std::min(tile, n - x);
+      uint8_t* const to = dst + x * pixel_.bytes();
+      const uint8_t* const from = src + x * factor_x_ * pixel_.bytes();
+      if (planes) {
+        by_planes(to, from, pixels);
+      } else {
+        for (uint32_t i = 0; i < factor_y_; ++i) {
+          add(sums_[0], from + i * src_row_, pixels * factor_x_ * samples_of_pixel, i == 0);
         }
+        finish(to, sums_[0], pixels * samples_of_pixel);
       }
-      add_neighbours(sums, n, pairs ? factor_x / 2 : factor_x, pixel.channels);
-      steps.divide(dst + (y * out_width + x) * pixel.bytes(), sums, n * pixel.channels,
-                   factor_x * factor_y);
     }
+  }
+
+ private:
+  // Neighbours of one channel lie side by side in planes only.
+  void by_planes(uint8_t* dst, const uint8_t* src, size_t pixels) {
+    uint8_t* planes[kMaxChannels];
+    for (size_t c = 0; c < kMaxChannels; ++c) planes[c] = planes_[c];
+    const uint32_t channels = pixel_.channels;
+    for (uint32_t i = 0; i < factor_y_; ++i) {
+      kernels_.split[pixel_.sample_bytes - 1][channels - 2](planes, src + i * src_row_,
+                                                            pixels * factor_x_);
+      for (size_t c = 0; c < channels; ++c) {
+        add(sums_[c], planes[c], pixels * factor_x_, i == 0);
+      }
+    }
+    for (size_t c = 0; c < channels; ++c) finish(planes[c], sums_[c], pixels);
+    kernels_.join[pixel_.sample_bytes - 1][channels - 2](dst, planes, pixels);
+  }
+
+  bool pairs() const { return factor_x_ % 2 == 0; }
+  // n samples of a row; where it can be, in pairs.
+  void add(Sum* sums, const uint8_t* row, size_t n, bool first) const {
+    if (pairs()) {
+      steps_.add_pairs(sums, row, n / 2, first);
+    } else {
+      steps_.add(sums, row, n, first);
+    }
+  }
+  void finish(uint8_t* dst, Sum* sums, size_t n) const {
+    add_neighbours(sums, n, factor_x_ == 1 ? 1 : pairs() ? factor_x_ / 2 : factor_x_);
+    steps_.divide(dst, sums, n, factor_x_ * factor_y_);
+  }
+
+  const DirectKernels& kernels_;
+  const Steps<Sum> steps_;
+  const PixelShape pixel_;
+  const uint32_t factor_x_, factor_y_;
+  const size_t src_row_;
+  alignas(64) Sum sums_[kMaxChannels][kTileRoom];
+  alignas(64) uint8_t planes_[kMaxChannels][kTileRoom * 2];
+};
+
+template <class Sum>
+void bin_frame(const Kernels& kernels, const Steps<Sum>& steps, uint8_t* dst, const uint8_t* src,
+               FrameSize size, PixelShape pixel, uint32_t factor_x, uint32_t factor_y) {
+  const size_t n = size.width / factor_x, src_row = size.width * pixel.bytes();
+  Binning<Sum> binning(kernels.direct, steps, pixel, factor_x, factor_y, src_row);
+  for (size_t y = 0; y < size.height / factor_y; ++y) {
+    binning.row(dst + y * n * pixel.bytes(), src + y * factor_y * src_row, n);
   }
 }
 
@@ -85,10 +127,11 @@ void bin(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t widt
   if (factor_x == 1 && factor_y == 1) {
     memcpy(dst, src, size_t{width} * height * pixel.bytes());
   } else if (sample_bytes == 1) {
-    bin_frame<uint16_t>({k.add8, k.add8_pairs, k.divide8}, dst, src, size, pixel, factor_x, factor_y);
-  } else {
-    bin_frame<uint32_t>({k.add16, k.add16_pairs, k.divide16}, dst, src, size, pixel, factor_x,
+    bin_frame<uint16_t>(kernels, {k.add8, k.add8_pairs, k.divide8}, dst, src, size, pixel, factor_x,
                         factor_y);
+  } else {
+    bin_frame<uint32_t>(kernels, {k.add16, k.add16_pairs, k.divide16}, dst, src, size, pixel,
+                        factor_x, factor_y);
   }
 }
 
@@ -96,8 +139,8 @@ void bin(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t widt
 
 using namespace lum;
 
-uint32_t LumBin(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height, uint32_t channels,
-                uint32_t bytesPerSample, uint32_t factorX, uint32_t factorY) {
+uint32_t LumBin(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
+                uint32_t channels, uint32_t bytesPerSample, uint32_t factorX, uint32_t factorY) {
   if (dst == nullptr) return bad_parameter(1);
   if (src == nullptr) return bad_parameter(2);
   if (width == 0) return bad_parameter(3);

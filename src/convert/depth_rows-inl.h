@@ -1,8 +1,8 @@
 // SPDX-License-Identifier: MIT
 // Packed samples of 10 and 12 bits to words, and words to bytes.
 //
-// A shuffle brings the bytes of a sample into its word; what is left are shifts that differ from word
-// to word. a, b, c, d are the samples of a group:
+// A shuffle brings the bytes of a sample into its word; what is left are shifts that differ from
+// word to word. a, b, c, d are the samples of a group:
 //
 //   GigE Vision   12: a[11:4], b[3:0] a[3:0], b[11:4]   10: a[9:2], 00 b[1:0] 00 a[1:0], b[9:2]
 //   PFNC "p"      one little-endian number, the samples from the bottom
@@ -46,8 +46,8 @@ struct Pfnc12 {
   };
 };
 
-// 64, 16, 4, 1: a product with these moves sample i of a group, which starts at bit 2 i of its word,
-// up to bit 6.
+// 64, 16, 4, 1: a product with these moves sample i of a group, which starts at bit 2 i of its
+// word, up to bit 6.
 constexpr LaneTable kUpToBit6 =
     lane_table([](int i) { return i % 2 == 0 ? 64 >> (i / 2 % 4 * 2) : 0; });
 

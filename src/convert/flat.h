@@ -17,7 +17,7 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
 // Grey bytes to UYVY: of an odd count the last Y1 is not written.
 void mono8_to_uyvy(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count);
 
-// Little-endian 16-bit mono with the tint (see mono_sources-inl.h), to the 8-bit sinks.
+// Little-endian 16-bit mono with the tint, to the 8-bit sinks.
 void mono16_little_endian_tinted(const Kernels& kernels, Sink sink, uint8_t* dst,
                                  const uint8_t* src, uint32_t count);
 

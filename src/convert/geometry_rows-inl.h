@@ -29,9 +29,9 @@ struct ReversedWords3 {
   }
 };
 
-// From both ends to the middle, two blocks at a time, each stored where the other came from: so dst may
-// be src. The blocks about the middle are loaded before anything is stored; when fewer pixels than a
-// block are left between the two ends, they finish the row.
+// From both ends to the middle, two blocks at a time, each stored where the other came from: so dst
+// may be src. The blocks about the middle are loaded before anything is stored; when fewer pixels
+// than a block are left between the two ends, they finish the row.
 template <class Pixels>
 void reverse(uint8_t* dst, const uint8_t* src, size_t n) {
   constexpr size_t kSize = Pixels::kSize, kStep = Pixels::kPixels;
@@ -46,6 +46,8 @@ void reverse(uint8_t* dst, const uint8_t* src, size_t n) {
   const auto second = Pixels::load_block(src + mirrored * kSize);
   size_t left = 0, right = n;
   const auto exchange_ends = [&] {
+    prefetch_read(src + left * kSize);
+    prefetch_read(src + right * kSize - 2 * kPrefetchDistance);
     const auto a = Pixels::load_block(src + left * kSize);
     const auto b = Pixels::load_block(src + (right - kStep) * kSize);
     Pixels::store_reversed(dst + (right - kStep) * kSize, a);
@@ -60,9 +62,9 @@ void reverse(uint8_t* dst, const uint8_t* src, size_t n) {
   }
 }
 
-// ---- Transposition of kCount columns and as many rows in each piece of a vector, by interleaving row
-// i with row i + kCount / 2: each such round moves every element's row number by one bit towards
-// its column number.
+// ---- Transposition of kCount columns and as many rows in each piece of a vector, by interleaving
+// row i with row i + kCount / 2: each such round moves every element's row number by one bit
+// towards its column number.
 template <class V>
 LUM_INLINE void transpose_tile(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
                                ptrdiff_t src_stride) {
@@ -101,8 +103,8 @@ void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t
     }
     return;
   }
-  over_row(rows, kTileRows, [&](size_t row) {
-    over_row(columns, kTileColumns, [&](size_t column) {
+  over_row(columns, kTileColumns, [&](size_t column) {
+    over_row(rows, kTileRows, [&](size_t row) {
       transpose_tile<V>(transposed(row, column), dst_stride, element(row, column), src_stride);
     });
   });
@@ -172,9 +174,9 @@ void add(typename Samples::Sum* sums, const uint8_t* row, size_t n, bool first) 
 
 LUM_INLINE unsigned log2_floor(uint32_t v) { return 31u - static_cast<unsigned>(__builtin_clz(v)); }
 
-// Quotients of 16-bit sums: ((x + increment) * factor) >> 16 >> shift with the multiple of 1 / count
-// that is nearer, rounded up (increment 0) or down (1). Exact for sums of `count` bytes and half of it,
-// for every product of two numbers up to 16.
+// Quotients of 16-bit sums: ((x + increment) * factor) >> 16 >> shift with the multiple of 1 /
+// count that is nearer, rounded up (increment 0) or down (1). Exact for sums of `count` bytes and
+// half of it, for every product of two numbers up to 16.
 inline void divide8(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count) {
   const unsigned shift = log2_floor(count);
   const bool power = (count & (count - 1)) == 0;
@@ -197,8 +199,8 @@ inline void divide8(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count
       });
 }
 
-// Quotients of sums below 2^24: a product in floating point is off by one at most, in whatever rounding
-// mode, and the remainder tells which way.
+// Quotients of sums below 2^24: a product in floating point is off by one at most, in whatever
+// rounding mode, and the remainder tells which way.
 typedef float F32 __attribute__((vector_size(kLanes)));
 inline void divide16(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count) {
   const unsigned shift = log2_floor(count);
@@ -224,6 +226,43 @@ inline void divide16(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t coun
         const U16 last = block(sums + x);
         memcpy(dst + 2 * x, &last, 2 * rest);
       });
+}
+
+// ---- Picks: for each piece of the result, bytes of the two pieces of the source from its base on.
+struct Window {
+  U8 first, second;
+};
+LUM_INLINE Window load_window(const uint8_t* src, const size_t* base) {
+  return {load_pieces_at(src, base), load_pieces_at(src + kPieceBytes, base)};
+}
+// An index at or above the size of a piece has its highest bit set for the first one, one below it
+// for the second.
+LUM_INLINE U8 picked(const Window& w, U8 index) {
+  return pick_bytes(w.first, index + static_cast<uint8_t>(0x80 - kPieceBytes)) |
+         pick_bytes(w.second, index - static_cast<uint8_t>(kPieceBytes));
+}
+constexpr size_t kPieces = kLanes / kPieceBytes;
+
+inline void pick(uint8_t* dst, const uint8_t* src, const size_t* base, const uint8_t* index,
+                 size_t n) {
+  const auto block = [&](size_t x) {
+    return picked(load_window(src, base + x / kLanes * kPieces), load<U8>(index + x));
+  };
+  over_blocks(
+      n, kLanes, [&](size_t x) { store(dst + x, block(x)); },
+      [&](size_t x, size_t rest) {
+        const U8 last = block(x);
+        memcpy(dst + x, &last, rest);
+      });
+}
+inline void pick_pairs(uint8_t* a, uint8_t* b, const uint8_t* src, const size_t* base,
+                       const uint8_t* index, uint8_t offset, size_t n) {
+  for (size_t x = 0; x < n; x += kLanes) {
+    const Window w = load_window(src, base + x / kLanes * kPieces);
+    const U8 i = load<U8>(index + x);
+    store(a + x, picked(w, i));
+    store(b + x, picked(w, i + offset));
+  }
 }
 
 // ---- Mixes. Bytes fit the rounding product of words; words need 32 bits.

@@ -58,7 +58,7 @@ uint32_t LumY12ImageTransform(uint8_t* dst, const uint8_t* src, uint32_t count,
                               uint32_t formatIndex) {
   if (dst == nullptr) return bad_parameter(1);
   if (src == nullptr) return bad_parameter(2);
-  if (count % 2 != 0) return bad_parameter(3);  // no pixels at all are fine
+  if (count % 2 != 0) return bad_parameter(3);  // Kept: no pixels at all are fine
   if (formatIndex > LUM_FORMAT_MONO8_REC709) return kNotImplemented;
   convert_flat(kernels(), Source::mono12_packed, static_cast<Sink>(formatIndex), dst, src, count);
   return kSuccess;

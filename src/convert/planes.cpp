@@ -35,15 +35,32 @@ void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uin
 
 bool i420_source(uint32_t layout, Source* source) {
   switch (layout) {
-    case LumPixelLayoutMono: *source = Source::mono8; return true;
-    case LumPixelLayoutRGB: *source = Source::rgb24; return true;
-    case LumPixelLayoutBGR: *source = Source::bgr24; return true;
-    case LumPixelLayoutRGBA: *source = Source::rgba32; return true;
-    case LumPixelLayoutBGRA: *source = Source::bgra32; return true;
-    case LumPixelLayoutYUV411: *source = Source::yuv411; return true;
-    case LumPixelLayoutYUV422: *source = Source::yuv422; return true;
-    case LumPixelLayoutYUV444: *source = Source::yuv444; return true;
-    default: return false;
+    case LumPixelLayoutMono:
+      *source = Source::mono8;
+      return true;
+    case LumPixelLayoutRGB:
+      *source = Source::rgb24;
+      return true;
+    case LumPixelLayoutBGR:
+      *source = Source::bgr24;
+      return true;
+    case LumPixelLayoutRGBA:
+      *source = Source::rgba32;
+      return true;
+    case LumPixelLayoutBGRA:
+      *source = Source::bgra32;
+      return true;
+    case LumPixelLayoutYUV411:
+      *source = Source::yuv411;
+      return true;
+    case LumPixelLayoutYUV422:
+      *source = Source::yuv422;
+      return true;
+    case LumPixelLayoutYUV444:
+      *source = Source::yuv444;
+      return true;
+    default:
+      return false;
   }
 }
 

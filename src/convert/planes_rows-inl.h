@@ -4,8 +4,8 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// Calls block(x) for blocks of `step` samples that cover 0 .. n - 1, n >= step; the last one overlaps
-// the one before it where step does not divide n.
+// Calls block(x) for blocks of `step` samples that cover 0 .. n - 1, n >= step; the last one
+// overlaps the one before it where step does not divide n.
 template <class Block>
 LUM_INLINE void over_row(size_t n, size_t step, Block block) {
   size_t x = 0;
@@ -118,8 +118,8 @@ void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
   });
 }
 
-// ---- 4:2:0. A source gives kLanes pixels of a row as it has them, and of two such blocks the chroma
-// of their kLanes / 2 squares of 2 x 2 pixels as words.
+// ---- 4:2:0. A source gives kLanes pixels of a row as it has them, and of two such blocks the
+// chroma of their kLanes / 2 squares of 2 x 2 pixels as words.
 struct Chroma {
   U16 u, v;
 };
@@ -210,8 +210,8 @@ struct Yuv444To420 {
 };
 
 template <class Source>
-LUM_INLINE void i420_block(const uint8_t* a, const uint8_t* b, uint8_t* y0, uint8_t* y1,
-                           uint8_t* u, uint8_t* v) {
+LUM_INLINE void i420_block(const uint8_t* a, const uint8_t* b, uint8_t* y0, uint8_t* y1, uint8_t* u,
+                           uint8_t* v) {
   const auto upper = Source::block(a), lower = Source::block(b);
   store(y0, luma_of(upper));
   store(y1, luma_of(lower));

@@ -1,7 +1,9 @@
 // SPDX-License-Identifier: MIT
-// Resampling: a plan says for each pixel of a column tile which two source pixels it lies between and
-// how far; the pixels are gathered by it, and the kernels mix them. Rows of a frame are resampled one
-// by one and mixed in pairs.
+// Resampling: a plan says for each pixel of a column tile which two source pixels it lies between
+// and how far; the pixels are gathered by it, and the kernels mix them. Rows of a frame are
+// resampled one by one and mixed in pairs. As all of them follow one plan, it is worth a second
+// one: pieces of the result whose bytes all come from a short stretch of the source are picked from
+// it in one go.
 #include <string.h>
 
 #include <algorithm>
@@ -14,8 +16,12 @@
 namespace lum {
 namespace {
 
-constexpr uint32_t kTile = 512;  // pixels
-constexpr size_t kTileBytes = kTile * kMaxChannels * 2 + kBlockSamples * 2;
+// Columns are taken in tiles, as wide as the stack permits: rows of the source are then read in
+// long runs.
+constexpr size_t kTile = 4096;  // bytes of the result
+constexpr size_t kTileBytes = kTile + 2 * kBlockSamples;
+uint32_t tile_pixels(PixelShape pixel) { return static_cast<uint32_t>(kTile / pixel.bytes()); }
+constexpr size_t kLeastPiece = 8;  // of the picks of all levels
 
 constexpr uint64_t kOne = 1u << 16, kHalf = kOne / 2;  // positions are 16.16
 
@@ -33,15 +39,43 @@ uint16_t fraction(uint64_t p) { return static_cast<uint16_t>((p >> 1) & 0x7FFF);
 uint64_t next(uint64_t index, uint32_t count) { return index + (index + 1 < count ? 1 : 0); }
 
 struct Plan {
-  uint32_t n;                // pixels
-  size_t at[kTile];          // where a pixel lies in the source row, in bytes
-  size_t next[kTile];        // linear: the pixel that it is mixed with
-  uint16_t f[kTile * kMaxChannels + kBlockSamples];  // by how much, for every sample
+  uint32_t n;        // pixels
+  size_t at[kTile];  // where a pixel lies in the source row, in bytes
+  size_t last;  // linear: where the row's last pixel lies; the others are mixed with the next one
+  uint16_t f[kTile + kBlockSamples];  // by how much, for every sample
+  bool picks = false;                 // what follows is filled in
+  size_t base[kTileBytes / kLeastPiece];
+  uint8_t index[kTileBytes];
 };
+
+// Only steps below some two pixels leave a piece's bytes close enough to each other.
+void add_picks(Plan& plan, const DirectKernels& k, size_t pixel_bytes, size_t row_bytes) {
+  const size_t piece = k.pick_piece, window = 2 * piece;
+  const size_t bytes = plan.n * pixel_bytes, whole = (bytes + kBlockSamples - 1) / kBlockSamples;
+  if (row_bytes < window) return;
+  memset(plan.index, 0, sizeof plan.index);
+  for (size_t first = 0; first < whole * kBlockSamples; first += piece) {
+    size_t& base = plan.base[first / piece];
+    base = 0;
+    if (first >= bytes) continue;
+    base = std::min(plan.at[first / pixel_bytes], row_bytes - window);
+    const size_t end = std::min(first + piece, bytes);
+    // Of the last pixel and the next one; behind the row's last one there is none, and none is
+    // mixed in.
+    const size_t behind = plan.at[(end - 1) / pixel_bytes] + 2 * pixel_bytes;
+    if (std::min(behind, row_bytes) > base + window) return;
+    for (size_t i = first; i < end; ++i) {
+      const size_t source = plan.at[i / pixel_bytes] + i % pixel_bytes;
+      plan.index[i] = static_cast<uint8_t>(source - base);
+    }
+  }
+  plan.picks = true;
+}
 
 void make_plan(Plan& plan, uint64_t first, uint32_t n, uint32_t src_count, PixelShape pixel,
                int64_t position, uint32_t step, Resampling mode) {
   plan.n = n;
+  plan.last = (size_t{src_count} - 1) * pixel.bytes();
   uint16_t* f = plan.f;
   for (uint32_t x = 0; x < n; ++x) {
     const uint64_t p = position_of(position, step, first + x, src_count);
@@ -50,35 +84,51 @@ void make_plan(Plan& plan, uint64_t first, uint32_t n, uint32_t src_count, Pixel
       continue;
     }
     plan.at[x] = (p >> 16) * pixel.bytes();
-    plan.next[x] = next(p >> 16, src_count) * pixel.bytes();
     for (uint32_t c = 0; c < pixel.channels; ++c) *f++ = fraction(p);
   }
 }
 
+// Pixels `skip` bytes on from where they are said to be, but for the last.
 template <size_t bytes>
-void gather(uint8_t* dst, const uint8_t* src, const size_t* at, size_t n) {
-  for (size_t x = 0; x < n; ++x) memcpy(dst + x * bytes, src + at[x], bytes);
-}
-void gather(uint8_t* dst, const uint8_t* src, const size_t* at, size_t n, size_t bytes) {
-  switch (bytes) {
-    case 1: return gather<1>(dst, src, at, n);
-    case 2: return gather<2>(dst, src, at, n);
-    case 3: return gather<3>(dst, src, at, n);
-    case 4: return gather<4>(dst, src, at, n);
-    case 6: return gather<6>(dst, src, at, n);
-    default: return gather<8>(dst, src, at, n);
+void gather(uint8_t* dst, const uint8_t* src, const Plan& plan, size_t skip) {
+  for (size_t x = 0; x < plan.n; ++x) {
+    memcpy(dst + x * bytes, src + std::min(plan.at[x] + skip, plan.last), bytes);
   }
 }
-
+void gather(uint8_t* dst, const uint8_t* src, const Plan& plan, size_t skip, size_t bytes) {
+  switch (bytes) {
+    case 1:
+      return gather<1>(dst, src, plan, skip);
+    case 2:
+      return gather<2>(dst, src, plan, skip);
+    case 3:
+      return gather<3>(dst, src, plan, skip);
+    case 4:
+      return gather<4>(dst, src, plan, skip);
+    case 6:
+      return gather<6>(dst, src, plan, skip);
+    default:
+      return gather<8>(dst, src, plan, skip);
+  }
+}
 void resample_tile(const DirectKernels& k, uint8_t* dst, const uint8_t* src, const Plan& plan,
                    PixelShape pixel, Resampling mode) {
+  const size_t bytes = plan.n * pixel.bytes();
   if (mode == Resampling::nearest) {
-    gather(dst, src, plan.at, plan.n, pixel.bytes());
+    if (plan.picks) {
+      k.pick(dst, src, plan.base, plan.index, bytes);
+    } else {
+      gather(dst, src, plan, 0, pixel.bytes());
+    }
     return;
   }
   alignas(64) uint8_t a[kTileBytes], b[kTileBytes];
-  gather(a, src, plan.at, plan.n, pixel.bytes());
-  gather(b, src, plan.next, plan.n, pixel.bytes());
+  if (plan.picks) {
+    k.pick_pairs(a, b, src, plan.base, plan.index, static_cast<uint8_t>(pixel.bytes()), bytes);
+  } else {
+    gather(a, src, plan, 0, pixel.bytes());
+    gather(b, src, plan, pixel.bytes(), pixel.bytes());
+  }
   const auto mix = pixel.sample_bytes == 1 ? k.mix8 : k.mix16;
   mix(dst, a, b, plan.f, size_t{plan.n} * pixel.channels);
 }
@@ -119,8 +169,9 @@ void resample_row(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint
                   uint32_t src_count, PixelShape pixel, int32_t position, uint32_t step,
                   Resampling mode) {
   Plan plan;
-  for (uint64_t x = 0; x < dst_count; x += kTile) {
-    const uint32_t n = static_cast<uint32_t>(std::min<uint64_t>(kTile, dst_count - x));
+  const uint32_t tile = tile_pixels(pixel);
+  for (uint64_t x = 0; x < dst_count; x += tile) {
+    const uint32_t n = static_cast<uint32_t>(std::min<uint64_t>(tile, dst_count - x));
     make_plan(plan, x, n, src_count, pixel, position, step, mode);
     resample_tile(kernels.direct, dst + x * pixel.bytes(), src, plan, pixel, mode);
   }
@@ -135,17 +186,21 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
   }
   const uint32_t step_x = (src_size.width << 16) / dst_size.width;
   const uint32_t step_y = (src_size.height << 16) / dst_size.height;
-  const auto mix = pixel.sample_bytes == 1 ? kernels.direct.mix8_evenly : kernels.direct.mix16_evenly;
+  const auto mix =
+      pixel.sample_bytes == 1 ? kernels.direct.mix8_evenly : kernels.direct.mix16_evenly;
   Plan plan;
-  for (uint32_t x = 0; x < dst_size.width; x += kTile) {
-    const uint32_t n = std::min(kTile, dst_size.width - x);
+  const uint32_t tile = tile_pixels(pixel);
+  for (uint32_t x = 0; x < dst_size.width; x += tile) {
+    const uint32_t n = std::min(tile, dst_size.width - x);
     make_plan(plan, x, n, src_size.width, pixel, first_position(step_x), step_x, mode);
+    plan.picks = false;
+    add_picks(plan, kernels.direct, pixel.bytes(), src_row);
     TileRows rows(kernels.direct, src, src_row, plan, pixel);
     uint8_t* out = dst + x * pixel.bytes();
     for (uint32_t y = 0; y < dst_size.height; ++y, out += dst_row) {
       const uint64_t q = position_of(first_position(step_y), step_y, y, src_size.height);
       if (mode == Resampling::nearest) {
-        gather(out, src + nearest(q) * src_row, plan.at, n, pixel.bytes());
+        resample_tile(kernels.direct, out, src + nearest(q) * src_row, plan, pixel, mode);
         continue;
       }
       const uint8_t* const upper = rows.row(q >> 16);
@@ -179,8 +234,8 @@ uint32_t LumResampleRow(uint8_t* dst, const uint8_t* src, uint32_t dstCount, uin
 }
 
 uint32_t LumResize(uint8_t* dst, const uint8_t* src, uint32_t dstWidth, uint32_t dstHeight,
-                   uint32_t srcWidth, uint32_t srcHeight, uint32_t channels, uint32_t bytesPerSample,
-                   uint32_t mode) {
+                   uint32_t srcWidth, uint32_t srcHeight, uint32_t channels,
+                   uint32_t bytesPerSample, uint32_t mode) {
   constexpr uint32_t kMaxSize = 65535;
   const uint32_t sizes[] = {dstWidth, dstHeight, srcWidth, srcHeight};
   if (dst == nullptr) return bad_parameter(1);

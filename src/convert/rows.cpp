@@ -63,7 +63,7 @@ uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source, uint3
   }
   // In place the lines are written from the top, and the second field lies below them until it is
   // read; only the first field needs a copy.
-  const uint32_t field_bytes = (height * rowBytes) >> 1;
+  const size_t field_bytes = (size_t{height} * rowBytes) >> 1;
   if (field_bytes == 0) return kSuccess;
   struct Free {
     void operator()(uint8_t* p) const { free(p); }

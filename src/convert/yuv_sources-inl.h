@@ -31,25 +31,28 @@ struct FullRange {
   }
 };
 
+// The offsets of Y, U and V and the rounding are one number a colour, added to the products.
 struct StudioRange {
   explicit StudioRange(const RowArgs& args)
-      : red(I16(splat_words(kLuma, args.matrix[0]))),
-        green(I16(splat_words(args.matrix[1], args.matrix[2]))),
-        blue(I16(splat_words(kLuma, args.matrix[3]))) {}
+      : red(args.matrix[0]),
+        green_u(args.matrix[1]),
+        green_v(args.matrix[2]),
+        blue(args.matrix[3]) {}
   LUM_INLINE RgbWords to_rgb(const YuvWords& p) const {
-    const I16 y = p.y - 16, u = p.u - 128, v = p.v - 128;
-    const I16 luma_and_round = I16(splat_words(kLuma, kRound));
-    const Words2 yu = interleave(y, u), yv = interleave(y, v), uv = interleave(u, v);
-    const Words2 y1 = interleave(y, I16{} + static_cast<int16_t>(1));
-    return {pack_sat((madd(yv.lo, red) + kRound) >> 8, (madd(yv.hi, red) + kRound) >> 8),
-            pack_sat((madd(y1.lo, luma_and_round) + madd(uv.lo, green)) >> 8,
-                     (madd(y1.hi, luma_and_round) + madd(uv.hi, green)) >> 8),
-            pack_sat((madd(yu.lo, blue) + kRound) >> 8, (madd(yu.hi, blue) + kRound) >> 8)};
+    const Words2 yu = interleave(p.y, p.u), yv = interleave(p.y, p.v);
+    const I16 from_v = I16(splat_words(kLuma, red)), from_u = I16(splat_words(kLuma, blue));
+    const I16 green_yu = I16(splat_words(kLuma, green_u)), green_yv = I16(splat_words(0, green_v));
+    const int32_t r = added(red), g = added(green_u + green_v), b = added(blue);
+    return {pack_sat((madd(yv.lo, from_v) + r) >> 8, (madd(yv.hi, from_v) + r) >> 8),
+            pack_sat((madd(yu.lo, green_yu) + madd(yv.lo, green_yv) + g) >> 8,
+                     (madd(yu.hi, green_yu) + madd(yv.hi, green_yv) + g) >> 8),
+            pack_sat((madd(yu.lo, from_u) + b) >> 8, (madd(yu.hi, from_u) + b) >> 8)};
   }
 
  private:
-  static constexpr int kLuma = 298, kRound = 128;
-  I16 red, green, blue;
+  static constexpr int32_t kLuma = 298;
+  static int32_t added(int32_t chroma) { return 128 - 16 * kLuma - 128 * chroma; }
+  int32_t red, green_u, green_v, blue;
 };
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.

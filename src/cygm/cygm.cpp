@@ -44,7 +44,7 @@ void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t
 
 void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width,
                          uint32_t height) {
-  constexpr uint32_t kBytes = 3;
+  constexpr size_t kBytes = 3;
   const RowKernel kernel = kernels.at(Source::cygm, Sink::bgr24);
   const size_t row_bytes = size_t{width} * kBytes;
   const uint32_t computed = height - 4;

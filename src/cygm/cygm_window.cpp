@@ -26,7 +26,8 @@ constexpr Shares kWindow[4] = {{{1, 2}, {-4, 0}, {1, -2}, {0, 0}},
                                {{1, -2}, {-4, 0}, {1, 2}, {0, 0}},
                                {{-2, 0}, {0, 4}, {-2, 0}, {0, 0}}};
 // Of two lines together, the upper one even: its shares and, one line on, those of the lower one.
-constexpr Shares kBlock[2] = {{{1, 2}, {-6, 0}, {1, -6}, {-2, 0}}, {{1, -2}, {-6, 0}, {1, 6}, {-2, 0}}};
+constexpr Shares kBlock[2] = {{{1, 2}, {-6, 0}, {1, -6}, {-2, 0}},
+                              {{1, -2}, {-6, 0}, {1, 6}, {-2, 0}}};
 
 // Red, green and blue from P and Q, times 2^15: the coefficients of the 2 x 2 blocks added up.
 constexpr Share kColours[3] = {{1821, 2509}, {161, -1995}, {-5604, 3686}};

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Complementary mosaics by windows of three lines and columns: without the half-pixel shift of the
-// 2 x 2 blocks. Frames as in cygm.h. Every pixel is computed; lines and columns beyond the frame are
-// mirrored about the border ones.
+// 2 x 2 blocks. Frames as in cygm.h. Every pixel is computed; lines and columns beyond the frame
+// are mirrored about the border ones.
 #ifndef LUM_CYGM_CYGM_WINDOW_H
 #define LUM_CYGM_CYGM_WINDOW_H
 

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Complementary mosaic by windows of three lines and columns. A line is luminance plus a chroma that
-// alternates from column to column. Of sample m with neighbours l and r, e being 1 in even columns
-// and -1 in odd ones:
+// Complementary mosaic by windows of three lines and columns. A line is luminance plus a chroma
+// that alternates from column to column. Of sample m with neighbours l and r, e being 1 in even
+// columns and -1 in odd ones:
 //
 //   S = l + 2 m + r         four times the line's luminance
 //   D = e (2 m - l - r)     four times its chroma
@@ -9,7 +9,8 @@
 // A luminance term that alternates from line to line cancels in
 //
 //   Y8 = 2 S + t            eight times the luminance; t of a = S above - S, b = S below - S is
-//                           the one nearer 0, or 0 when their signs differ
+//                           the one nearer 0, or 0 when their signs differ: the median of a, b, 0,
+//                           so that Y8 is S and the median of the three S
 //
 // and the colour differences P, Q are sums of the D of the lines, by the phase of the line, so that
 //
@@ -18,37 +19,43 @@
 // with weights that come as data (RowArgs::matrix).
 //
 // Words hold the even or the odd columns of a vector of bytes: no shuffle takes them apart.
+// madd() of bytes sums a sample and the one before or behind it.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// Sample pairs of a line with the sample before and the one behind.
-struct CygmSamples {
-  LUM_INLINE explicit CygmSamples(const uint8_t* p)
-      : before(I16(load<U16>(p - 2) >> 8)),
-        even(I16(load<U16>(p) & 255)),
-        odd(I16(load<U16>(p) >> 8)),
-        behind(I16(load<U16>(p + 2) & 255)) {}
-  LUM_INLINE I16 s_even() const { return before + even + even + odd; }
-  LUM_INLINE I16 s_odd() const { return even + odd + odd + behind; }
-  LUM_INLINE I16 d_even() const { return even + even - before - odd; }
-  LUM_INLINE I16 d_odd() const { return even + behind - odd - odd; }
+// Weighted sums of the two bytes in each word.
+LUM_INLINE I16 of_pairs(const uint8_t* p, int first, int second) {
+  return madd(load<U8>(p), I8(splat_pair(first, second)));
+}
+// The samples at even distances from p.
+LUM_INLINE I16 every_other(const uint8_t* p) { return I16(load<U16>(p) & 255); }
 
-  I16 before, even, odd, behind;
+// S and D of the even and of the odd columns.
+struct CygmLine {
+  LUM_INLINE explicit CygmLine(const uint8_t* p) {
+    const I16 odd = I16(load<U16>(p) >> 8), behind = every_other(p + 2);
+    s_even = of_pairs(p - 1, 1, 2) + odd;
+    d_even = of_pairs(p - 1, -1, 2) - odd;
+    s_odd = of_pairs(p, 1, 2) + behind;
+    d_odd = of_pairs(p, 1, -2) + behind;
+  }
+  I16 s_even, s_odd, d_even, d_odd;
 };
 
 LUM_INLINE I16 cygm_luma8(I16 above, I16 here, I16 below) {
-  const I16 a = above - here, b = below - here;
-  const I16 t = greater(lesser(a, b), I16{}) + lesser(greater(a, b), I16{});
-  return here + here + t;
+  const I16 median = greater(lesser(above, below), lesser(greater(above, below), here));
+  return here + median;
 }
 
 // Words of two factors for madd().
 LUM_INLINE I16 weight_pair(int32_t first, int32_t second) {
-  return I16(U32{} + (static_cast<uint16_t>(first) | uint32_t{static_cast<uint16_t>(second)} << 16));
+  return I16(U32{} +
+             (static_cast<uint16_t>(first) | uint32_t{static_cast<uint16_t>(second)} << 16));
 }
 
-constexpr int kCygmLines = 4;  // columns of the weights: line above, here, below, the one below that
+// Columns of the weights: the line above, here, below, the one below that.
+constexpr int kCygmLines = 4;
 
 struct CygmWindow {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
@@ -62,12 +69,13 @@ struct CygmWindow {
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const CygmSamples up(a + above), mid(a), down(a + below);
-    const Words even = colours(cygm_luma8(up.s_even(), mid.s_even(), down.s_even()), up.d_even(),
-                               mid.d_even(), down.d_even());
-    const Words odd = colours(cygm_luma8(up.s_odd(), mid.s_odd(), down.s_odd()), up.d_odd(),
-                              mid.d_odd(), down.d_odd());
-    return {bytes(even.c[0], odd.c[0]), bytes(even.c[1], odd.c[1]), bytes(even.c[2], odd.c[2])};
+    const CygmLine up(a + above), mid(a), down(a + below);
+    const Words even =
+        colours(cygm_luma8(up.s_even, mid.s_even, down.s_even), up.d_even, mid.d_even, down.d_even);
+    const Words odd =
+        colours(cygm_luma8(up.s_odd, mid.s_odd, down.s_odd), up.d_odd, mid.d_odd, down.d_odd);
+    return {alternate_sat(even.c[0], odd.c[0]), alternate_sat(even.c[1], odd.c[1]),
+            alternate_sat(even.c[2], odd.c[2])};
   }
 
  private:
@@ -85,8 +93,6 @@ struct CygmWindow {
     }
     return out;
   }
-  static LUM_INLINE U16 limited(I16 v) { return U16(lesser(greater(v, I16{}), I16{} + 255)); }
-  static LUM_INLINE U8 bytes(I16 even, I16 odd) { return U8(limited(even) | limited(odd) << 8); }
 
   ptrdiff_t above, below;
   I16 luma_here[3], above_below[3];
@@ -99,17 +105,17 @@ struct CygmWindowLuma {
   static constexpr bool kEdge = false, kPadded = true;
   explicit CygmWindowLuma(const RowArgs& args) : above(args.above), below(args.below) {}
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
-    const CygmSamples up(a + above), mid(a), down(a + below);
-    const U16 even = U16(cygm_luma8(up.s_even(), mid.s_even(), down.s_even()) + 4) >> 3;
-    const U16 odd = U16(cygm_luma8(up.s_odd(), mid.s_odd(), down.s_odd()) + 4) >> 3;
+    const CygmLine up(a + above), mid(a), down(a + below);
+    const U16 even = U16(cygm_luma8(up.s_even, mid.s_even, down.s_even) + 4) >> 3;
+    const U16 odd = U16(cygm_luma8(up.s_odd, mid.s_odd, down.s_odd) + 4) >> 3;
     return {U8(even | odd << 8)};
   }
 
   ptrdiff_t above, below;
 };
 
-// A pixel for each block of two lines and columns. With M the sum of its samples and D' the sum of D
-// over both columns, R, G, B = clamp((32768 M + 65536 + weighted D' of four lines) >> 17).
+// A pixel for each block of two lines and columns. With M the sum of its samples and D' the sum of
+// D over both columns, R, G, B = clamp((32768 M + 65536 + weighted D' of four lines) >> 17).
 struct CygmBinned {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
   static constexpr int kRows = 1;
@@ -133,23 +139,20 @@ struct CygmBinned {
   struct Words {
     I16 c[3];
   };
-  static LUM_INLINE I16 d_of_both(const CygmSamples& v) {
-    const I16 change = v.even - v.odd;
-    return change + change + change + v.behind - v.before;
+  static LUM_INLINE I16 d_of_both(const uint8_t* p) {
+    return of_pairs(p, 3, -3) + every_other(p + 2) - every_other(p - 1);
   }
   LUM_INLINE Words half(const uint8_t* a) const {
-    const CygmSamples upper(a), lower(a + below);
-    const I16 sum = upper.even + upper.odd + lower.even + lower.odd;
-    const I16 d_here = d_of_both(upper);
+    const I16 sum = of_pairs(a, 1, 1) + of_pairs(a + below, 1, 1), d_here = d_of_both(a);
     const Words2 y_here = interleave(sum + sum + 4, d_here + d_here);  // 4 is the rounding
-    const Words2 outer = interleave(d_of_both(CygmSamples(a + above)), d_of_both(lower));
-    const Words2 last = interleave(d_of_both(CygmSamples(a + below2)), I16{});
+    const Words2 outer = interleave(d_of_both(a + above), d_of_both(a + below));
+    const Words2 last = interleave(d_of_both(a + below2), I16{});
     Words out;
     for (int i = 0; i < 3; ++i) {
-      const I32 lo = madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]) +
-                     madd(last.lo, beyond[i]);
-      const I32 hi = madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]) +
-                     madd(last.hi, beyond[i]);
+      const I32 lo =
+          madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]) + madd(last.lo, beyond[i]);
+      const I32 hi =
+          madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]) + madd(last.hi, beyond[i]);
       out.c[i] = pack_sat(lo >> 17, hi >> 17);
     }
     return out;

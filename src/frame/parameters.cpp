@@ -15,9 +15,9 @@ int32_t LumSetDebayerMode(uint32_t mode, LumTransformInfo* info) {
 
 int32_t LumSetColorCorrectionMatrix3x3(const float* matrix, LumTransformInfo* info) {
   if (matrix == nullptr || info == nullptr) return LumErrorBadParameter;
-  info->transformType = LumTransformTypeColorCorrectionMatrix;
-  // The matrix fills the parameter. A caller may hand in the matrix of the entry itself.
+  // The matrix fills the parameter. It may lie in the entry, so it is moved before the type is set.
   memmove(info->parameter.matrix, matrix, sizeof info->parameter.matrix);
+  info->transformType = LumTransformTypeColorCorrectionMatrix;
   return LumErrorSuccess;
 }
 

@@ -35,8 +35,8 @@ struct DirectKernels {
   // By LumPixelLayout; null for those that cannot go there.
   void (*i420[11])(const I420Rows& rows, size_t n);
 
-  // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels - 2].
-  // A null plane is skipped.
+  // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels -
+  // 2]. A null plane is skipped.
   void (*split[2][3])(uint8_t* const* planes, const uint8_t* src, size_t n);
   void (*join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
 
@@ -48,7 +48,8 @@ struct DirectKernels {
   // The n pixels of a row in reverse order, by the bytes of a pixel; null where there is none.
   // dst equal to src, or no overlap.
   void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n);
-  // Row i of dst is column i of src, for `rows` rows of `columns` elements in src. Strides are signed.
+  // Row i of dst is column i of src, for `rows` rows of `columns` elements in src. Strides are
+  // signed.
   void (*transpose[kTransposeSizes])(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
                                      ptrdiff_t src_stride, size_t rows, size_t columns);
 
@@ -61,6 +62,17 @@ struct DirectKernels {
   // dst[i] = (sums[i] + count / 2) / count, count a product of two numbers up to 16.
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
+
+  // dst[i] = src[base[i / pick_piece] + index[i]], for n bytes, index[i] below 2 * pick_piece.
+  // `base` and `index` have values for kBlockSamples bytes more, and src can be read from each base
+  // on for 2 * pick_piece bytes.
+  void (*pick)(uint8_t* dst, const uint8_t* src, const size_t* base, const uint8_t* index,
+               size_t n);
+  // The same to a, and to b the bytes that lie `offset` further on. Where that is beyond what can
+  // be read, any byte. a and b have room for kBlockSamples bytes more.
+  void (*pick_pairs)(uint8_t* a, uint8_t* b, const uint8_t* src, const size_t* base,
+                     const uint8_t* index, uint8_t offset, size_t n);
+  size_t pick_piece;
 
   // dst[i] = a[i] + (((b[i] - a[i]) f + 0x4000) >> 15), f below 2^15, for n samples; f differs from
   // sample to sample or not. a, b and f may be read on for kBlockSamples.

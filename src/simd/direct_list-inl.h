@@ -57,6 +57,9 @@ constexpr DirectKernels make_direct_kernels() {
   k.add16_pairs = add<Pairs16>;
   k.divide8 = divide8;
   k.divide16 = divide16;
+  k.pick = pick;
+  k.pick_pairs = pick_pairs;
+  k.pick_piece = kPieceBytes;
   k.mix8 = mix8;
   k.mix16 = mix16;
   k.mix8_evenly = mix8_evenly;

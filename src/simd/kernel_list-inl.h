@@ -110,7 +110,7 @@ constexpr Kernels make_kernels() {
   add_mono8<Rgba32>(k, Source::rgba32);
   cell(k, Source::rgba32, Sink::rgb24) = row<Rgba32, Packed24<false>>;
   cell(k, Source::rgba32, Sink::bgr24) = row<Rgba32, Packed24<true>>;
-  cell(k, Source::rgba32, Sink::bgra32) = row<Rgba32, Packed32<true>>;
+  cell(k, Source::rgba32, Sink::bgra32) = row<Rgba32, Packed32<true>, true>;
   add_mono8<Packed32Source<true>>(k, Source::bgra32);
   share_swapped(k, Source::rgba32, Source::bgra32);
 

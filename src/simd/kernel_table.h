@@ -15,7 +15,7 @@ enum class Source : unsigned {
   mosaic8,        // two rows of a Bayer mosaic, bytes: a holds the red samples, b the blue ones
   mosaic16,       // the same, 16-bit words in host order
   mono8,          // grey bytes
-  mono12_packed,  // two pixels in three bytes; the middle byte (both low nibbles) is not used
+  mono12_packed,  // two pixels in three bytes; 8-bit sinks do not use the middle one, the low nibbles
   mono16_tinted,  // big-endian words; the two bits below the high byte tint red and blue
   mono16,         // words of either byte order, shifted up by RowArgs::shift
   rgb24,          // R, G, B in memory

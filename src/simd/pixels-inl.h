@@ -40,7 +40,8 @@ LUM_INLINE V avg_down(V a, V b) {  // (a + b) >> 1 without a ninth bit
   return avg_up(a, b) - ((a ^ b) & 1);
 }
 
-// Luminance: (wr R + wg G + wb B + round) >> 8. BT.601 truncates and BT.709 rounds.
+// Luminance: (wr R + wg G + wb B + round) >> 8. Kept: BT.601 truncates and
+// BT.709 rounds; the bytes of either are what receivers compare with.
 // The green weight is above 127, the limit of a signed byte, so it is split over the two products of
 // madd(): once beside red and once beside blue.
 struct Rec601 {

@@ -113,6 +113,11 @@ LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm512_packs_epi32(m(lo), m(hi))); }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm512_packus_epi32(m(lo), m(hi))); }
+// Words of the even and of the odd bytes, limited to 0..255, to bytes.
+constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
+LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
+  return u8(_mm512_shuffle_epi8(_mm512_packus_epi16(m(even), m(odd)), m(load<U8>(kAlternating.v))));
+}
 // Signed words in memory order to bytes, limited to 0..255.
 LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return u8(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
@@ -320,21 +325,33 @@ LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>
-constexpr LaneTable kReversed = lane_table([](int i) { return (63 - i % 64) / size * size + i % size; });
+constexpr LaneTable kReversed = lane_table([](int i) {
+  return (63 - i % 64) / size * size + i % size;
+});
 template <int size>
 LUM_INLINE U8 reversed(U8 v) {
   return permute(v, kReversed<size>);
 }
 // A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
 constexpr int kPieceBytes = 16;
-LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) {
+template <class At>
+LUM_INLINE U8 load_four(At at) {
   const auto piece = [&](int i) {
-    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + i * stride));
+    return _mm_loadu_si128(reinterpret_cast<const __m128i*>(at(i)));
   };
   const __m256i lo = _mm256_inserti128_si256(_mm256_castsi128_si256(piece(0)), piece(1), 1);
   const __m256i hi = _mm256_inserti128_si256(_mm256_castsi128_si256(piece(2)), piece(3), 1);
   return u8(_mm512_inserti64x4(_mm512_castsi256_si512(lo), hi, 1));
 }
+LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) {
+  return load_four([&](int i) { return p + i * stride; });
+}
+// The pieces that begin at p + at[0], p + at[1] ...
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
+  return load_four([&](int i) { return p + at[i]; });
+}
+// The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
+LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m(index))); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return u8(_mm512_shuffle_epi8(m(v), m(load<U8>(kSwap02.v)))); }

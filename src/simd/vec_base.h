@@ -84,7 +84,8 @@ LUM_INLINE I16 madd(U8 u, I8 s) {
 }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) {
-  return lanes<I32>([&](int i) { return a[2 * i] * b[2 * i] + a[2 * i + 1] * b[2 * i + 1]; });
+  const auto product = [&](int i) { return static_cast<uint32_t>(a[i] * b[i]); };
+  return lanes<I32>([&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
 }
 
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
@@ -116,6 +117,10 @@ LUM_INLINE I16 pack_sat(I32 lo, I32 hi) {
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
   constexpr int n = kWords / 2;
   return lanes<U16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], 0, 65535); });
+}
+// Words of the even and of the odd bytes, limited to 0..255, to bytes.
+LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
+  return lanes<U8>([&](int i) { return clamp_to(i % 2 == 0 ? even[i / 2] : odd[i / 2], 0, 255); });
 }
 // Signed words in memory order to bytes, limited to 0..255.
 LUM_INLINE U8 narrow(I16 lo, I16 hi) {
@@ -240,6 +245,12 @@ LUM_INLINE U8 reversed(U8 v) {
 // A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
 constexpr int kPieceBytes = kLanes;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
+// The pieces that begin at p + at[0], p + at[1] ...
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+// The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
+LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
+  return lanes<U8>([&](int i) { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });
+}
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });

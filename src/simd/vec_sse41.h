@@ -100,6 +100,11 @@ LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm_packs_epi32(m(lo), m(hi))); }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm_packus_epi32(m(lo), m(hi))); }
+// Words of the even and of the odd bytes, limited to 0..255, to bytes.
+constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
+LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
+  return u8(_mm_shuffle_epi8(_mm_packus_epi16(m(even), m(odd)), m(load<U8>(kAlternating.v))));
+}
 // Signed words in memory order to bytes, limited to 0..255.
 LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi))); }
 // 32-bit lanes in memory order, each 0..65535, to words.
@@ -275,7 +280,9 @@ LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>
-constexpr LaneTable kReversed = lane_table([](int i) { return (15 - i % 16) / size * size + i % size; });
+constexpr LaneTable kReversed = lane_table([](int i) {
+  return (15 - i % 16) / size * size + i % size;
+});
 template <int size>
 LUM_INLINE U8 reversed(U8 v) {
   return shuffle(v, kReversed<size>);
@@ -283,6 +290,10 @@ LUM_INLINE U8 reversed(U8 v) {
 // A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
 constexpr int kPieceBytes = 16;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
+// The pieces that begin at p + at[0], p + at[1] ...
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+// The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
+LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm_shuffle_epi8(m(v), m(index))); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i : i ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }

@@ -29,6 +29,11 @@ struct ConvertOptions {
   std::string cygm;
   std::vector<float> matrix;         // nine or none
   std::vector<float> white_balance;  // three or none
+  std::string flip;                  // a name of kFlipNames, or empty
+  std::string resize;                // WIDTHxHEIGHT, or empty
+  bool nearest = false;
+  bool i420 = false;
+  std::string unpack;  // a name of kPackingNames, or empty
   bool via_old = false;
   bool direct_bgr = false;
   bool big_endian = false;

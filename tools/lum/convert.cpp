@@ -11,6 +11,7 @@
 #include "commands.h"
 #include "conversion.h"
 #include "failure.h"
+#include "finish.h"
 #include "frame_stream.h"
 #include "progress.h"
 
@@ -25,6 +26,11 @@ struct FrameRange {
 };
 
 FileKind output_kind(const ConvertOptions& options) {
+  if (options.i420 || !options.unpack.empty()) {
+    if (!options.type.empty() && options.type != "raw")
+      throw Failure("--i420 and --unpack write raw bytes, not --type " + options.type);
+    return FileKind::raw;
+  }
   if (options.type == "png") return FileKind::png;
   if (options.type == "tiff") return FileKind::tiff;
   if (options.type == "pnm") return FileKind::pnm;
@@ -76,6 +82,32 @@ Conversion conversion_of(const ConvertOptions& options) {
   return way;
 }
 
+Finish finish_of(const ConvertOptions& options) {
+  Finish finish;
+  FrameSize size;
+  if (!options.resize.empty()) {
+    if (!parse_size(options.resize, size))
+      throw Failure("--resize " + options.resize + ": expected WIDTHxHEIGHT, for example 640x480");
+    finish.size = size;
+  }
+  finish.nearest = options.nearest;
+  for (const FlipName& known : kFlipNames)
+    if (options.flip == known.name) finish.flip = known.mode;
+  finish.i420 = options.i420;
+  return finish;
+}
+
+// Nothing when frames are to be converted and not unpacked.
+std::optional<uint32_t> packing_of(const ConvertOptions& options, const Source& source) {
+  if (options.unpack.empty()) return {};
+  const uint32_t layout = source.pixel.pixelLayout;
+  if (layout != LumPixelLayoutMonoPacked && layout != LumPixelLayoutRawPacked)
+    throw Failure("--unpack is for 12-bit packed frames, which " + source.name + " is not");
+  for (const PackingName& known : kPackingNames)
+    if (options.unpack == known.name) return known.packing;
+  return {};
+}
+
 [[noreturn]] void refused_by_library(const Conversion& way, int32_t code) {
   std::string text = std::string(way.function()) + ": " + result_text(code) + " (" +
                      way.source->name + " to " + way.destination->name + ")";
@@ -93,18 +125,28 @@ Conversion conversion_of(const ConvertOptions& options) {
 
 struct Converter {
   Conversion way;
+  Finish finish;
+  std::optional<uint32_t> packing;
   uint32_t width, height;
   Bytes source, destination;
 
-  Converter(const Conversion& conversion, const FrameSize& size)
+  Converter(const Conversion& conversion, const Finish& finishing,
+            std::optional<uint32_t> packed_as, const FrameSize& size)
       : way(conversion),
+        finish(finishing),
+        packing(packed_as),
         width(size.width),
         height(size.height),
         source(way.source->frame_bytes(width, height) + kSourceSlack),
         destination(way.destination->frame_bytes(width / way.divisor(), height / way.divisor()),
-                    kOpaque) {}
+                    kOpaque) {
+    if (!packing) finish.check(*way.destination, picture());
+  }
+
+  FrameSize picture() const { return {width / way.divisor(), height / way.divisor()}; }
 
   void run() {
+    if (packing) return unpack_frame(*packing, source, uint64_t{width} * height, destination);
     const int32_t code = way.run(destination.data(), source.data(), width, height);
     if (code != 0) refused_by_library(way, code);
   }
@@ -123,10 +165,11 @@ struct Converter {
   }
 
   Bytes encoded(FileKind kind) const {
-    return kind == FileKind::raw ? destination
-                                 : encode_picture(way.picture(destination, width / way.divisor(),
-                                                              height / way.divisor()),
-                                                  kind);
+    Bytes pixels = destination;
+    if (!packing) finish.apply(*way.destination, picture(), pixels);
+    if (kind == FileKind::raw) return pixels;
+    const FrameSize size = finish.finished(picture());
+    return encode_picture(way.picture(pixels, size.width, size.height), kind);
   }
 };
 
@@ -188,8 +231,9 @@ int convert_command(const ConvertOptions& options) {
   for (const std::string& name : stream.names())
     if (!sequence) refuse_same_file(name, options.output);
 
-  print_notes(way, kind);
-  Converter converter(way, size);
+  const std::optional<uint32_t> packing = packing_of(options, *way.source);
+  if (!packing) print_notes(way, kind);
+  Converter converter(way, finish_of(options), packing, size);
   std::unique_ptr<OutputFile> whole;
   if (!sequence) whole = std::make_unique<OutputFile>(options.output);
   {

@@ -7,6 +7,7 @@
 #include "catalogue.h"
 #include "commands.h"
 #include "conversion.h"
+#include "finish.h"
 
 namespace {
 
@@ -56,6 +57,24 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
       ->excludes(direct);
   c->add_flag("--big-endian", o.big_endian, "16-bit words have their high byte first");
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words have their used bits at the top");
+  std::vector<std::string> flips, packings;
+  for (const lum_tool::FlipName& flip : lum_tool::kFlipNames) flips.push_back(flip.name);
+  for (const lum_tool::PackingName& p : lum_tool::kPackingNames) packings.push_back(p.name);
+  CLI::Option* flip =
+      c->add_option("--flip", o.flip, "mirror or turn the picture; degrees are clockwise")
+          ->check(CLI::IsMember(flips));
+  CLI::Option* resize =
+      c->add_option("--resize", o.resize, "WIDTHxHEIGHT of the picture, before --flip");
+  c->add_flag("--nearest", o.nearest, "--resize repeats and drops pixels, and mixes none")
+      ->needs(resize);
+  CLI::Option* i420 =
+      c->add_flag("--i420", o.i420, "write the picture as planes of Y, U and V 4:2:0, raw");
+  c->add_option("--unpack", o.unpack,
+                "12-bit packed frames: write 16-bit words of all 12 bits, raw; how they are packed")
+      ->check(CLI::IsMember(packings))
+      ->excludes(flip)
+      ->excludes(resize)
+      ->excludes(i420);
   c->add_option("--frames", o.frames,
                 "all, one number from 0, or a range 2-9 (default: all into a numbered or raw "
                 "output, else the first)");
