@@ -12,8 +12,8 @@
 namespace lum::bench {
 namespace {
 
-// Wall-clock seconds. Processor time would hide the time slices that other programs take, but under a
-// hypervisor its accounting now and then reports less than passed, and a minimum finds just that.
+// Wall-clock seconds. Processor time would hide the time slices that other programs take, but under
+// a hypervisor its accounting now and then reports less than passed, and a minimum finds just that.
 double now() {
   timespec t;
   clock_gettime(CLOCK_MONOTONIC, &t);

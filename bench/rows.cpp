@@ -280,7 +280,8 @@ void add_row_moves(std::vector<Row>& rows) {
 
 Traffic Row::traffic(uint32_t width, uint32_t height) const {
   const size_t pixels = size_t{width} * height;
-  return {pixels / group_pixels * group_bytes, pixels / dst_group_pixels * pixel_bytes, keeps_fourth, in_place};
+  return {pixels / group_pixels * group_bytes, pixels / dst_group_pixels * pixel_bytes,
+          keeps_fourth, in_place};
 }
 
 std::vector<Row> all_rows() {

@@ -94,9 +94,10 @@ TEST(ColourCorrection, KnownAnswers) {
   for (const Case& c : {Case{kKernels[0], a, 0, crc8}, Case{kKernels[3], words, 4, crc16}}) {
     for (uint32_t pattern = 0; pattern < 4; ++pattern) {
       Bytes expected(a.size() * reference::pixel_bytes(c.kernel.format)), actual(expected.size());
-      reference::store_mosaic(c.kernel.format,
-                              c.kernel.expected(c.src.data(), 16, 12, pattern, c.shift, kTypical.coefficients),
-                              16, 12, expected.data());
+      reference::store_mosaic(
+          c.kernel.format,
+          c.kernel.expected(c.src.data(), 16, 12, pattern, c.shift, kTypical.coefficients), 16, 12,
+          expected.data());
       EXPECT_EQ(reference::crc32(expected.data(), expected.size()), c.crc[pattern])
           << "the reference, " << c.kernel.name << " pattern " << pattern;
       c.kernel.convert(actual.data(), c.src.data(), 16, 12, pattern, c.shift, kTypical);
@@ -155,10 +156,10 @@ TEST(ColourCorrection, WritesWhatTheReferenceWrites) {
               return 0u;
             },
             [&](uint8_t* dst) {
-              reference::store_mosaic(
-                  kernel.format,
-                  kernel.expected(src.data(), size.width, size.height, pattern, shift, m.coefficients),
-                  size.width, size.height, dst);
+              reference::store_mosaic(kernel.format,
+                                      kernel.expected(src.data(), size.width, size.height, pattern,
+                                                      shift, m.coefficients),
+                                      size.width, size.height, dst);
             });
         if (HasFatalFailure()) return;
       }

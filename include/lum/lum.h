@@ -313,7 +313,7 @@ typedef struct LumBitDepthInfo {
 
 // A colour matrix as the _CC transforms take it.
 typedef struct LumColorCorrection {
-  uint32_t kind;            // 2: made for 8-bit samples, 3: for deeper ones; no other. Treated alike
+  uint32_t kind;            // 2: made for 8-bit samples, 3: for deeper ones; both treated alike
   int32_t coefficients[9];  // times 1024; row-major: rows give R, G, B, columns take R, G, B
 } LumColorCorrection;
 
@@ -848,8 +848,8 @@ LUM_API uint32_t LumDestroyColorCorrection(LumColorCorrection* matrix);
 //   matrix         kind 2 or 3
 // In place: no. Not written: nothing.
 // Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
-// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; matrix null or of another
-// kind: 0x88000007.
+// width odd: 0x88000004; height odd: 0x88000005; bayerPattern: 0x88000006; matrix null or of
+// another kind: 0x88000007.
 // Returns 0 or one of these.
 LUM_API uint32_t LumRaw8ToBGR_CC(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                                  uint32_t bayerPattern, const LumColorCorrection* matrix);
@@ -874,8 +874,8 @@ LUM_API uint32_t LumRaw8ImageTransform_CC(uint8_t* dst, const uint8_t* src, uint
 //   dst            width * height * pixel_bytes(formatIndex) bytes
 //   src            width / 2 * 3 * height bytes
 //   width, height  pixels, even, 2 or more
-//   formatIndex    0 to 10. 8-bit formats get bits 11 to 4 of the corrected 12-bit samples, limited;
-//                  16-bit formats get the samples shifted up by 4, then corrected
+//   formatIndex    0 to 10. 8-bit formats get bits 11 to 4 of the corrected 12-bit samples,
+//                  limited; 16-bit formats get the samples shifted up by 4, then corrected
 //   bayerPattern   LumBayerPattern 0 to 3, or 0xFFFFFFFF for BGGR
 //   matrix         kind 2 or 3
 // In place: no. Not written: byte 3 of BGRA32 and RGBA32, but for the copied last row.
@@ -984,8 +984,8 @@ LUM_API uint32_t LumIRaw8CYGMImageTransform_3x3(uint8_t* dst, const uint8_t* src
                                                 uint32_t height, uint32_t formatIndex,
                                                 uint32_t reserved);
 
-// 8-bit CYGM mosaic at half its size: a pixel for each 2x2 block, which has a sample of each colour;
-// the lines and columns around it keep edges from being taken for colour.
+// 8-bit CYGM mosaic at half its size: a pixel for each 2x2 block, which has a sample of each
+// colour; the lines and columns around it keep edges from being taken for colour.
 //   dst          width / 2 * height / 2 * pixel_bytes(formatIndex) bytes
 //   src          width * height bytes, two fields
 //   width        pixels of the source, even, 2 or more; a multiple of 4 for UYVY
@@ -1001,8 +1001,9 @@ LUM_API uint32_t LumIRaw8CYGMImageTransform_Bin(uint8_t* dst, const uint8_t* src
                                                 uint32_t height, uint32_t formatIndex,
                                                 uint32_t reserved);
 
-// 8-bit CYGM mosaic to luminance, one byte a pixel: that of the 3x3 form before it becomes colour, so
-// neither the matrix nor the limits of R, G, B touch it. Its weights are those of BT.601.
+// 8-bit CYGM mosaic to luminance, one byte a pixel: that of the 3x3 form before it becomes
+// colour, so neither the matrix nor the limits of R, G, B touch it. Its weights are those of
+// BT.601.
 //   dst     width * height bytes
 //   src     width * height bytes, two fields
 //   width   pixels, even, 2 or more
@@ -1030,7 +1031,8 @@ LUM_API uint32_t LumFlipVertical(uint8_t* image, uint32_t rowBytes, uint32_t row
 //                taken to start at height * (rowBytes / 2), height / 2 bytes before the middle
 //   rowBytes     bytes of a row, any value
 //   height       rows, even; 0 does nothing
-// In place: destination equal to source. In separate buffers rowBytes * height must stay below 2^32.
+// In place: destination equal to source. In separate buffers rowBytes * height must stay below
+// 2^32.
 // Checks: destination null: 0x88000002; source null: 0x88000003; height odd: 0x88000005.
 // Returns 0, one of these, or 0x8800001A (in place only: out of memory, nothing written).
 LUM_API uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source,
@@ -1160,7 +1162,7 @@ LUM_API uint32_t LumSamples16To8(uint8_t* dst, const uint8_t* src, uint32_t samp
 // exchanged before those:
 //
 //   0 copy    1 mirrored    2 upside down    3 turned by 180
-//   4 transposed    5 turned by 90 clockwise    6 turned by 90 anticlockwise    7 about the other diagonal
+//   4 transposed    5 turned by 90 clockwise    6 turned by 90 anticlockwise    7 other diagonal
 //
 //   dst            width * height * bytesPerPixel bytes; from mode 4 on its rows have height pixels
 //   src            as many bytes
@@ -1169,8 +1171,8 @@ LUM_API uint32_t LumSamples16To8(uint8_t* dst, const uint8_t* src, uint32_t samp
 //   mode           0 to 7
 // In place: dst equal to src with modes 0 to 3. Not written: nothing.
 // A mosaic's pattern becomes pattern ^ 2 under 1 when the new width is even, pattern ^ 1 under 2
-// when the new height is even; under 4 patterns 1 and 2 change places first. Packed samples and UYVY
-// share bytes between pixels: only mode 2 suits them.
+// when the new height is even; under 4 patterns 1 and 2 change places first. Packed samples and
+// UYVY share bytes between pixels: only mode 2 suits them.
 // Checks: dst null: 0x88000002; src null: 0x88000003; width 0: 0x88000004; height 0: 0x88000005;
 // bytesPerPixel: 0x88000006; mode above 7: 0x88000012; dst equal to src with mode 4 or above:
 // 0x88000003.

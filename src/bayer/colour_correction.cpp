@@ -22,7 +22,9 @@ bool is_deep(Sink sink) { return sink >= Sink::mono16_rec601; }
 
 // The largest sum of absolute coefficients in a row with which samples of `bits` bits stay within a
 // signed 32-bit sum.
-constexpr int64_t largest_row(unsigned bits) { return (int64_t{1} << 31) / ((int64_t{1} << bits) - 1); }
+constexpr int64_t largest_row(unsigned bits) {
+  return (int64_t{1} << 31) / ((int64_t{1} << bits) - 1);
+}
 
 bool needs_wide_sums(const ColourMatrix& matrix, unsigned sample_bits) {
   for (int row = 0; row < 3; ++row) {
@@ -92,9 +94,9 @@ void correct_raw8(const Kernels& kernels, const MosaicFrame& f, const ColourMatr
 void correct_raw12(const Kernels& kernels, const MosaicFrame& f, const ColourMatrix& matrix) {
   Reduction reduction = {Source::mono12_packed, Sink::mono16_rec601, {}};
   reduction.args.shift = is_deep(f.sink) ? 4 : 0;
-  convert_mosaic_reduced(kernels, f, reduction, Source::mosaic16_corrected,
-                         is_deep(f.sink) ? correction(matrix, kMatrixScale, 16)
-                                         : correction(matrix, kScale12To8, 12));
+  convert_mosaic_reduced(
+      kernels, f, reduction, Source::mosaic16_corrected,
+      is_deep(f.sink) ? correction(matrix, kMatrixScale, 16) : correction(matrix, kScale12To8, 12));
 }
 
 void correct_raw16(const Kernels& kernels, const MosaicFrame& f, uint32_t shift,
@@ -125,8 +127,8 @@ void cc_raw8_to_bgr24(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t
 void cc_raw8_to_mono8(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                       uint32_t pattern, const ColourMatrix& matrix) {
   if (width < 2 || height < 2) return;
-  // Kept: this path reads the parities straight from the pattern, so that patterns 1 and 2 mean each
-  // other's mosaic here.
+  // Kept: this path reads the parities straight from the pattern, so that patterns 1 and 2 mean
+  // each other's mosaic here.
   const RedPhase red = {pattern & 1, (pattern >> 1) & 1};
   convert_mosaic8(kernels(), {dst, src, width, height, red, Sink::mono8_rec601},
                   Source::mosaic8_wrapped, correction(matrix, kMatrixScale, 8));
@@ -134,7 +136,8 @@ void cc_raw8_to_mono8(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t
 
 void cc_raw16_to_mono16(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                         uint32_t pattern, uint32_t shift, const ColourMatrix& matrix) {
-  correct_words(frame(dst, src, width, height, LUM_FORMAT_MONO16_REC601, pattern & 3), shift, matrix);
+  correct_words(frame(dst, src, width, height, LUM_FORMAT_MONO16_REC601, pattern & 3), shift,
+                matrix);
 }
 
 void cc_raw16_to_bgr48(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
@@ -160,7 +163,8 @@ uint32_t LumCreateColorCorrectionMatrix_Int8(LumColorCorrection** matrix,
                                              const float* coefficients) {
   if (matrix == nullptr) return bad_parameter(1);
   if (coefficients == nullptr) return bad_parameter(2);
-  const bool finite = std::all_of(coefficients, coefficients + 9, [](float v) { return std::isfinite(v); });
+  const bool finite =
+      std::all_of(coefficients, coefficients + 9, [](float v) { return std::isfinite(v); });
   if (!finite) return bad_parameter(2);
   auto* const created = new (std::nothrow) LumColorCorrection;
   if (created == nullptr) return kOutOfMemory;

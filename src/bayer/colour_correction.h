@@ -33,9 +33,10 @@ void correct_bgr24(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uin
 void correct_bgr48(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count,
                    const ColourMatrix& matrix);
 
-// What the dispatcher calls. All: the last column repeats the one before it, the last row is a copy of the row above; fewer than
-// 2 rows or columns write nothing. Width and height may be odd except for 12-bit packed samples,
-// where an odd width writes nothing. Of the pattern the low two bits count.
+// What the dispatcher calls. All: the last column repeats the one before it, the last row is a copy
+// of the row above; fewer than 2 rows or columns write nothing. Width and height may be odd except
+// for 12-bit packed samples, where an odd width writes nothing. Of the pattern the low two bits
+// count.
 void cc_raw8_to_bgr24(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                       uint32_t pattern, const ColourMatrix& matrix);
 // BT.601 luminance for both mono formats, from sums of 32 bits that wrap.

@@ -1,15 +1,16 @@
 // SPDX-License-Identifier: MIT
 // Colours with a matrix, of Bayer mosaics (2 x 2 blocks) and of finished pixels: each becomes
 //   clamp((m[0] R + m[1] G + m[2] B) >> scale)
-// with the exact sum. Samples and coefficients of 16 bits make two multiply-adds of pairs, (R, G) and
-// (B, 0); larger coefficients go lane by lane in 64 bits.
+// with the exact sum. Samples and coefficients of 16 bits make two multiply-adds of pairs, (R, G)
+// and (B, 0); larger coefficients go lane by lane in 64 bits.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
 class Matrix {
  public:
-  explicit Matrix(const RowArgs& args) : m_(args.matrix), scale_(args.scale), wide_(args.wide != 0) {
+  explicit Matrix(const RowArgs& args)
+      : m_(args.matrix), scale_(args.scale), wide_(args.wide != 0) {
     for (int i = 0; i < 3; ++i) {
       const uint32_t red = static_cast<uint16_t>(m_[3 * i]);
       const uint32_t green = static_cast<uint16_t>(m_[3 * i + 1]);
@@ -59,7 +60,8 @@ class Matrix {
 
 // Lane by lane: f(i, r, g, b) for colour i. Out of line: it is the rare case.
 template <class Out, class Word, class F>
-__attribute__((noinline)) void each_lane(const Word* r, const Word* g, const Word* b, Out* out, F f) {
+__attribute__((noinline)) void each_lane(const Word* r, const Word* g, const Word* b, Out* out,
+                                         F f) {
   for (int x = 0; x < kLanes; ++x) {
     for (int i = 0; i < 3; ++i) {
       out[i * kLanes + x] = static_cast<Out>(f(i, r[x], g[x], b[x]));
@@ -137,16 +139,15 @@ struct Corrected8 : Samples {
  private:
   LUM_INLINE Rgb8 correct(const Rgb8& p) const {
     if (__builtin_expect(matrix.wide(), 0)) {
-      return each_lane8(p, [this](int i, int r, int g, int b) {
-        return matrix.clamped(i, r, g, b, 255);
-      });
+      return each_lane8(
+          p, [this](int i, int r, int g, int b) { return matrix.clamped(i, r, g, b, 255); });
     }
     return sums(p, [this](I32 v) { return matrix.scaled(v); });
   }
 };
 
-// Kept: the sum is one of 32 bits, and of it bits 10 to 25 are the signed word that is limited. Gains
-// beyond 127 wrap round; receivers of these mono frames expect just that.
+// Kept: the sum is one of 32 bits, and of it bits 10 to 25 are the signed word that is limited.
+// Gains beyond 127 wrap round; receivers of these mono frames expect just that.
 struct Mosaic8Wrapped : Corrected8<Mosaic8> {
   using Corrected8<Mosaic8>::Corrected8;
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
@@ -191,8 +192,9 @@ struct Corrected16 : Samples {
     store(in[0], p.r);
     store(in[1], p.g);
     store(in[2], p.b);
-    each_lane(in[0], in[1], in[2], out[0],
-              [this, limit](int i, int r, int g, int b) { return matrix.clamped(i, r, g, b, limit); });
+    each_lane(in[0], in[1], in[2], out[0], [this, limit](int i, int r, int g, int b) {
+      return matrix.clamped(i, r, g, b, limit);
+    });
     return {load<Wide>(out[0]), load<Wide>(out[1]), load<Wide>(out[2])};
   }
 

@@ -118,7 +118,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     k.along_row(z, rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
   };
   const auto add_columns = [&](int64_t y) {
-    const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1], rows.z[y + 2]};
+    const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1],
+                                 rows.z[y + 2]};
     k.down_column(z, rows.pv[y], rows.av3[y], rows.scratch + kTileSlack, words);
   };
 

@@ -10,8 +10,8 @@ namespace lum {
 
 enum class DemosaicMode { bilinear, lcaa, lcaav, yuv422 };
 
-// Every pixel is computed, borders included: samples outside the frame are mirrored about the border
-// sample. Sinks of 8 bits. The source must not overlap the destination.
+// Every pixel is computed, borders included: samples outside the frame are mirrored about the
+// border sample. Sinks of 8 bits. The source must not overlap the destination.
 void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, DemosaicMode mode);
 
 }  // namespace lum

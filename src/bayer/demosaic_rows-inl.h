@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Demosaics that look beyond the 2 x 2 block: the vector parts. Frames, borders and the order of rows
-// are in demosaic.cpp.
+// Demosaics that look beyond the 2 x 2 block: the vector parts. Frames, borders and the order of
+// rows are in demosaic.cpp.
 //
 // N is the colour that the row's own native pixels hold (red in red rows), O the one that the row
 // lacks; every other pixel of the row holds green.
@@ -21,8 +21,8 @@ struct Planes8 {
   ptrdiff_t pitch;
 };
 
-// (a + b + c + d + 2) >> 2 in bytes. Two averages that round up overshoot by one when one of the first
-// two was rounded and the last one was too.
+// (a + b + c + d + 2) >> 2 in bytes. Two averages that round up overshoot by one when one of the
+// first two was rounded and the last one was too.
 LUM_INLINE U8 average4(U8 a, U8 b, U8 c, U8 d) {
   const U8 ab = avg_up(a, b), cd = avg_up(c, d);
   return avg_up(ab, cd) - (((a ^ b) | (c ^ d)) & (ab ^ cd) & 1);
@@ -133,7 +133,8 @@ struct PairedChroma {
     const I16 native_other = limited(native_green - d2), green_other = limited(green - d2);
     const I16 green_own = limited(green - d1), green_of_native = limited(native_green);
     if (green_first_) {
-      return {join(green_own, native), join(green, green_of_native), join(green_other, native_other)};
+      return {join(green_own, native), join(green, green_of_native),
+              join(green_other, native_other)};
     }
     return {join(native, green_own), join(green_of_native, green), join(native_other, green_other)};
   }
@@ -165,8 +166,8 @@ LUM_INLINE void sum_columns(const int16_t* row, int16_t* sums, size_t words) {
 }
 
 // Five samples in line, two before to two behind:
-//   p = z0 - 2 z1 + 2 z2 - 2 z3 + z4, sixteen times a colour difference after the low-pass that follows
-//   a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
+//   p = z0 - 2 z1 + 2 z2 - 2 z3 + z4, sixteen times a colour difference after the low-pass that
+//   follows a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
 LUM_INLINE I16 activity(I16 z0, I16 z1, I16 z3, I16 z4) {
   const I16 inner = z3 - z1;
   return absolute(z0 - z4 + inner + inner);
@@ -187,7 +188,8 @@ inline void along_row(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scra
 inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
                         size_t words) {
   for (size_t x = 0; x < words; x += kLanes / 2) {
-    const I16 z0 = at(z[0], x), z1 = at(z[1], x), z2 = at(z[2], x), z3 = at(z[3], x), z4 = at(z[4], x);
+    const I16 z0 = at(z[0], x), z1 = at(z[1], x), z2 = at(z[2], x), z3 = at(z[3], x),
+              z4 = at(z[4], x);
     const I16 near = z2 - z1 - z3;
     store(pv + x, z0 + z4 + near + near);
     store(scratch + x, activity(z0, z1, z3, z4));
@@ -195,8 +197,9 @@ inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, in
   sum_columns(scratch, av3, words);
 }
 
-// 0..4: how much smaller the first of two measures is than the second, 2 being undecided. `near` and
-// `far` reduce a measure: below near(the other) it is the smaller one, below far(the other) by much.
+// 0..4: how much smaller the first of two measures is than the second, 2 being undecided. `near`
+// and `far` reduce a measure: below near(the other) it is the smaller one, below far(the other) by
+// much.
 template <class Near, class Far>
 LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far) {
   I16 e = I16{} + 2;
@@ -297,7 +300,9 @@ LUM_INLINE I16 closer(I16 a, I16 c) {
 }
 
 // Green of a pixel by differences q, not limited.
-LUM_INLINE I16 green(const Mask& native, I16 z, I16 q) { return pick(native, z - ((q + 8) >> 4), z); }
+LUM_INLINE I16 green(const Mask& native, I16 z, I16 q) {
+  return pick(native, z - ((q + 8) >> 4), z);
+}
 
 // -((k a + (4 - k) b + 2) >> 2), k by which of the greens is nearer to the pixel's.
 LUM_INLINE I16 leaning(I16 green_here, I16 green_a, I16 green_b, I16 a, I16 b) {

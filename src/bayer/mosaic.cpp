@@ -8,7 +8,8 @@ namespace {
 
 size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
 
-// The last row has no row below it and repeats the one above, bytes that are never written included.
+// The last row has no row below it and repeats the one above, bytes that are never written
+// included.
 void copy_last_row(const MosaicFrame& f) {
   const size_t row_bytes = f.width * pixel_bytes(f.sink);
   uint8_t* const last = f.dst + (f.height - 1) * row_bytes;

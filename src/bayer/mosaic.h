@@ -37,7 +37,8 @@ struct Reduction {
   Sink sink;
   RowArgs args;
 };
-// To bytes, or for the 16-bit sinks of words to words in host order with the significant bits on top.
+// To bytes, or for the 16-bit sinks of words to words in host order with the significant bits on
+// top.
 Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian);
 // 12-bit packed samples give their upper eight bits for every sink.
 constexpr Reduction kReduceMono12Packed = {Source::mono12_packed, Sink::mono8_rec601, {}};

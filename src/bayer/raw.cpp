@@ -33,7 +33,8 @@ uint32_t LumRaw8ImageTransform(uint8_t* dst, const uint8_t* src, uint32_t width,
 uint32_t LumRaw12ImageTransform(uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
                                 uint32_t formatIndex, uint32_t bayerPattern) {
   if (const uint32_t error = check_mosaic(dst, src, width, height, bayerPattern)) return error;
-  if (formatIndex > LUM_FORMAT_MONO16_REC709 || formatIndex == LUM_FORMAT_UYVY) return kNotImplemented;
+  if (formatIndex > LUM_FORMAT_MONO16_REC709 || formatIndex == LUM_FORMAT_UYVY)
+    return kNotImplemented;
   convert_mosaic_reduced(kernels(), frame(dst, src, width, height, formatIndex, bayerPattern),
                          kReduceMono12Packed, Source::mosaic8);
   return kSuccess;

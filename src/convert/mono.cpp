@@ -23,7 +23,9 @@ uint32_t check_y16(const void* dst, const void* src, uint32_t count, uint32_t fo
   return kSuccess;
 }
 
-bool is_mono16(uint32_t format) { return format == LUM_FORMAT_MONO16_REC601 || format == LUM_FORMAT_MONO16_REC709; }
+bool is_mono16(uint32_t format) {
+  return format == LUM_FORMAT_MONO16_REC601 || format == LUM_FORMAT_MONO16_REC709;
+}
 
 }  // namespace
 

@@ -22,9 +22,9 @@ struct Mono12Packed {
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {load_packed12(a)}; }
 };
 
-// The same with all 12 bits, shifted up by `shift`, as words in host order. A shuffle puts a pixel's
-// upper eight bits above the byte with its low nibble: in the lower nibble of the first pixel of a
-// pair, in the upper one of the second.
+// The same with all 12 bits, shifted up by `shift`, as words in host order. A shuffle puts a
+// pixel's upper eight bits above the byte with its low nibble: in the lower nibble of the first
+// pixel of a pair, in the upper one of the second.
 struct Mono12PackedTo16 {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 3;
   static constexpr int kRows = 1;
@@ -48,9 +48,9 @@ struct Mono12PackedTo16 {
   unsigned shift;
 };
 
-// Big-endian words, all 16 bits used: H L. Grey is H; of the bits below it the upper one (0x80 of L)
-// adds 1 to red and the lower one (0x40) adds 1 to blue, not beyond 255: a tint that lets a viewer
-// tell quarter steps apart.
+// Big-endian words, all 16 bits used: H L. Grey is H; of the bits below it the upper one (0x80 of
+// L) adds 1 to red and the lower one (0x40) adds 1 to blue, not beyond 255: a tint that lets a
+// viewer tell quarter steps apart.
 struct Mono16Tinted {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
   static constexpr int kRows = 1;
@@ -65,8 +65,8 @@ struct Mono16Tinted {
   }
 };
 
-// Either luminance of a tinted pixel is H again: the tint adds at most 77 + 29 of 256 to the truncated
-// one and 54 + 18 + 128 to the rounded one.
+// Either luminance of a tinted pixel is H again: the tint adds at most 77 + 29 of 256 to the
+// truncated one and 54 + 18 + 128 to the rounded one.
 struct Mono16High {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
   static constexpr int kRows = 1;
@@ -91,12 +91,14 @@ struct Mono16Words {
   ByteOrder order;
 };
 
-// The top eight significant bits: (V >> (8 - shift)) & 255. Bits above them are dropped, not clamped.
+// The top eight significant bits: (V >> (8 - shift)) & 255. Bits above them are dropped, not
+// clamped.
 struct Mono16To8 : Mono16Words {
   using Mono16Words::Mono16Words;
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
     const Wide v = words(a);
-    return {narrow(I16(shift_right(v.lo, 8 - shift) & 255), I16(shift_right(v.hi, 8 - shift) & 255))};
+    return {
+        narrow(I16(shift_right(v.lo, 8 - shift) & 255), I16(shift_right(v.hi, 8 - shift) & 255))};
   }
 };
 

@@ -143,6 +143,7 @@ class TileRows {
   const uint8_t* row(uint64_t y) {
     uint8_t* const row = rows_[y % 2];
     if (held_[y % 2] != y) {
+      prefetch_below(src_ + y * src_row_);
       resample_tile(kernels_, row, src_ + y * src_row_, plan_, pixel_, Resampling::linear);
       held_[y % 2] = y;
     }
@@ -150,6 +151,15 @@ class TileRows {
   }
 
  private:
+  // Where rows have several tiles the next one begins elsewhere, and the processor does not foresee
+  // it.
+  void prefetch_below(const uint8_t* row) const {
+    constexpr size_t kLine = 64;
+    const size_t first = plan_.at[0], end = plan_.at[plan_.n - 1];
+    if (end - first > src_row_ / 2) return;
+    for (size_t i = first; i < end; i += kLine) __builtin_prefetch(row + src_row_ + i);
+  }
+
   const DirectKernels& kernels_;
   const uint8_t* src_;
   size_t src_row_;

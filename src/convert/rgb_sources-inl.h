@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Colour sources: R G B, B G R, R G B A, B G R A in memory. All become four-byte pixels, which sinks
-// reorder in one shuffle.
+// Colour sources: R G B, B G R, R G B A, B G R A in memory. All become four-byte pixels, which
+// sinks reorder in one shuffle.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -13,7 +13,8 @@ struct Packed24Source {
   explicit Packed24Source(const RowArgs&) {}
   LUM_INLINE Pixels4<bgr, false> block(const uint8_t* a, const uint8_t*) const {
     constexpr int kQuarter = kLanes / 4 * 3;
-    return {{expand3(a), expand3(a + kQuarter), expand3(a + 2 * kQuarter), expand3(a + 3 * kQuarter)}};
+    return {
+        {expand3(a), expand3(a + kQuarter), expand3(a + 2 * kQuarter), expand3(a + 3 * kQuarter)}};
   }
 };
 
@@ -45,7 +46,8 @@ struct Packed32Source {
   static constexpr bool kEdge = false, kPadded = false;
   explicit Packed32Source(const RowArgs&) {}
   LUM_INLINE Pixels4<bgr, true> block(const uint8_t* a, const uint8_t*) const {
-    return {{load<U8>(a), load<U8>(a + kLanes), load<U8>(a + 2 * kLanes), load<U8>(a + 3 * kLanes)}};
+    return {
+        {load<U8>(a), load<U8>(a + kLanes), load<U8>(a + 2 * kLanes), load<U8>(a + 3 * kLanes)}};
   }
 };
 

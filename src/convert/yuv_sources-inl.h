@@ -77,7 +77,8 @@ struct Yuv411Layout {
   static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
   static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
   static LUM_INLINE YuvWords words(const uint8_t* p) {
-    return {I16(load_words_of_3(p, Y{})), I16(load_words_of_3(p, U{})), I16(load_words_of_3(p, V{}))};
+    return {I16(load_words_of_3(p, Y{})), I16(load_words_of_3(p, U{})),
+            I16(load_words_of_3(p, V{}))};
   }
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
 };
@@ -144,7 +145,8 @@ struct Yuv444Source {
   explicit Yuv444Source(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const Bytes3 v = load3(a);
-    const Bytes2 y = interleave(v.c1, U8{}), cb = interleave(v.c0, U8{}), cr = interleave(v.c2, U8{});
+    const Bytes2 y = interleave(v.c1, U8{}), cb = interleave(v.c0, U8{}),
+                 cr = interleave(v.c2, U8{});
     const RgbWords lo = range.to_rgb({I16(y.lo), I16(cb.lo), I16(cr.lo)});
     const RgbWords hi = range.to_rgb({I16(y.hi), I16(cb.hi), I16(cr.hi)});
     return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
@@ -169,9 +171,7 @@ struct Yuv444To422 : Yuv444 {
   }
 
  private:
-  static LUM_INLINE U16 pair_average(U8 v) {
-    return ((U16(v) & 255) + (U16(v) >> 8)) >> 1;
-  }
+  static LUM_INLINE U16 pair_average(U8 v) { return ((U16(v) & 255) + (U16(v) >> 8)) >> 1; }
 };
 
 }  // namespace

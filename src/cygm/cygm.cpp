@@ -19,7 +19,8 @@ struct LinePair {
 
 LinePair lines_of_row(const uint8_t* src, uint32_t width, uint32_t height, uint32_t y) {
   const uint8_t* const second_field = src + size_t{height / 2} * width;
-  // Of the lines y and y + 1 the even one is 2 i of the second field, the odd one 2 i + 1 of the first.
+  // Of the lines y and y + 1 the even one is 2 i of the second field, the odd one 2 i + 1 of the
+  // first.
   const uint32_t even = y + (y & 1), odd = y + 1 - (y & 1);
   LinePair pair;
   pair.cyan_yellow = second_field + size_t{even / 2} * width;
@@ -62,8 +63,8 @@ void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* sr
     kernel(pixels, a, b, 4, lines.args);
     memcpy(row + (width - 1) * kBytes, pixels + kBytes, kBytes);
   }
-  // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2 has
-  // no such repetition.
+  // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2
+  // has no such repetition.
   if (width <= 3) return;
   uint8_t* const bottom = dst + computed * row_bytes;
   memcpy(bottom, bottom - row_bytes, row_bytes);

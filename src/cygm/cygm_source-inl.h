@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Complementary mosaic, two lines at a time: a holds cyan and yellow, b green and magenta (column 0)
-// or magenta and green (column 1). Every 2 x 2 block has one sample of each colour:
+// Complementary mosaic, two lines at a time: a holds cyan and yellow, b green and magenta (column
+// 0) or magenta and green (column 1). Every 2 x 2 block has one sample of each colour:
 //
 //   Y  = floor((Cy + Ye + G + Mg) / 4)
 //   Cr = (Ye + Mg - Cy - G) / 4, Cb = (Cy + Mg - Ye - G) / 4, both truncated toward zero

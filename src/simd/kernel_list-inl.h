@@ -4,21 +4,21 @@
 #include "simd/kernel_table.h"
 #include "simd/pixels-inl.h"
 #include "simd/sinks-inl.h"
-//
+// Sources that stand alone.
 #include "bayer/mosaic_sources-inl.h"
-#include "bayer/binned_source-inl.h"
 #include "convert/mono_sources-inl.h"
 #include "convert/rgb_sources-inl.h"
 #include "convert/yuv_sources-inl.h"
-#include "bayer/corrected_sources-inl.h"
 #include "cygm/cygm_source-inl.h"
-#include "cygm/cygm_window_sources-inl.h"
-#include "bayer/demosaic_rows-inl.h"
 #include "simd/rows-inl.h"
-//
+// What builds on them.
+#include "bayer/binned_source-inl.h"
+#include "bayer/corrected_sources-inl.h"
+#include "bayer/demosaic_rows-inl.h"
 #include "convert/depth_rows-inl.h"
 #include "convert/planes_rows-inl.h"
-//
+#include "cygm/cygm_window_sources-inl.h"
+// And on those.
 #include "convert/geometry_rows-inl.h"
 #include "simd/direct_list-inl.h"
 

@@ -12,27 +12,28 @@ namespace lum {
 
 // What a row kernel reads. Every row of the table below, kSources, describes one of them.
 enum class Source : unsigned {
-  mosaic8,        // two rows of a Bayer mosaic, bytes: a holds the red samples, b the blue ones
-  mosaic16,       // the same, 16-bit words in host order
-  mono8,          // grey bytes
-  mono12_packed,  // two pixels in three bytes; 8-bit sinks do not use the middle one, the low nibbles
-  mono16_tinted,  // big-endian words; the two bits below the high byte tint red and blue
-  mono16,         // words of either byte order, shifted up by RowArgs::shift
-  rgb24,          // R, G, B in memory
-  bgr24,          // B, G, R in memory
-  rgba32,         // R, G, B, A in memory
-  bgra32,         // B, G, R, A in memory
-  cygm,           // two lines of a complementary mosaic: a holds cyan, yellow; b green, magenta
-  mosaic8_corrected,   // mosaic8, then RowArgs::matrix
-  mosaic8_wrapped,     // the same with sums of 32 bits, of which bits 10 to 25 count
+  mosaic8,            // two rows of a Bayer mosaic, bytes: a holds the red samples, b the blue ones
+  mosaic16,           // the same, 16-bit words in host order
+  mono8,              // grey bytes
+  mono12_packed,      // two pixels in three bytes; 8-bit sinks do not use the middle one, the low
+                      // nibbles
+  mono16_tinted,      // big-endian words; the two bits below the high byte tint red and blue
+  mono16,             // words of either byte order, shifted up by RowArgs::shift
+  rgb24,              // R, G, B in memory
+  bgr24,              // B, G, R in memory
+  rgba32,             // R, G, B, A in memory
+  bgra32,             // B, G, R, A in memory
+  cygm,               // two lines of a complementary mosaic: a holds cyan, yellow; b green, magenta
+  mosaic8_corrected,  // mosaic8, then RowArgs::matrix
+  mosaic8_wrapped,    // the same with sums of 32 bits, of which bits 10 to 25 count
   mosaic16_corrected,  // mosaic16, then RowArgs::matrix
   yuv411,              // U Y0 Y1 V Y2 Y3
   yuv422,              // U Y0 V Y1
   yuv444,              // U Y V
-  planes8,   // three rows of bytes, RowArgs::pitch apart: R from a, G, B
+  planes8,             // three rows of bytes, RowArgs::pitch apart: R from a, G, B
   bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with a sample before
              // and one behind: see RowArgs::above
-  paired_chroma,  // likewise with two rows above and below, two samples before and three behind
+  paired_chroma,    // likewise with two rows above and below, two samples before and three behind
   bgr24_corrected,  // bgr24, then RowArgs::matrix
   bgr48_corrected,  // B, G, R as words in host order, then RowArgs::matrix
   // Two samples before and behind the row, and rows beside it: see RowArgs::above.
@@ -67,17 +68,31 @@ struct SourceTraits {
   unsigned min_pixels;    // least n
 };
 constexpr SourceTraits kSources[kSourceCount] = {
-    {"mosaic8", 1, 1, 2, 2},        {"mosaic16", 1, 2, 2, 2}, {"mono8", 1, 1, 1, 1},
-    {"mono12_packed", 2, 3, 1, 2},  {"mono16_tinted", 1, 2, 1, 1}, {"mono16", 1, 2, 1, 1},
-    {"rgb24", 1, 3, 1, 1},          {"bgr24", 1, 3, 1, 1},    {"rgba32", 1, 4, 1, 1},
-    {"bgra32", 1, 4, 1, 1},         {"cygm", 1, 1, 2, 2},
-    {"mosaic8_corrected", 1, 1, 2, 2}, {"mosaic8_wrapped", 1, 1, 2, 2},
+    {"mosaic8", 1, 1, 2, 2},
+    {"mosaic16", 1, 2, 2, 2},
+    {"mono8", 1, 1, 1, 1},
+    {"mono12_packed", 2, 3, 1, 2},
+    {"mono16_tinted", 1, 2, 1, 1},
+    {"mono16", 1, 2, 1, 1},
+    {"rgb24", 1, 3, 1, 1},
+    {"bgr24", 1, 3, 1, 1},
+    {"rgba32", 1, 4, 1, 1},
+    {"bgra32", 1, 4, 1, 1},
+    {"cygm", 1, 1, 2, 2},
+    {"mosaic8_corrected", 1, 1, 2, 2},
+    {"mosaic8_wrapped", 1, 1, 2, 2},
     {"mosaic16_corrected", 1, 2, 2, 2},
-    {"yuv411", 4, 6, 1, 4},         {"yuv422", 2, 4, 1, 2},   {"yuv444", 1, 3, 1, 1},
-    {"planes8", 1, 1, 1, 1},        {"bilinear", 2, 2, 1, 2},
+    {"yuv411", 4, 6, 1, 4},
+    {"yuv422", 2, 4, 1, 2},
+    {"yuv444", 1, 3, 1, 1},
+    {"planes8", 1, 1, 1, 1},
+    {"bilinear", 2, 2, 1, 2},
     {"paired_chroma", 2, 2, 1, 2},
-    {"bgr24_corrected", 1, 3, 1, 1}, {"bgr48_corrected", 1, 6, 1, 1},
-    {"mosaic8_binned", 1, 2, 1, 1}, {"cygm_3x3", 2, 2, 1, 2}, {"cygm_3x3_luma", 2, 2, 1, 2},
+    {"bgr24_corrected", 1, 3, 1, 1},
+    {"bgr48_corrected", 1, 6, 1, 1},
+    {"mosaic8_binned", 1, 2, 1, 1},
+    {"cygm_3x3", 2, 2, 1, 2},
+    {"cygm_3x3_luma", 2, 2, 1, 2},
     {"cygm_binned", 1, 2, 1, 1},
 };
 
@@ -87,9 +102,9 @@ struct SinkTraits {
   unsigned group_pixels;  // n is a multiple of this
 };
 constexpr SinkTraits kSinks[kSinkCount] = {
-    {"mono8_rec601", 1, 1}, {"bgr24", 3, 1},        {"bgra32", 4, 1},        {"rgb24", 3, 1},
-    {"rgba32", 4, 1},       {"mono8_rec709", 1, 1}, {"uyvy", 2, 2},          {"mono16_rec601", 2, 1},
-    {"mono16_rec709", 2, 1}, {"bgr48", 6, 1},       {"rgb48", 6, 1},
+    {"mono8_rec601", 1, 1},  {"bgr24", 3, 1},        {"bgra32", 4, 1}, {"rgb24", 3, 1},
+    {"rgba32", 4, 1},        {"mono8_rec709", 1, 1}, {"uyvy", 2, 2},   {"mono16_rec601", 2, 1},
+    {"mono16_rec709", 2, 1}, {"bgr48", 6, 1},        {"rgb48", 6, 1},
 };
 
 // What a kernel needs to know beyond its rows; each source reads only what its comment names.
@@ -98,44 +113,45 @@ struct RowArgs {
   // cygm:    0 when column 0 of row b is green, 1 when it is magenta.
   uint32_t column = 0;
   // Packed samples to words, words to bytes: as DirectKernels says.
-  // mono16: bits by which a word is shifted up to fill 16 bits; at most 8 to 8-bit sinks, at most 16
-  // to the others. mono12_packed to 16-bit sinks: bits by which the 12 bits are shifted up.
+  // mono16: bits by which a word is shifted up to fill 16 bits; at most 8 to 8-bit sinks, at most
+  // 16 to the others. mono12_packed to 16-bit sinks: bits by which the 12 bits are shifted up.
   uint32_t shift = 0;
   // mono16, and where DirectKernels names it: 1 when the first byte of a word is its high byte.
   uint32_t big_endian = 0;
-  // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes its
-  // row's sum >> scale, limited to what the sink holds.
-  // Studio-range YUV: four factors, as DirectKernels says.
+  // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes
+  // its row's sum >> scale, limited to what the sink holds. Studio-range YUV: four factors, as
+  // DirectKernels says.
   const int32_t* matrix = nullptr;
   uint32_t scale = 0;
   // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.
   uint32_t wide = 0;
   ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes
-  // bilinear, paired_chroma: where the rows above and below lie, in bytes from a, and for the latter
-  // the rows beyond them; `column` is then the parity of the columns that hold the row's own colour,
-  // and own_is_blue tells which that is.
-  // mosaic8_binned: a is the cells' row with red, whose column is `column`; `above` is where the red
-  // row across the cells lies, `below` their row with blue, `below2` the blue row across them.
-  // cygm_3x3, cygm_binned: where the lines above, below and two below lie; `matrix` then holds
-  // weights of the lines' chroma, rows R, G, B, columns above, here, below, two below.
+  // bilinear, paired_chroma: where the rows above and below lie, in bytes from a, and for the
+  // latter the rows beyond them; `column` is then the parity of the columns that hold the row's own
+  // colour, and own_is_blue tells which that is. mosaic8_binned: a is the cells' row with red,
+  // whose column is `column`; `above` is where the red row across the cells lies, `below` their row
+  // with blue, `below2` the blue row across them. cygm_3x3, cygm_binned: where the lines above,
+  // below and two below lie; `matrix` then holds weights of the lines' chroma, rows R, G, B,
+  // columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
 };
 
-// Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two), writes
-// exactly n pixels of dst; no pointer needs an alignment. In the two-row sources the last pixel has
-// the value of the one before it. dst may equal a only for rgb24 -> bgr24, bgr24 ->
-// rgb24 and the corrected B, G, R sources.
+// Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two),
+// writes exactly n pixels of dst; no pointer needs an alignment. In the two-row sources the last
+// pixel has the value of the one before it. dst may equal a only for rgb24 -> bgr24, bgr24 -> rgb24
+// and the corrected B, G, R sources.
 using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                            const RowArgs& args);
 
 // kPaddedBytes: sources of rows that the library made itself read on beyond the last pixel, up to
-// this many bytes, twice as many where a pixel has two samples; every other source reads its n pixels only.
+// this many bytes, twice as many where a pixel has two samples; every other source reads its n
+// pixels only.
 constexpr size_t kPaddedBytes = 64;
 
-// The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer is
-// at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end. It is
-// aligned to 64 bytes, and so is column 0.
+// The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer
+// is at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end. It
+// is aligned to 64 bytes, and so is column 0.
 constexpr int kTileMargin = 32;
 constexpr int kTileSlack = 32;
 

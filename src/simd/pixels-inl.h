@@ -17,16 +17,16 @@ struct Rgb8 {
 struct Rgb16 {
   Wide r, g, b;
 };
-// Four vectors of kLanes / 4 pixels of four bytes each, in memory order (bgr tells which); the fourth
-// byte is alpha, or undefined.
+// Four vectors of kLanes / 4 pixels of four bytes each, in memory order (bgr tells which); the
+// fourth byte is alpha, or undefined.
 template <bool bgr, bool has_alpha>
 struct Pixels4 {
   U8 quarter[4];
 };
 
-// The samples of 2 x 2 blocks as a Bayer mosaic has them side by side, one block a 16-bit lane: red and
-// blue, and the two greens. Even and odd pixels apart; in the lanes of one of them red is the lower
-// byte, in those of the other blue.
+// The samples of 2 x 2 blocks as a Bayer mosaic has them side by side, one block a 16-bit lane: red
+// and blue, and the two greens. Even and odd pixels apart; in the lanes of one of them red is the
+// lower byte, in those of the other blue.
 struct BlockPairs {
   struct Half {
     U8 red_blue, greens;
@@ -42,8 +42,8 @@ LUM_INLINE V avg_down(V a, V b) {  // (a + b) >> 1 without a ninth bit
 
 // Luminance: (wr R + wg G + wb B + round) >> 8. Kept: BT.601 truncates and
 // BT.709 rounds; the bytes of either are what receivers compare with.
-// The green weight is above 127, the limit of a signed byte, so it is split over the two products of
-// madd(): once beside red and once beside blue.
+// The green weight is above 127, the limit of a signed byte, so it is split over the two products
+// of madd(): once beside red and once beside blue.
 struct Rec601 {
   static constexpr int kRed = 77, kGreen = 150, kBlue = 29, kRound = 0, kGreenWithRed = 51;
 };
@@ -74,9 +74,9 @@ LUM_INLINE I8 red_blue_weights(const BlockPairs::Half& p, int red, int blue) {
 }
 LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) { return madd(p.greens, I8(splat8(1))); }
 
-// The same from samples as they lie in a mosaic: no shuffle is needed, as even and odd pixels end up
-// in the lower and the upper byte of a lane. G is half the sum of the greens, rounded down, so its
-// weight, which is even, goes by halves to the sum without its last bit.
+// The same from samples as they lie in a mosaic: no shuffle is needed, as even and odd pixels end
+// up in the lower and the upper byte of a lane. G is half the sum of the greens, rounded down, so
+// its weight, which is even, goes by halves to the sum without its last bit.
 template <class Luma>
 LUM_INLINE U16 luma_times_256(const BlockPairs::Half& p) {
   static_assert(Luma::kGreen % 2 == 0, "half the weight of green");
@@ -89,8 +89,8 @@ LUM_INLINE U8 luma(const BlockPairs& p) {
   return U8((luma_times_256<Luma>(p.even) >> 8) | (luma_times_256<Luma>(p.odd) & 0xFF00));
 }
 
-// The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the signed
-// one; the weights add up to 256, so 128 * 256 is put back.
+// The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the
+// signed one; the weights add up to 256, so 128 * 256 is put back.
 template <class Luma, bool bgr, bool has_alpha>
 LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
   constexpr uint32_t kFirst = bgr ? Luma::kBlue : Luma::kRed;
@@ -109,7 +109,8 @@ LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
 // falls short of the result by less than 4; the low 16 bits of the sum tell by how much.
 template <class Luma>
 LUM_INLINE U16 luma(U16 r, U16 g, U16 b) {
-  const U16 wr = multiplier(Luma::kRed), wg = multiplier(Luma::kGreen), wb = multiplier(Luma::kBlue);
+  const U16 wr = multiplier(Luma::kRed), wg = multiplier(Luma::kGreen),
+            wb = multiplier(Luma::kBlue);
   const U16 high = mul_hi(r, wr << 8) + mul_hi(g, wg << 8) + mul_hi(b, wb << 8);
   const U16 low = r * wr + g * wg + b * wb + static_cast<uint16_t>(Luma::kRound);
   return high + (((low >> 8) - high) & 255);
@@ -122,7 +123,8 @@ LUM_INLINE Wide luma(const Rgb16& p) {
 // Studio-range YUV 4:2:2 from R, G, B:
 //   Y = ((66 R + 129 G + 25 B + 128) >> 8) + 16
 //   U = ((-38 R - 74 G + 112 B + 128) >> 8) + 128, V = ((112 R - 94 G - 18 B + 128) >> 8) + 128
-// and U, V of a pixel pair = (first + second) >> 1. `uv` holds U, V byte by byte, one of each a pair.
+// and U, V of a pixel pair = (first + second) >> 1. `uv` holds U, V byte by byte, one of each a
+// pair.
 struct Yuv422 {
   U8 y, uv;
 };
@@ -132,9 +134,7 @@ struct StudioU {
 struct StudioV {
   static constexpr int kRed = 112, kGreen = -94, kBlue = -18;
 };
-LUM_INLINE I16 half_sum_of_pairs(I8 v) {
-  return madd(splat8(1), v) >> 1;
-}
+LUM_INLINE I16 half_sum_of_pairs(I8 v) { return madd(splat8(1), v) >> 1; }
 // A constant beside blue brings the rounding term in without an addition of its own.
 constexpr int kBeside = 64;
 // From R, G, R, G ... and B, kBeside, B, kBeside ...
@@ -144,10 +144,8 @@ LUM_INLINE U8 studio_luma(const Bytes2& rg, const Bytes2& bk) {
   const I8 y_blue = I8(splat_pair(25, 66));  // 66 * 64 = 128 + 16 * 256
   constexpr uint16_t kBack = 128 * (66 + 129);
   static_assert(66 * kBeside == 128 + 16 * 256, "rounding and offset of Y");
-  const U16 y_lo =
-      U16(madd(y_red_green, I8(rg.lo ^ 0x80))) + U16(madd(bk.lo, y_blue)) + kBack;
-  const U16 y_hi =
-      U16(madd(y_red_green, I8(rg.hi ^ 0x80))) + U16(madd(bk.hi, y_blue)) + kBack;
+  const U16 y_lo = U16(madd(y_red_green, I8(rg.lo ^ 0x80))) + U16(madd(bk.lo, y_blue)) + kBack;
+  const U16 y_hi = U16(madd(y_red_green, I8(rg.hi ^ 0x80))) + U16(madd(bk.hi, y_blue)) + kBack;
   return pack_high(y_lo, y_hi);
 }
 LUM_INLINE U8 studio_luma(const Rgb8& p) {
@@ -180,10 +178,10 @@ LUM_INLINE YuvWordsOfHalf to_yuv(const BlockPairs::Half& p) {
   const U16 y = U16(madd(p.red_blue, red_blue_weights(p, 66, 25))) + g * multiplier(129) +
                 static_cast<uint16_t>(128 + 16 * 256);
   static_assert(2 * kBeside == 128, "rounding of U and V");
-  const I16 u = madd(p.red_blue, red_blue_weights(p, -38, 112)) +
-                madd(green_beside, I8(splat_pair(-74, 2)));
-  const I16 v = madd(p.red_blue, red_blue_weights(p, 112, -18)) +
-                madd(green_beside, I8(splat_pair(-94, 2)));
+  const I16 u =
+      madd(p.red_blue, red_blue_weights(p, -38, 112)) + madd(green_beside, I8(splat_pair(-74, 2)));
+  const I16 v =
+      madd(p.red_blue, red_blue_weights(p, 112, -18)) + madd(green_beside, I8(splat_pair(-94, 2)));
   return {y, u >> 8, v >> 8};
 }
 LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {

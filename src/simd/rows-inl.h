@@ -16,7 +16,8 @@ constexpr size_t source_bytes(size_t pixels) {
 }
 
 template <class Source, class Sink>
-LUM_INLINE void convert_last(const Source& source, uint8_t* dst, const uint8_t* a, const uint8_t* b) {
+LUM_INLINE void convert_last(const Source& source, uint8_t* dst, const uint8_t* a,
+                             const uint8_t* b) {
   if constexpr (Source::kEdge) {
     Sink::store_block(dst, source.last_block(a, b));
   } else {
@@ -70,8 +71,8 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   }
   const size_t rest = n - x;
   if (rest == 0) return;
-  // An odd row of a mosaic cannot go back to where its last kLanes pixels begin: that is a column of
-  // the other colour. Two pixels back are enough for the edge rule.
+  // An odd row of a mosaic cannot go back to where its last kLanes pixels begin: that is a column
+  // of the other colour. Two pixels back are enough for the edge rule.
   const bool odd = Source::kEdge && n % 2 != 0;
   if (n < kLanes || in_place || odd) {
     const size_t back = odd && rest == 1 && n > 1 ? 2 : 0;

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Destinations: how a block of kLanes pixels goes to memory. One struct for each, with one store for
-// each kind of block it takes. kPixelBytes is the memory of a pixel; kKeeps tells that some of its
-// bytes are left as they were.
+// Destinations: how a block of kLanes pixels goes to memory. One struct for each, with one store
+// for each kind of block it takes. kPixelBytes is the memory of a pixel; kKeeps tells that some of
+// its bytes are left as they were.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -63,9 +63,7 @@ struct Packed32 {
 struct Uyvy {
   static constexpr int kPixelBytes = 2;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
-    store_block(p, to_yuv422(v));
-  }
+  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store_block(p, to_yuv422(v)); }
   static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) {
     store_block(p, to_yuv422(v));
   }

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Vector primitives, level avx2: 32 lanes. Shuffles work within 128-bit halves, so interleaved words
-// stay in the order in which the pack functions take them back, and stores of interleaved pixels go
-// out in halves, which costs less than exchanging halves in registers.
+// Vector primitives, level avx2: 32 lanes. Shuffles work within 128-bit halves, so interleaved
+// words stay in the order in which the pack functions take them back, and stores of interleaved
+// pixels go out in halves, which costs less than exchanging halves in registers.
 #ifndef LUM_SIMD_VEC_AVX2_H
 #define LUM_SIMD_VEC_AVX2_H
 
@@ -126,8 +126,8 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(in_memory_order(_mm256_packus_epi32(m(U8(lo)), m(U8(hi)))));
 }
-// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps 16
-// bits, so one shift moves the bytes of two vectors of words into one:
+// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
+// 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
 constexpr LaneTable kQuarters =
     lane_table([](int i) { return i / 4 % 2 * 8 + i % 4 * 2 + i % 16 / 8; });
@@ -146,10 +146,12 @@ LUM_INLINE ByteOrder byte_order(bool big_endian) {
 }
 LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm256_shuffle_epi8(m(v), m(order))); }
 
-// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but
+// one.
 constexpr LaneTable kEdge8 = lane_table([](int i) { return i < 31 ? i % 16 + (i >= 16) : 14; });
-constexpr LaneTable kEdge16 =
-    lane_table([](int i) { return i < 16 ? i : i < 30 ? i % 16 + 2 : i % 16 - 2; });
+constexpr LaneTable kEdge16 = lane_table([](int i) {
+  return i < 16 ? i : i < 30 ? i % 16 + 2 : i % 16 - 2;
+});
 LUM_INLINE U8 load_edge8(const uint8_t* p) { return shuffle(load_halves(p + 1, p + 16), kEdge8); }
 LUM_INLINE U16 load_edge16(const uint8_t* p) {
   return U16(shuffle(load_halves(p + 2, p + 16), kEdge16));
@@ -175,7 +177,9 @@ LUM_INLINE U8 load_packed12(const uint8_t* p) {
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
 // negative number gives zero. The formulas repeat every 12 bytes.
-constexpr int shifted_or_none(int byte, int i) { return byte < 0 ? kNone : byte % 12 + (i < 16 ? 0 : 4); }
+constexpr int shifted_or_none(int byte, int i) {
+  return byte < 0 ? kNone : byte % 12 + (i < 16 ? 0 : 4);
+}
 template <class Formula>
 constexpr LaneTable kWordsOf3 = lane_table([](int i) {
   const int word = i % 32 / 2;
@@ -206,8 +210,9 @@ constexpr int deinterleave3_index(int size, int k, int c, int i) {
   return byte < 0 || byte >= 16 ? kNone : byte;
 }
 template <int size, int k, int c>
-constexpr LaneTable kDeinterleave3 =
-    lane_table([](int i) { return deinterleave3_index(size, k, c, i); });
+constexpr LaneTable kDeinterleave3 = lane_table([](int i) {
+  return deinterleave3_index(size, k, c, i);
+});
 template <int size, int c>
 LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
   return shuffle(v0, kDeinterleave3<size, 0, c>) | shuffle(v1, kDeinterleave3<size, 1, c>) |
@@ -240,18 +245,21 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
 }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 
-// Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte of
-// channel `c` it takes, or kNone when it belongs to another channel. The same in both halves.
+// Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte
+// of channel `c` it takes, or kNone when it belongs to another channel. The same in both halves.
 constexpr int interleave3_index(int size, int k, int c, int i) {
   const int byte = 16 * k + i % 16;
   const int element = byte / size;
   return element % 3 == c ? element / 3 * size + byte % size : kNone;
 }
 template <int size, int k, int c>
-constexpr LaneTable kInterleave3 = lane_table([](int i) { return interleave3_index(size, k, c, i); });
+constexpr LaneTable kInterleave3 = lane_table([](int i) {
+  return interleave3_index(size, k, c, i);
+});
 template <int size, int k>
-constexpr LaneTable kTriplicate =
-    lane_table([](int i) { return (16 * k + i % 16) / size / 3 * size + i % size; });
+constexpr LaneTable kTriplicate = lane_table([](int i) {
+  return (16 * k + i % 16) / size / 3 * size + i % size;
+});
 
 template <int size, int k>
 LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
@@ -297,9 +305,8 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 
 // kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back. The second
 // half is loaded and stored 4 bytes early so that 24 bytes are touched and no more.
-constexpr LaneTable kExpand3 = lane_table([](int i) {
-  return i % 4 == 3 ? kNone : i % 16 / 4 * 3 + i % 4 + (i < 16 ? 0 : 4);
-});
+constexpr LaneTable kExpand3 = lane_table(
+    [](int i) { return i % 4 == 3 ? kNone : i % 16 / 4 * 3 + i % 4 + (i < 16 ? 0 : 4); });
 template <bool swap>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
   const int byte = i < 16 ? i : i % 16 - 4;

@@ -128,8 +128,8 @@ LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                       _mm512_packus_epi32(m(U8(lo)), m(U8(hi)))));
 }
-// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps 16
-// bits, so one shift moves the bytes of two vectors of words into one:
+// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
+// 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
 constexpr LaneTable kQuarters = lane_table([](int i) {
   const int quarter = i / 16, pixel = i % 16;
@@ -149,7 +149,8 @@ LUM_INLINE ByteOrder byte_order(bool big_endian) {
 }
 LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm512_shuffle_epi8(m(v), m(order))); }
 
-// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but
+// one.
 constexpr LaneTable kEdge8 = lane_table([](int i) { return i < 63 ? i + 1 : 62; });
 constexpr LaneTable kEdge16 = lane_table([](int i) { return i < 62 ? i + 2 : i - 2; });
 LUM_INLINE U8 load_edge8(const uint8_t* p) { return permute(load<U8>(p), kEdge8); }
@@ -190,9 +191,7 @@ constexpr uint64_t words_of_3_mask() {
   return mask;
 }
 constexpr __mmask64 kThreeQuarters = 0x0000FFFFFFFFFFFFull;
-LUM_INLINE U8 load48(const uint8_t* p) {
-  return u8(_mm512_maskz_loadu_epi8(kThreeQuarters, p));
-}
+LUM_INLINE U8 load48(const uint8_t* p) { return u8(_mm512_maskz_loadu_epi8(kThreeQuarters, p)); }
 template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
@@ -225,9 +224,9 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
 }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 
-// Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3 does
-// not divide 64, a byte position belongs to a different channel in each of the three, so one permute
-// a channel puts every byte where it goes, and blends with constant masks finish the job.
+// Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3
+// does not divide 64, a byte position belongs to a different channel in each of the three, so one
+// permute a channel puts every byte where it goes, and blends with constant masks finish the job.
 constexpr int channel_of(int size, int k, int i) { return (64 * k + i) / size % 3; }
 constexpr int spread3_index(int size, int c, int i) {
   for (int k = 0; k < 3; ++k) {
@@ -243,8 +242,9 @@ constexpr uint64_t channel_mask(int size, int k, int c) {
 template <int size, int c>
 constexpr LaneTable kSpread3 = lane_table([](int i) { return spread3_index(size, c, i); });
 template <int size, int k>
-constexpr LaneTable kTriplicate =
-    lane_table([](int i) { return (64 * k + i) / size / 3 * size + i % size; });
+constexpr LaneTable kTriplicate = lane_table([](int i) {
+  return (64 * k + i) / size / 3 * size + i % size;
+});
 
 template <int size, int k>
 LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
@@ -253,8 +253,9 @@ LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
 }
 // Elements c0 c1 c2 c0 c1 c2 ... apart: the same blends, then one permute a channel.
 template <int size, int c>
-constexpr LaneTable kGather3 =
-    lane_table([](int i) { return ((i / size * 3 + c) * size + i % size) % 64; });
+constexpr LaneTable kGather3 = lane_table([](int i) {
+  return ((i / size * 3 + c) * size + i % size) % 64;
+});
 template <int size, int c>
 LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
   const __m512i v01 = _mm512_mask_blend_epi8(channel_mask(size, 1, c), m(v0), m(v1));
@@ -314,11 +315,10 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 // kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
 constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + i % 4 % 3; });
 template <bool swap>
-constexpr LaneTable kCompress3 =
-    lane_table([](int i) { return i / 3 * 4 % 64 + (swap ? 2 - i % 3 : i % 3); });
-LUM_INLINE U8 expand3(const uint8_t* p) {
-  return permute(load48(p), kExpand3);
-}
+constexpr LaneTable kCompress3 = lane_table([](int i) {
+  return i / 3 * 4 % 64 + (swap ? 2 - i % 3 : i % 3);
+});
+LUM_INLINE U8 expand3(const uint8_t* p) { return permute(load48(p), kExpand3); }
 template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<swap>)));

@@ -66,8 +66,12 @@ LUM_INLINE U16 mul_hi(U16 a, U16 b) {
   return lanes<U16>([&](int i) { return (static_cast<uint32_t>(a[i]) * b[i]) >> 16; });
 }
 // n is at most 16.
-LUM_INLINE U16 shift_left(U16 a, unsigned n) { return lanes<U16>([&](int i) { return a[i] << n; }); }
-LUM_INLINE U16 shift_right(U16 a, unsigned n) { return lanes<U16>([&](int i) { return a[i] >> n; }); }
+LUM_INLINE U16 shift_left(U16 a, unsigned n) {
+  return lanes<U16>([&](int i) { return a[i] << n; });
+}
+LUM_INLINE U16 shift_right(U16 a, unsigned n) {
+  return lanes<U16>([&](int i) { return a[i] >> n; });
+}
 
 // a0 b0 a1 b1 ...; the first half of the pixels in lo.
 LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
@@ -85,7 +89,8 @@ LUM_INLINE I16 madd(U8 u, I8 s) {
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) {
   const auto product = [&](int i) { return static_cast<uint32_t>(a[i] * b[i]); };
-  return lanes<I32>([&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
+  return lanes<I32>(
+      [&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
 }
 
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
@@ -147,7 +152,8 @@ LUM_INLINE U16 ordered(U16 v, ByteOrder order) {
   return U16(lanes<U8>([&](int i) { return bytes[i ^ static_cast<int>(order.swap)]; }));
 }
 
-// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but one.
+// The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but
+// one.
 LUM_INLINE U8 load_edge8(const uint8_t* p) {
   return lanes<U8>([&](int i) { return i + 1 < kLanes ? p[i + 1] : p[kLanes - 2]; });
 }
@@ -166,7 +172,6 @@ LUM_INLINE U8 load_packed12(const uint8_t* p) {
   return lanes<U8>([&](int i) { return p[i / 2 * 3 + i % 2 * 2]; });
 }
 
-
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
 // negative number gives zero. The formulas repeat every 12 bytes.
 template <class Formula>
@@ -184,7 +189,8 @@ LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
 constexpr bool kPlanarIsCheaper = false;  // load3() and store3() than expand3() and compress3()
 LUM_INLINE Bytes3 load3(const uint8_t* p) {
-  return {lanes<U8>([&](int i) { return p[3 * i]; }), lanes<U8>([&](int i) { return p[3 * i + 1]; }),
+  return {lanes<U8>([&](int i) { return p[3 * i]; }),
+          lanes<U8>([&](int i) { return p[3 * i + 1]; }),
           lanes<U8>([&](int i) { return p[3 * i + 2]; })};
 }
 LUM_INLINE Words3 load3_words(const uint8_t* p) {
@@ -198,7 +204,8 @@ template <class V>
 LUM_INLINE void store_interleaved3(uint8_t* p, V c0, V c1, V c2) {
   V out[3];
   constexpr int n = static_cast<int>(sizeof(V) / sizeof(c0[0]));
-  for (int i = 0; i < 3 * n; ++i) out[i / n][i % n] = (i % 3 == 0 ? c0 : i % 3 == 1 ? c1 : c2)[i / 3];
+  for (int i = 0; i < 3 * n; ++i)
+    out[i / n][i % n] = (i % 3 == 0 ? c0 : i % 3 == 1 ? c1 : c2)[i / 3];
   memcpy(p, out, sizeof out);
 }
 // a0 b0 a1 b1 ... in memory order.

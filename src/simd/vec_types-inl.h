@@ -58,7 +58,8 @@ LUM_INLINE U16 splat16(unsigned v) { return U16{} + static_cast<uint16_t>(v); }
 
 // Bytes v0, v1, v0, v1 ...: the weights of a madd() over interleaved bytes.
 LUM_INLINE U8 splat_pair(int v0, int v1) {
-  return U8(splat16(static_cast<uint8_t>(v0) | static_cast<unsigned>(static_cast<uint8_t>(v1)) << 8));
+  return U8(
+      splat16(static_cast<uint8_t>(v0) | static_cast<unsigned>(static_cast<uint8_t>(v1)) << 8));
 }
 
 // Words v0, v1, v0, v1 ...
@@ -80,7 +81,9 @@ LUM_INLINE I16 times(I16 v, int factor) { return I16(U16(v) * multiplier(factor)
 // Far enough ahead to cover the latency of memory, near enough to stay in the first-level cache.
 constexpr size_t kPrefetchDistance = 2048;
 LUM_INLINE void prefetch_read(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 0, 3); }
-LUM_INLINE void prefetch_write(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 1, 3); }
+LUM_INLINE void prefetch_write(const uint8_t* p) {
+  __builtin_prefetch(p + kPrefetchDistance, 1, 3);
+}
 
 // A table of one byte for each lane, from a formula.
 struct LaneTable {

@@ -40,8 +40,9 @@ struct Conversion {
   // What the library would misread or ignore is refused before it is asked: a Failure.
   void check(uint32_t width, uint32_t height) const;
 
-  // The library's result for a frame of this width and height. Both buffers hold the bytes that frame_bytes() of either side names, the
-  // source kSourceSlack more: LumIRaw8CYGMToBGR reads one sample past the last row.
+  // The library's result for a frame of this width and height. Both buffers hold the bytes that
+  // frame_bytes() of either side names, the source kSourceSlack more: LumIRaw8CYGMToBGR reads one
+  // sample past the last row.
   int32_t run(uint8_t* destination_data, uint8_t* source_data, uint32_t width,
               uint32_t height) const;
 

@@ -31,7 +31,8 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
   for (const lum_tool::DebayerName& mode : lum_tool::kDebayerNames) modes.push_back(mode.name);
   modes.push_back(lum_tool::kBinnedName);
   CLI::Option* debayer =
-      c->add_option("--debayer", o.debayer, "8-bit Bayer: how the colours are interpolated; bin halves width and height")
+      c->add_option("--debayer", o.debayer,
+                    "8-bit Bayer: how the colours are interpolated; bin halves width and height")
           ->check(CLI::IsMember(modes));
   CLI::Option* matrix =
       c->add_option("--matrix", o.matrix,
