@@ -9,6 +9,7 @@
 #include "commands.h"
 #include "conversion.h"
 #include "failure.h"
+#include "finish.h"
 #include "simulate.h"
 
 namespace lum_tool {
@@ -109,6 +110,8 @@ void print_json() {
     entry["windows"] = windows;
     root["sources"].push_back(entry);
   }
+  for (const FlipName& flip : kFlipNames) root["flips"].push_back(flip.name);
+  for (const PackingName& packing : kPackingNames) root["packings"].push_back(packing.name);
   std::printf("%s\n", root.dump(2).c_str());
 }
 
@@ -155,6 +158,13 @@ void print_table() {
   for (const Source& source : sources())
     if (source.is_cygm())
       for (const NamedWay& named : windows_of(source)) print_way(named.name, named.way);
+  std::printf(
+      "\nAfter the conversion, but for UYVY:\n  --resize WIDTHxHEIGHT [--nearest]\n  --flip");
+  for (const FlipName& flip : kFlipNames) std::printf(" %s", flip.name);
+  std::printf(
+      "\n  --i420, from 8-bit destinations\nInstead of it, for 12-bit packed sources:\n  --unpack");
+  for (const PackingName& packing : kPackingNames) std::printf(" %s", packing.name);
+  std::printf("\n");
 }
 
 void print_pattern(uint32_t pattern) {
