@@ -31,20 +31,20 @@ inline void copy_mirrored(uint8_t* to, const uint8_t* row, int64_t width, int64_
   for (int64_t i = end; i < count; ++i) to[i] = row[mirrored(first + i, width)];
 }
 
-// The last four rows of a strip, by row number.
+// The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
+// on either side.
+template <int kRows, int kBeside>
 class MirroredStrip {
  public:
   static constexpr uint32_t kColumns = 4096;
 
-  // Columns x to x + n - 1 of a row, with kBeside more on either side.
+  // Columns x to x + n - 1 of a row and those beside them.
   void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
     copy_mirrored(at(y) - kBeside, row, width, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
   }
   const uint8_t* operator[](int64_t y) const { return rows_[y & (kRows - 1)] + kBefore; }
 
  private:
-  static constexpr int kRows = 4;
-  static constexpr int kBeside = 2;   // two bytes, of which a kernel may use the nearer one
   static constexpr int kBefore = 64;  // keeps the rows aligned
 
   uint8_t* at(int64_t y) { return rows_[y & (kRows - 1)] + kBefore; }

@@ -14,9 +14,10 @@ namespace lum {
 void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
   const RowKernel kernel = kernels.at(Source::mosaic8_binned, f.sink);
   const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
-  MirroredStrip strip;
-  for (uint32_t x = 0; x < f.width; x += MirroredStrip::kColumns) {
-    const uint32_t n = std::min(MirroredStrip::kColumns, f.width - x);
+  using Strip = MirroredStrip<4, 2>;  // rows y - 1 .. y + 2
+  Strip strip;
+  for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
+    const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto fetch = [&](int64_t y) {
       const size_t row = static_cast<size_t>(mirrored(y, f.height));
       strip.fetch(y, f.src + row * f.width, f.width, x, n);

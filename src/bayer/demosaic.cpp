@@ -11,12 +11,6 @@
 namespace lum {
 namespace {
 
-// Samples of row y from column `first` on, `count` of them, mirrored where the frame ends.
-void copy_row(uint8_t* to, const MosaicFrame& f, int64_t y, int64_t first, int64_t count) {
-  const size_t row = static_cast<size_t>(mirrored(y, f.height));
-  copy_mirrored(to, f.src + row * f.width, f.width, first, count);
-}
-
 uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
   const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
   return f.dst + (size_t{y} * f.width + x) * pixel;
@@ -29,36 +23,32 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
 }
 
 // The two demosaics that go from samples to pixels in one step need up to two rows above and below
-// and a few samples more on either side. Copies of the rows stay in the first-level cache, taken in
-// strips whatever the width.
+// and three samples more on either side.
 void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source source) {
-  constexpr int kRows = 8;     // a power of two; five are in use
-  constexpr int kReach = 2;    // rows above and below
-  constexpr int kBeside = 4;   // samples on either side
-  constexpr int kBefore = 64;  // keeps the rows aligned
-  constexpr uint32_t kStrip = 4096;
-  constexpr ptrdiff_t kPitch = kBefore + kStrip + 2 * kPaddedBytes;
-  alignas(64) uint8_t rows[kRows][kPitch] = {};
+  constexpr int kReach = 2;
+  using Strip = MirroredStrip<8, 4>;
+  Strip rows;
   const RowKernel kernel = kernels.at(source, f.sink);
 
-  for (uint32_t x = 0; x < f.width; x += kStrip) {
-    const uint32_t n = std::min(kStrip, f.width - x);
-    const auto row = [&](int64_t y) { return rows[y & (kRows - 1)] + kBefore; };
+  for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
+    const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto fetch = [&](int64_t y) {
-      copy_row(row(y) - kBeside, f, y, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
+      const size_t row = static_cast<size_t>(mirrored(y, f.height));
+      rows.fetch(y, f.src + row * f.width, f.width, x, n);
     };
     for (int64_t y = -kReach; y < kReach; ++y) fetch(y);
-    for (uint32_t y = 0; y < f.height; ++y) {
-      fetch(int64_t{y} + kReach);
-      const uint8_t* const here = row(y);
+    for (uint32_t row = 0; row < f.height; ++row) {
+      const int64_t y = row;
+      fetch(y + kReach);
+      const uint8_t* const here = rows[y];
       RowArgs args;
-      args.column = native_column(f, y);
-      args.above = row(int64_t{y} - 1) - here;
-      args.below = row(int64_t{y} + 1) - here;
-      args.above2 = row(int64_t{y} - 2) - here;
-      args.below2 = row(int64_t{y} + 2) - here;
-      args.own_is_blue = is_red_row(f, y) ? 0 : 1;
-      kernel(destination(f, x, y), here, nullptr, n, args);
+      args.column = native_column(f, row);
+      args.above = rows[y - 1] - here;
+      args.below = rows[y + 1] - here;
+      args.above2 = rows[y - 2] - here;
+      args.below2 = rows[y + 2] - here;
+      args.own_is_blue = is_red_row(f, row) ? 0 : 1;
+      kernel(destination(f, x, row), here, nullptr, n, args);
     }
   }
 }

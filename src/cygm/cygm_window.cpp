@@ -11,6 +11,9 @@
 namespace lum {
 namespace {
 
+// Rows y - 1 .. y + 2; of the two bytes beside them a kernel may use the nearer one.
+using Strip = MirroredStrip<4, 2>;
+
 // The chroma D of a line, and the lines above and below it: how often it counts in P and in Q, of
 // which P + Q is 32 times the red difference to luminance and Q - P the blue one.
 struct Share {
@@ -51,9 +54,9 @@ constexpr Weights weights(const Shares& shares, bool is_top) {
 // with lines y - 1 to y + step in the strip; step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
-  MirroredStrip strip;
-  for (uint32_t x = 0; x < width; x += MirroredStrip::kColumns) {
-    const uint32_t n = std::min(MirroredStrip::kColumns, width - x);
+  Strip strip;
+  for (uint32_t x = 0; x < width; x += Strip::kColumns) {
+    const uint32_t n = std::min(Strip::kColumns, width - x);
     const auto fetch = [&](int64_t y) {
       const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
       const uint32_t in_buffer = line / 2 + (line % 2 == 0 ? height / 2 : 0);
@@ -68,7 +71,7 @@ void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t ste
   }
 }
 
-RowArgs neighbours(const MirroredStrip& strip, int64_t y) {
+RowArgs neighbours(const Strip& strip, int64_t y) {
   RowArgs args;
   args.above = strip[y - 1] - strip[y];
   args.below = strip[y + 1] - strip[y];
@@ -93,35 +96,32 @@ uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height
 void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                       uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3, sink);
-  each_line(src, width, height, 1,
-            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
-              const Weights w = weights(kWindow[y % 4], y == 0);
-              RowArgs args = neighbours(strip, y);
-              args.matrix = w.w[0];
-              kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), strip[y], nullptr, n, args);
-            });
+  each_line(src, width, height, 1, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
+    const Weights w = weights(kWindow[y % 4], y == 0);
+    RowArgs args = neighbours(strip, y);
+    args.matrix = w.w[0];
+    kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), strip[y], nullptr, n, args);
+  });
 }
 
 void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                          uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_binned, sink);
-  each_line(src, width, height, 2,
-            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
-              const Weights w = weights(kBlock[y % 4 / 2], y == 0);
-              RowArgs args = neighbours(strip, y);
-              args.matrix = w.w[0];
-              const size_t at = size_t{y / 2} * (width / 2) + x / 2;
-              kernel(dst + at * pixel_bytes(sink), strip[y], nullptr, n / 2, args);
-            });
+  each_line(src, width, height, 2, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
+    const Weights w = weights(kBlock[y % 4 / 2], y == 0);
+    RowArgs args = neighbours(strip, y);
+    args.matrix = w.w[0];
+    const size_t at = size_t{y / 2} * (width / 2) + x / 2;
+    kernel(dst + at * pixel_bytes(sink), strip[y], nullptr, n / 2, args);
+  });
 }
 
 void convert_cygm_to_luma(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width,
                           uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3_luma, Sink::mono8_rec601);
-  each_line(src, width, height, 1,
-            [&](uint32_t x, uint32_t y, uint32_t n, const MirroredStrip& strip) {
-              kernel(dst + size_t{y} * width + x, strip[y], nullptr, n, neighbours(strip, y));
-            });
+  each_line(src, width, height, 1, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
+    kernel(dst + size_t{y} * width + x, strip[y], nullptr, n, neighbours(strip, y));
+  });
 }
 
 }  // namespace lum

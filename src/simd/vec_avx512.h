@@ -35,7 +35,7 @@ LUM_INLINE U8 permute(U8 v, const LaneTable& t) {
   return u8(_mm512_permutexvar_epi8(m(load<U8>(t.v)), m(v)));
 }
 
-// Groups of four bytes (n = 16) or of eight (n = 8) taken in the order of a formula.
+// The order of 32-bit lanes in a permute.
 struct Lanes32 {
   alignas(64) uint32_t v[16];
 };
