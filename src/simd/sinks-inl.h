@@ -78,10 +78,7 @@ template <class Luma>
 struct Mono16 {
   static constexpr int kPixelBytes = 2;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) {
-    store(p, v.y.lo);
-    store(p + kLanes, v.y.hi);
-  }
+  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) { store(p, v.y); }
   static LUM_INLINE void store_block(uint8_t* p, const Rgb16& v) {
     store_block(p, Gray16{luma<Luma>(v)});
   }

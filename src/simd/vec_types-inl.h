@@ -50,7 +50,17 @@ LUM_INLINE V load(const void* p) {
 
 template <class V>
 LUM_INLINE void store(void* p, V v) {
+  static_assert(sizeof v == kLanes, "one vector");
   __builtin_memcpy(p, &v, sizeof v);
+}
+// g++ copies a record of two vectors through general registers.
+LUM_INLINE void store(void* p, const Bytes2& v) {
+  store(p, v.lo);
+  store(static_cast<uint8_t*>(p) + kLanes, v.hi);
+}
+LUM_INLINE void store(void* p, const Wide& v) {
+  store(p, v.lo);
+  store(static_cast<uint8_t*>(p) + kLanes, v.hi);
 }
 
 LUM_INLINE U8 splat8(unsigned v) { return U8{} + static_cast<uint8_t>(v); }
