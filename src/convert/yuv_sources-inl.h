@@ -1,15 +1,17 @@
 // SPDX-License-Identifier: MIT
 // YUV sources: the pixels of a group share its U and V. With u = U - 128, v = V - 128, full range:
 //
-//   R = clamp(Y + ((359 v + 128) >> 8))         = clamp(Y + v + ((103 v + 128) >> 8))
+//   R = clamp(Y + ((359 v + 128) >> 8))         = clamp(Y + v + round(v, 103))
 //   G = clamp(Y - ((88 u + 183 v + 128) >> 8))  = clamp(Y - v - ((88 u - 73 v + 128) >> 8))
-//   B = clamp(Y + ((454 u + 128) >> 8))         = clamp(Y + 2 u + ((-58 u + 128) >> 8))
+//   B = clamp(Y + ((454 u + 128) >> 8))         = clamp(Y + round(2 u, 227))
 //
-// where the forms on the right stay within 16 bits. Studio range: with c = 298 (Y - 16) + 128
+// where the forms on the right stay within 16 bits and round(x, f) is (x f + 128) >> 8, one
+// rounding product. Studio range: with c = 298 (Y - 16) + 128
 //
 //   R = clamp((c + rv v) >> 8), G = clamp((c + gu u + gv v) >> 8), B = clamp((c + bu u) >> 8)
 //
-// and factors that are data.
+// and factors that are data. What depends on chroma alone is worked out once for each pair of
+// pixels, and then handed to both.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -21,25 +23,60 @@ struct RgbWords {
   I16 r, g, b;  // not limited yet
 };
 
+// The words of a pair's chroma become those of its two pixels: from the even words or from the odd.
+constexpr LaneTable kEvenWordsTwice = lane_table([](int i) { return i % kPieceBytes & ~2; });
+constexpr LaneTable kOddWordsTwice = lane_table([](int i) { return i % kPieceBytes | 2; });
+template <bool odd>
+LUM_INLINE I16 words_twice(I16 v) {
+  return I16(pick_bytes(U8(v), load<U8>((odd ? kOddWordsTwice : kEvenWordsTwice).v)));
+}
+
+// A range makes of words with U in the lower and V in the upper byte what they contribute, and of
+// that and Y the colours.
+LUM_INLINE I16 low_bytes(U8 uv) { return I16(uv) & 255; }
+LUM_INLINE I16 high_bytes(U8 uv) { return I16(U16(uv) >> 8); }
+
 struct FullRange {
+  struct Chroma {
+    I16 r, g, b;
+    template <bool odd>
+    LUM_INLINE Chroma twice() const {
+      return {words_twice<odd>(r), words_twice<odd>(g), words_twice<odd>(b)};
+    }
+  };
   explicit FullRange(const RowArgs&) {}
-  LUM_INLINE RgbWords to_rgb(const YuvWords& p) const {
-    const I16 u = p.u - 128, v = p.v - 128;
-    return {p.y + v + ((times(v, 103) + 128) >> 8),
-            p.y - v - ((times(u, 88) - times(v, 73) + 128) >> 8),
-            p.y + u + u + ((times(u, -58) + 128) >> 8)};
+  LUM_INLINE Chroma chroma(U8 uv) const {
+    const I16 u = low_bytes(uv) - 128, v = high_bytes(uv) - 128;
+    constexpr int16_t kOffset = 128 - 128 * (88 - 73);
+    return {v + round<103>(v), v + ((madd(uv, I8(splat_pair(88, -73))) + kOffset) >> 8),
+            round<227>(u + u)};
+  }
+  LUM_INLINE RgbWords to_rgb(I16 y, const Chroma& c) const { return {y + c.r, y - c.g, y + c.b}; }
+
+ private:
+  template <int factor>
+  static LUM_INLINE I16 round(I16 v) {
+    return mul_round(v, I16(splat16(factor * 128)));
   }
 };
 
 // The offsets of Y, U and V and the rounding are one number a colour, added to the products.
 struct StudioRange {
+  struct Chroma {
+    I16 u, v;
+    template <bool odd>
+    LUM_INLINE Chroma twice() const {
+      return {words_twice<odd>(u), words_twice<odd>(v)};
+    }
+  };
   explicit StudioRange(const RowArgs& args)
       : red(args.matrix[0]),
         green_u(args.matrix[1]),
         green_v(args.matrix[2]),
         blue(args.matrix[3]) {}
-  LUM_INLINE RgbWords to_rgb(const YuvWords& p) const {
-    const Words2 yu = interleave(p.y, p.u), yv = interleave(p.y, p.v);
+  LUM_INLINE Chroma chroma(U8 uv) const { return {low_bytes(uv), high_bytes(uv)}; }
+  LUM_INLINE RgbWords to_rgb(I16 y, const Chroma& c) const {
+    const Words2 yu = interleave(y, c.u), yv = interleave(y, c.v);
     const I16 from_v = I16(splat_words(kLuma, red)), from_u = I16(splat_words(kLuma, blue));
     const I16 green_yu = I16(splat_words(kLuma, green_u)), green_yv = I16(splat_words(0, green_v));
     const int32_t r = added(red), g = added(green_u + green_v), b = added(blue);
@@ -55,6 +92,9 @@ struct StudioRange {
   int32_t red, green_u, green_v, blue;
 };
 
+// A layout's pair_chroma() has a word of U and V for each pair of a block: even words for the first
+// half of the block, odd words for the second, so that words_twice() gives them in memory order.
+
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
   struct Y {
@@ -69,6 +109,12 @@ struct Yuv411Layout {
     static constexpr int low(int i) { return i / 4 * 6 + 3; }
     static constexpr int high(int) { return -1; }
   };
+  // U and V of a pair in one word, which is the pair's first or its second.
+  template <int at>
+  struct PairChroma {
+    static constexpr int low(int i) { return i % 2 == at ? i / 4 * 6 : -1; }
+    static constexpr int high(int i) { return i % 2 == at ? i / 4 * 6 + 3 : -1; }
+  };
   // As in U Y V Y: chroma below, Y above.
   struct ChromaY {
     static constexpr int low(int i) { return i / 4 * 6 + i % 2 * 3; }
@@ -81,6 +127,9 @@ struct Yuv411Layout {
             I16(load_words_of_3(p, V{}))};
   }
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
+  static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
+    return U8(load_words_of_3(p, PairChroma<0>{}) | load_words_of_3(p + kHalf, PairChroma<1>{}));
+  }
 };
 
 // U Y0 V Y1: as words, chroma below Y.
@@ -94,6 +143,17 @@ struct Yuv422Layout {
     return {I16(v >> 8), I16(u | u << 16), I16(second | second << 16)};
   }
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
+  static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
+    return pick_bytes(load<U8>(p), load<U8>(kPairChroma<0>.v)) |
+           pick_bytes(load<U8>(p + kHalf), load<U8>(kPairChroma<1>.v));
+  }
+
+ private:
+  template <int at>
+  static constexpr LaneTable kPairChroma = lane_table([](int i) {
+    const int byte = i % kPieceBytes;
+    return byte / 2 % 2 == at ? byte / 4 * 4 + byte % 2 * 2 : 0x80;
+  });
 };
 
 template <class Layout, class Range = FullRange>
@@ -103,8 +163,10 @@ struct YuvSource {
   static constexpr bool kEdge = false, kPadded = false;
   explicit YuvSource(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const RgbWords lo = range.to_rgb(Layout::words(a));
-    const RgbWords hi = range.to_rgb(Layout::words(a + Layout::kHalf));
+    const auto pairs = range.chroma(Layout::pair_chroma(a));
+    const RgbWords lo = range.to_rgb(Layout::luma_words(a), pairs.template twice<false>());
+    const RgbWords hi =
+        range.to_rgb(Layout::luma_words(a + Layout::kHalf), pairs.template twice<true>());
     return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
   }
 
@@ -145,10 +207,9 @@ struct Yuv444Source {
   explicit Yuv444Source(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const Bytes3 v = load3(a);
-    const Bytes2 y = interleave(v.c1, U8{}), cb = interleave(v.c0, U8{}),
-                 cr = interleave(v.c2, U8{});
-    const RgbWords lo = range.to_rgb({I16(y.lo), I16(cb.lo), I16(cr.lo)});
-    const RgbWords hi = range.to_rgb({I16(y.hi), I16(cb.hi), I16(cr.hi)});
+    const Bytes2 y = interleave(v.c1, U8{}), uv = interleave(v.c0, v.c2);
+    const RgbWords lo = range.to_rgb(I16(y.lo), range.chroma(uv.lo));
+    const RgbWords hi = range.to_rgb(I16(y.hi), range.chroma(uv.hi));
     return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
   }
 
