@@ -357,7 +357,8 @@ Bytes encode_pnm(const Picture& picture) {
   const uint32_t channels = picture.channels == 1 ? 1 : 3;
   const std::string header = std::string(channels == 1 ? "P5\n" : "P6\n") +
                              std::to_string(picture.width) + " " + std::to_string(picture.height) +
-                             "\n" + (picture.bits == 16 ? "65535\n" : "255\n");
+                             "\n" + (picture.bits == 16 ? std::to_string(picture.white) : "255") +
+                             "\n";
   Bytes file(header.begin(), header.end());
   file.reserve(file.size() + size_t{picture.width} * picture.height * channels * picture.bits / 8);
   for (size_t i = 0; i < picture.samples.size(); ++i) {

@@ -18,8 +18,9 @@ using Bytes = std::vector<uint8_t>;
 struct Picture {
   uint32_t width = 0;
   uint32_t height = 0;
-  uint32_t channels = 0;  // 1, 3 or 4
-  uint32_t bits = 8;      // depth to write: 8 or 16
+  uint32_t channels = 0;   // 1, 3 or 4
+  uint32_t bits = 8;       // depth to write: 8 or 16
+  uint32_t white = 65535;  // the largest 16-bit sample, which only PNM can tell
   std::vector<uint16_t> samples;
 };
 
