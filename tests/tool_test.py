@@ -230,7 +230,8 @@ class ToolTest(unittest.TestCase):
                 (("--from", "IRaw8CYGM", "--debayer", "bin"), r"8-bit Bayer"),
                 (("--from", "IRaw8CYGM", "--cygm", "bin", "--to", "UYVY"), r"_Bin: 0x88000004"),
                 (("--from", "BayerRG8", "--debayer", "bin", "--wb", "1,1,1", "--to", "RGBA32"),
-                 r"after its conversion.*not in RGBA32")):
+                 r"after its conversion.*not in RGBA32"),
+                (("--from", "YUV422_8_UYVY", "--yuv", "full", "--to", "RGB24"), r"to BGR24")):
             with self.subTest(refused=words):
                 self.assertRegex(self.lum("convert", "--size", "6x4", *words, "f.raw", "o.raw",
                                           status=1).text, text)
@@ -379,7 +380,13 @@ class ToolTest(unittest.TestCase):
                 self.lum("convert", "--from", source, "--size", "8x2", "--i420", *words, "f.raw",
                          "out.yuv")
                 self.assertEqual(len(self.get("out.yuv")), size)
+        # Studio white and black, read as full range and as what they are.
         self.put("f.raw", bytes((128, 235, 128, 16)) * 8)
+        for words, pixel in (((), (235, 16)), (("--yuv", "full"), (235, 16)),
+                             (("--yuv", "studio"), (255, 0)), (("--yuv", "studio709"), (255, 0))):
+            self.lum("convert", "--from", "YUV422_8_UYVY", "--size", "8x2", *words, "f.raw",
+                     "out.ppm")
+            self.assertEqual(read_pnm(self.get("out.ppm"))[3][::3], list(pixel) * 8)
         told = self.lum("convert", "--from", "YUV422_8_UYVY", "--size", "8x2", "--wb", "1,1,1",
                         "--i420", "f.raw", "out.yuv").text
         self.assertIn("by way of BGR24", told)
@@ -499,6 +506,7 @@ class ToolTest(unittest.TestCase):
         self.assertIn("UYVY", sources["BayerRG8"]["windows"]["bin"])
         self.assertEqual((sources["BayerGB10"]["code"], sources["BayerGB10"]["bayer_pattern"],
                           sources["BayerGB10"]["bits_used"]), ("0x0110000E", "GBRG", 10))
+        self.assertEqual(sources["YUV411_8_UYYVYY"]["windows"]["studio709"], ["BGR24"])
         self.assertEqual({n for n, s in sources.items() if s["i420_directly"]},
                          {"Mono8", "RGB8", "BGR8", "RGBa8", "BGRa8", "YUV411_8_UYYVYY",
                           "YUV422_8_UYVY", "YUV8_UYV"})
@@ -515,7 +523,7 @@ class ToolTest(unittest.TestCase):
                          (["lsb", "msb"], 16, 7))
         table = self.lum("formats").stdout.decode()
         for row in (r"BayerRG8 +0x01080009 +8 +8 .*domc", r"Mono10p +0x010A0046 +10 +10 +Mono10\n",
-                    r"SRGGB12P .*BayerRG12 .*SRGGB12_CSI2P", "--bin",
+                    r"SRGGB12P .*BayerRG12 .*SRGGB12_CSI2P", "studio709 BGR24", "--bin",
                     "--flip .* 90", "--resize", "--i420", "--unpack lsb", "luma +MONO8_REC601"):
             self.assertRegex(table, row)
         info = self.lum("info", "0x010C002B", "--size", "640x480").stdout.decode()

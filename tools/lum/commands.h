@@ -33,6 +33,7 @@ struct ConvertOptions {
   std::string frames;  // "all", "3", "2-9"; empty: all into a sequence or raw, else the first
   std::string debayer;
   std::string cygm;
+  std::string yuv;                   // a name of kYuvNames, or empty
   std::vector<float> matrix;         // nine or none
   std::vector<float> white_balance;  // three or none
   bool direct_correction = false;

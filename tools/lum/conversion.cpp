@@ -112,6 +112,10 @@ void Conversion::check(uint32_t width, uint32_t height) const {
     throw Failure("--via-old knows neither debayer mode, matrix, byte order nor alignment");
   if (source->is_cygm() && entry == Entry::older)
     throw Failure("IRaw8CYGM is converted by direct functions, LumTransformOLD does not know it");
+  if (yuv_encoding &&
+      (!source->is_yuv() || entry != Entry::descriptors || destination->index != LUM_FORMAT_BGR24))
+    throw Failure("--yuv is for YUV frames to BGR24 through LumYUVToBGR, not for " + from + " to " +
+                  destination->name + (entry == Entry::older ? " through LumTransformOLD" : ""));
   if (entry == Entry::cygm_luma && destination->index != LUM_FORMAT_MONO8_REC601)
     throw Failure("--cygm luma converts to MONO8_REC601 only");
   if (entry == Entry::direct_bgr && (!source->is_cygm() || destination->name != "BGR24"))
@@ -149,6 +153,10 @@ Outcome Conversion::convert(uint8_t* to, uint8_t* from, uint32_t width, uint32_t
   const auto direct = [&](const char* name, auto function, auto... rest) {
     return Outcome{name, static_cast<int32_t>(function(to, from, width, height, rest...))};
   };
+  if (yuv_encoding)
+    return {"LumYUVToBGR",
+            static_cast<int32_t>(
+                LumYUVToBGR(to, from, width * height, source->pixel.pixelLayout, *yuv_encoding))};
   switch (entry) {
     case Entry::direct_bgr:
       return direct("LumIRaw8CYGMToBGR", LumIRaw8CYGMToBGR);

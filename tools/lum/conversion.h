@@ -40,6 +40,7 @@ struct Conversion {
   const Destination* destination = nullptr;
   Entry entry = Entry::descriptors;
   std::optional<uint32_t> debayer;
+  std::optional<uint32_t> yuv_encoding;  // through LumYUVToBGR
   std::optional<std::array<float, 9>> matrix;
   bool direct_correction = false;  // a _CC function also where the dispatcher takes the matrix
   bool big_endian = false;
@@ -82,6 +83,11 @@ constexpr CygmName kCygmNames[] = {{"2x2", Conversion::Entry::descriptors},
                                    {"3x3", Conversion::Entry::cygm_3x3},
                                    {"bin", Conversion::Entry::cygm_binned},
                                    {kLumaName, Conversion::Entry::cygm_luma}};
+struct YuvName {
+  const char* name;
+  uint32_t encoding;
+};
+constexpr YuvName kYuvNames[] = {{"full", 0}, {"studio", 1}, {"studio709", 2}};
 constexpr char kBinnedName[] = "bin";  // beside kDebayerNames, which are the library's modes
 
 // A Failure with the result's text when there is one.

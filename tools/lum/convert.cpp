@@ -67,6 +67,8 @@ Conversion conversion_of(const ConvertOptions& options) {
   if (options.debayer == kBinnedName) way.entry = Conversion::Entry::bayer_binned;
   for (const CygmName& known : kCygmNames)
     if (options.cygm == known.name) way.entry = known.entry;
+  for (const YuvName& known : kYuvNames)
+    if (options.yuv == known.name) way.yuv_encoding = known.encoding;
   if (!options.cygm.empty() && !way.source->is_cygm())
     throw Failure("--cygm is for IRaw8CYGM frames");
   std::array<float, 9> matrix = {};

@@ -46,7 +46,8 @@ Picture picture_of_words(const Bytes& words, const FrameSize& size, uint32_t whi
 Converter::Converter(const Job& job) : job_(job), route_(Route::converted) {
   const Conversion& way = job_.way;
   way.check(job_.size.width, job_.size.height);
-  const bool plain = way.entry == Conversion::Entry::descriptors && !way.matrix;
+  const bool plain =
+      way.entry == Conversion::Entry::descriptors && !way.matrix && !way.yuv_encoding;
   if (job_.words_at_top)
     route_ = Route::words;
   else if (job_.finish.i420 && plain && goes_to_i420(way.source->pixel))

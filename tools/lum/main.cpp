@@ -62,6 +62,14 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
           ->check(CLI::IsMember(windows))
           ->excludes(older)
           ->excludes(direct);
+  std::vector<std::string> encodings;
+  for (const lum_tool::YuvName& encoding : lum_tool::kYuvNames) encodings.push_back(encoding.name);
+  CLI::Option* yuv =
+      c->add_option("--yuv", o.yuv,
+                    "YUV to BGR24 through LumYUVToBGR: the frames are full range BT.601, as is "
+                    "taken without this option, studio range BT.601, or studio range BT.709")
+          ->check(CLI::IsMember(encodings))
+          ->excludes(older);
   c->add_flag("--big-endian", o.big_endian, "16-bit words have their high byte first");
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words have their used bits at the top");
   std::vector<std::string> flips, words;
@@ -88,7 +96,7 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
                     "convert nothing; values in the lower bits (lsb) or in the upper ones (msb)")
           ->check(CLI::IsMember(words));
   for (CLI::Option* other :
-       {to, debayer, matrix, gains, older, direct, cygm, bin, resize, flip, i420})
+       {to, debayer, matrix, gains, older, direct, cygm, yuv, bin, resize, flip, i420})
     unpack->excludes(other);
   c->add_option("--frames", o.frames,
                 "all, one number from 0, or a range 2-9 (default: all into a numbered or raw "

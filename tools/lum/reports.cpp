@@ -44,7 +44,7 @@ std::vector<Way> ways_of(const Source& source) {
           {"cc", 'c', reachable(corrected)}};
 }
 
-// What CYGM and 8-bit Bayer frames have beside: direct functions only.
+// What CYGM, 8-bit Bayer and YUV frames have beside: direct functions only.
 struct NamedWay {
   const char* name;
   Conversion way;
@@ -56,6 +56,12 @@ std::vector<NamedWay> windows_of(const Source& source) {
   if (source.is_bayer8()) {
     way.entry = Conversion::Entry::bayer_binned;
     list.push_back({kBinnedName, way});
+  }
+  if (source.is_yuv()) {
+    for (const YuvName& named : kYuvNames) {
+      way.yuv_encoding = named.encoding;
+      list.push_back({named.name, way});
+    }
   }
   if (source.is_cygm()) {
     for (const CygmName& named : kCygmNames) {
@@ -192,6 +198,9 @@ void print_table() {
   for (const Source& source : sources())
     if (source.is_cygm())
       for (const NamedWay& named : windows_of(source)) print_way(named.name, named.way);
+  std::printf("\nYUV by --yuv:\n");
+  for (const NamedWay& named : windows_of(*find_source("YUV422_8_UYVY")))
+    print_way(named.name, named.way);
   std::printf(
       "\nAfter the conversion, but for UYVY, in this order:\n"
       "  --bin N or NxN, up to %u\n  --resize WIDTHxHEIGHT [--nearest]\n  --flip",
