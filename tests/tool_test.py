@@ -438,7 +438,7 @@ class ToolTest(unittest.TestCase):
             (("--from", "RGB16", "--size", "4x4"), "f.raw", 1, r"-7 One of the.*\n.*nothing"),
             ((*rg8, "--size", "96x1"), "f.raw", 1, r"multiple of 2; 96x1 is not"),
             (("--from", "IRaw8CYGM", "--size", "16x6"), "f.raw", 1, r"multiple of 4; 16x6"),
-            ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"frame 1 of 1"),
+            ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"has 1 frame, counted from 0"),
             ((*rg8, "--size", "12x8", "--frames", "9-1"), "f.raw", 1, r"--frames 9-1"),
             ((*rg8, "--size", "12by8"), "f.raw", 1, r"--size 12by8"),
             ((*rg8, "--size", "4294967297x8"), "f.raw", 1, r"--size 4294967297x8"),
@@ -485,6 +485,13 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(self.get("kept.png") == b"precious", status != 0)
         self.lum("convert", *rg8, "--size", "12x8", "f.raw", "./f.raw", status=1)
         self.lum("simulate", "--format", "Mono8", "f.raw", "f.raw", status=1)
+        for name, text in (("o.jpg", r"as \.png.*--type raw"), ("o.pgm", r"PGM holds grey.*\.ppm"),
+                           ("none/o.raw", r"none/o.raw: No such"), (".", r"is a directory")):
+            with self.subTest(output=name):
+                self.assertRegex(self.lum("convert", *rg8, "--size", "12x8", "f.raw", name,
+                                          status=1).text, text)
+        self.lum("convert", *rg8, "--size", "12x8", "--type", "raw", "f.raw", "o.jpg")
+        self.assertRegex(self.lum("frobnicate", status=2).text, "convert simulate formats")
         full = self.lum("convert", *rg8, "--size", "12x8", "--type", "png", "f.raw", "/dev/full",
                         status=1).text
         self.assertRegex(full, "/dev/full: .*No space")
@@ -526,6 +533,7 @@ class ToolTest(unittest.TestCase):
                     r"SRGGB12P .*BayerRG12 .*SRGGB12_CSI2P", "studio709 BGR24", "--bin",
                     "--flip .* 90", "--resize", "--i420", "--unpack lsb", "luma +MONO8_REC601"):
             self.assertRegex(table, row)
+        self.assertRegex(self.lum("--version").stdout.decode(), r"lum \d+\.\d+")
         info = self.lum("info", "0x010C002B", "--size", "640x480").stdout.decode()
         for part in ("BayerRG12Packed", "RawPacked", "RGGB", "R G / G B", "460,800 bytes"):
             self.assertIn(part, info)

@@ -121,7 +121,7 @@ std::vector<Destination> list_destinations() {
 template <typename List>
 std::string names_of(const List& list) {
   std::string text;
-  for (const auto& entry : list) text += " " + entry.name;
+  for (const auto& entry : list) text += (text.empty() ? "" : " ") + entry.name;
   return text;
 }
 
@@ -202,12 +202,12 @@ const Destination* find_destination(const std::string& text) {
 
 const Source& need_source(const std::string& text) {
   if (const Source* source = find_source(text)) return *source;
-  throw Failure(text + " is no camera format of this library. It knows:" + names_of(sources()));
+  throw Failure(text + " is no camera format of this library. It knows:\n" + names_of(sources()));
 }
 
 const Destination& need_destination(const std::string& text) {
   if (const Destination* destination = find_destination(text)) return *destination;
-  throw Failure(text + " is no destination format. There are:" + names_of(destinations()));
+  throw Failure(text + " is no destination format. There are:\n" + names_of(destinations()));
 }
 
 const char* layout_name(uint32_t layout) {

@@ -149,8 +149,9 @@ int convert_command(const ConvertOptions& options) {
   std::optional<uint64_t> chosen;
   if (stream.total()) {
     if (range.first >= *stream.total())
-      throw Failure("frame " + std::to_string(range.first) + " of " +
-                    std::to_string(*stream.total()) + " (they count from 0)");
+      throw Failure("--frames " + options.frames + ": " + options.input + " has " +
+                    grouped(*stream.total()) + (*stream.total() == 1 ? " frame" : " frames") +
+                    ", counted from 0");
     chosen = std::min(range.last, *stream.total() - 1) - range.first + 1;
     if (!many && options.frames.empty() && *stream.total() > 1)
       std::fprintf(stderr, "note: frame 0 of %llu; all of them go into a name with %%04d\n",
@@ -160,6 +161,9 @@ int convert_command(const ConvertOptions& options) {
     if (!sequence) refuse_same_file(name, options.output);
 
   Converter converter({way, finish, words_of(options), size});
+  if (has_extension(options.output, "pgm") && kind == FileKind::pnm && !converter.makes_grey())
+    throw Failure(options.output + ": PGM holds grey, and " + way.destination->name +
+                  " is colour; name it .ppm or convert --to MONO8_REC601");
   converter.print_notes(kind, !options.to.empty());
   std::unique_ptr<OutputFile> whole;
   if (!sequence) whole = std::make_unique<OutputFile>(options.output);

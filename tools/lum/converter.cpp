@@ -4,8 +4,8 @@
 #include <algorithm>
 #include <chrono>
 #include <cstdio>
-#include <cstring>
 #include <limits>
+#include <new>
 
 #include "failure.h"
 
@@ -64,10 +64,15 @@ Converter::Converter(const Job& job) : job_(job), route_(Route::converted) {
   if (route_ == Route::converted)
     job_.finish.check(way.destination->name, way.destination->pixel, converted_size());
 
-  source_.resize(way.source->frame_bytes(job_.size.width, job_.size.height) + kSourceSlack);
-  if (route_ != Route::converted) return;
+  const uint64_t bytes = way.source->frame_bytes(job_.size.width, job_.size.height);
   const FrameSize size = converted_size();
-  result_.resize(way.destination->frame_bytes(size.width, size.height), kOpaque);
+  try {
+    source_.resize(bytes + kSourceSlack);
+    if (route_ == Route::converted)
+      result_.resize(way.destination->frame_bytes(size.width, size.height), kOpaque);
+  } catch (const std::bad_alloc&) {
+    throw Failure("not enough memory for a frame of " + bytes_text(bytes) + " and its conversion");
+  }
 }
 
 FrameSize Converter::converted_size() const {
@@ -79,6 +84,13 @@ const char* Converter::result_name() const {
   return route_ == Route::words    ? "16-bit words"
          : route_ == Route::planes ? "I420"
                                    : job_.way.destination->name.c_str();
+}
+
+bool Converter::makes_grey() const {
+  const uint32_t to = job_.way.destination->pixel.pixelLayout;
+  return route_ == Route::words || to == LumPixelLayoutMono ||
+         (to == LumPixelLayoutYUV422 &&
+          job_.way.source->converted().pixel.pixelLayout == LumPixelLayoutMono);
 }
 
 void Converter::run() {

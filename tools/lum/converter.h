@@ -23,6 +23,7 @@ class Converter {
  public:
   explicit Converter(const Job& job);  // a Failure for what cannot be done
 
+  bool makes_grey() const;
   // What the bytes of the output are, where the formats' names do not tell.
   void print_notes(FileKind kind, bool destination_given) const;
 

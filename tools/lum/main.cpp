@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "catalogue.h"
 #include "commands.h"
@@ -116,11 +117,30 @@ void add_simulate(CLI::App& app, lum_tool::SimulateOptions& o) {
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words with their used bits at the top");
 }
 
+std::string version_text() {
+  uint32_t version = 0;
+  LumGetVersion(&version);
+  std::string text = "lum";
+  for (int shift = 24; shift >= 0; shift -= 8)
+    text += (shift == 24 ? ' ' : '.') + std::to_string(version >> shift & 255);
+  return text;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("Converts the frames of industrial cameras.", "lum");
   app.require_subcommand(1);
+  app.set_version_flag("--version", version_text());
+  app.failure_message([](const CLI::App* failed, const CLI::Error& error) {
+    std::string text = std::string("lum: ") + error.what() + "\n";
+    if (failed->get_subcommands().empty()) {
+      text += "Commands:";
+      for (const CLI::App* command : failed->get_subcommands({})) text += " " + command->get_name();
+      return text + "; lum --help tells more\n";
+    }
+    return text + "lum " + failed->get_subcommands().front()->get_name() + " --help tells more\n";
+  });
   lum_tool::ConvertOptions convert;
   lum_tool::SimulateOptions simulate;
   bool json = false;
@@ -146,6 +166,9 @@ int main(int argc, char** argv) {
     if (app.got_subcommand("formats")) return lum_tool::formats_command(json);
     if (app.got_subcommand("info")) return lum_tool::info_command(info_format, info_size);
     return lum_tool::errors_command(code);
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "lum: not enough memory for frames of this size\n");
+    return kFailed;
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "lum: %s\n", failure.what());
     return kFailed;

@@ -369,17 +369,31 @@ Bytes encode_pnm(const Picture& picture) {
   return file;
 }
 
-}  // namespace
-
-FileKind kind_of_name(const std::string& name) {
+// Without the dot, in small letters.
+std::string extension_of(const std::string& name) {
   const size_t dot = name.find_last_of("./");
-  if (dot == std::string::npos || name[dot] == '/') return FileKind::raw;
+  if (dot == std::string::npos || name[dot] == '/') return {};
   std::string extension = name.substr(dot + 1);
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}
+
+}  // namespace
+
+bool has_extension(const std::string& name, const char* extension) {
+  return extension_of(name) == extension;
+}
+
+FileKind kind_of_name(const std::string& name) {
+  const std::string extension = extension_of(name);
   if (extension == "png") return FileKind::png;
   if (extension == "tif" || extension == "tiff") return FileKind::tiff;
   if (extension == "ppm" || extension == "pgm" || extension == "pnm") return FileKind::pnm;
+  for (const char* other : {"jpg", "jpeg", "bmp", "gif", "webp", "jp2", "exr", "dng", "pbm", "pam"})
+    if (extension == other)
+      throw Failure(name + ": pictures are written as .png, .tif, .ppm or .pgm, not as ." +
+                    extension + "; for plain bytes under this name add --type raw");
   return FileKind::raw;
 }
 

@@ -26,7 +26,11 @@ struct Picture {
 
 enum class FileKind { raw, png, tiff, pnm };
 
-// From the extension; anything that is no picture's is raw.
+// In any case.
+bool has_extension(const std::string& name, const char* extension);
+
+// From the extension; anything that is no picture's is raw. A Failure for pictures of other kinds,
+// which plain bytes under such a name are not.
 FileKind kind_of_name(const std::string& name);
 
 // From the first bytes of the file. Throws Failure.
