@@ -200,7 +200,7 @@ def draw_crops(demo, sheet, modes):
 
 
 def draw_tables(demo, sheet):
-    sources = [s for s in demo.formats["sources"] if s["descriptors"]]
+    sources = [s for s in demo.formats["sources"] if s["descriptors"] and not s["unpacked_first"]]
     frames = {s["name"]: demo.simulate(s["name"], demo.photos[0]) for s in sources}
     sheet.heading("Every source to every destination",
                   "2x2 where the source is a Bayer mosaic; UYVY is shown decoded")

@@ -17,6 +17,8 @@ import zlib
 LUM = os.path.abspath(sys.argv.pop(1)) if len(sys.argv) > 1 else "lum"
 PATTERNS = ("GR", "RG", "GB", "BG")
 BAYER = [f"Bayer{p}{d}" for p in PATTERNS for d in ("8", "10", "12", "12Packed", "16")]
+UNPACKED = ([f"Bayer{p}{d}" for p in PATTERNS for d in ("10Packed", "10p", "12p")] +
+            [f"S{p}{d}P" for p in ("GRBG", "RGGB", "GBRG", "BGGR") for d in (10, 12)])
 
 MODES = ("2x2", "3x3", "lcaa", "lcaav", "yuv422")
 JPEG = base64.b64decode(  # 8x8 pixels of (200, 60, 40)
@@ -118,8 +120,10 @@ class ToolTest(unittest.TestCase):
                     got = self.through(pnm(24, 10, 1, grey), source, "MONO8_REC709", words=words)
                     self.assertEqual(got, (24, 10, 1, grey))
         deep = [noise.randrange(65536) for _ in range(24 * 10)]
-        for source, kept in (("Mono10", 0xFFC0), ("Mono14", 0xFFFC), ("Mono16", 0xFFFF)):
-            for words in orders:
+        packed = [(s, 0xFFC0) for s in ("Mono10Packed", "Mono10p", "Y10P", "r10_csi2p")]
+        packed += [(s, 0xFFF0) for s in ("Mono12p", "V4L2_PIX_FMT_Y12P", "0x010C0047")]
+        for source, kept in [("Mono10", 0xFFC0), ("Mono14", 0xFFFC), ("Mono16", 0xFFFF)] + packed:
+            for words in orders if (source, kept) not in packed else ((),):
                 with self.subTest(source=source, words=words):
                     got = self.through(pnm(24, 10, 1, deep, 16), source, "MONO16_REC601",
                                        words=words)
@@ -128,7 +132,7 @@ class ToolTest(unittest.TestCase):
     def test_flat_colours(self):
         # Red and blue differ and no two channels are equal: any wrong phase or order shows.
         flat = [(201, 96, 38), (12, 90, 240)]
-        exact = [(s, 0) for s in BAYER]
+        exact = [(s, 0) for s in BAYER + UNPACKED]
         # Blue is 4.5 times a difference that bytes round: the CYGM frame knows it to some 4 levels.
         near = [("IRaw8CYGM", 4)] + [(s, 2) for s in ("YUV411_8_UYYVYY", "Yuv422", "YUV8_UYV")]
         for source, error in exact + near:
@@ -167,6 +171,32 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(got[3], [200, 60, 10] * 64)
         swap = self.through(flat, "BayerRG8", "BGR24", "--matrix", "0,0,1,0,1,0,-1,0,0")
         self.assertEqual(swap[3], [20, 60, 0] * 64)
+        # Pairs that the dispatcher does not correct: a _CC transform, or LumBGRToBGR_CC afterwards.
+        swap = ("--matrix", "0,0,2,0,1,0,1,0,0")
+        for source, target, words, error in (
+                ("BayerGB8", "RGBA32", (), 0), ("BayerGR8", "UYVY", (), 4),
+                ("BayerBG8", "BGR24", ("--cc",), 0), ("BayerGR12", "BGR24", (), 0),
+                ("BayerRG10", "RGB48", (), 1), ("BayerGB12Packed", "RGB48", (), 1),
+                ("BayerGB12Packed", "RGB24", (), 0), ("SGBRG10P", "BGR48", (), 1),
+                ("BayerGR8", "BGR24", ("--debayer", "lcaa"), 0),
+                ("BayerGR8", "RGB24", ("--debayer", "3x3"), 0),
+                ("BayerGR8", "RGB24", ("--debayer", "bin"), 0), ("RGBa8", "RGB24", (), 0),
+                ("YUV8_UYV", "BGR24", (), 4), ("IRaw8CYGM", "BGR24", ("--cygm", "3x3"), 8)):
+            with self.subTest(corrected=source, target=target, words=words):
+                got = self.through(flat, source, target, *swap, *words)
+                got = [v >> 8 for v in got[3]] if target.endswith("48") else got[3]
+                self.assertLessEqual(max(abs(a - b) for a, b in zip(got, [40, 60, 100] * 64)),
+                                     error)
+        for order in ("--big-endian", "--msb-aligned"):
+            got = self.through(flat, "BayerBG12", "BGR48", *swap, words=(order,))
+            self.assertEqual([v >> 8 for v in got[3][:3]], [40, 60, 100])
+        rec709 = (54 * 40 + 184 * 60 + 18 * 100 + 128) >> 8
+        self.assertEqual(self.through(flat, "BayerGB8", "MONO8_REC709", *swap, "--cc")[3],
+                         [rec709] * 64)
+        self.put("f.raw", bytes(64))
+        told = self.lum("convert", "--from", "BayerGB8", "--size", "8x8", "--to", "MONO8_REC709",
+                        *swap, "f.raw", "o.raw").text
+        self.assertRegex(told, r"BT\.601.*--cc.*\n.*change places.*--cc")
         for source in ("BayerRG8", "BayerGB12", "Mono10", "RGBa8", "Yuv422"):
             with self.subTest(via_old=source):
                 self.assertEqual(self.through(flat, source, "RGB24", "--via-old"),
@@ -191,12 +221,17 @@ class ToolTest(unittest.TestCase):
                 self.assertLessEqual(max(abs(a - b) for a, b in zip(got[3], want)), error)
                 self.assertEqual(len(got[3]), len(want))
         self.put("f.raw", bytes(6 * 4))
+        self.lum("convert", "--size", "6x4", "--from", "IRaw8CYGM", "--cygm", "luma", "f.raw",
+                 "o.raw")
+        self.assertEqual(len(self.get("o.raw")), 24)  # without --to: the one that there is
         for words, text in (
                 (("--from", "BayerRG8", "--cygm", "3x3"), r"--cygm is for IRaw8CYGM"),
-                (("--from", "IRaw8CYGM", "--cygm", "luma"), r"MONO8_REC601 only"),
+                (("--from", "IRaw8CYGM", "--cygm", "luma", "--to", "BGR24"), r"MONO8_REC601 only"),
                 (("--from", "IRaw8CYGM", "--debayer", "bin"), r"8-bit Bayer"),
                 (("--from", "IRaw8CYGM", "--cygm", "bin", "--to", "UYVY"), r"_Bin: 0x88000004"),
-                (("--from", "BayerRG8", "--debayer", "bin", "--wb", "1,1,1"), r"2x2 debayer")):
+                (("--from", "BayerRG8", "--debayer", "bin", "--wb", "1,1,1", "--to", "RGBA32"),
+                 r"after its conversion.*not in RGBA32"),
+                (("--from", "YUV422_8_UYVY", "--yuv", "full", "--to", "RGB24"), r"to BGR24")):
             with self.subTest(refused=words):
                 self.assertRegex(self.lum("convert", "--size", "6x4", *words, "f.raw", "o.raw",
                                           status=1).text, text)
@@ -298,6 +333,13 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(rows, picture)
                 self.assertEqual((width, height), (len(picture[0]), len(picture)))
 
+        for words, picture in (
+                (("--bin", "2"), [[(20, 45), (100, 45)]]),
+                (("--bin", "4x1", "--resize", "1x4", "--nearest"),
+                 [[(60, g)] for g in (0, 0, 90, 90)])):
+            with self.subTest(words=words):
+                self.assertEqual(made(*words)[0], picture)
+
         self.lum(*base, "--i420", "f.raw", "out.yuv")
         planes = self.get("out.yuv")
         self.assertEqual(len(planes), 12)
@@ -308,12 +350,72 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(list(planes[8:10]),
                          [((-38 * r - 74 * g + 112 * b + 512) >> 10) + 128 for r, g, b in sums])
 
-        self.put("p.raw", bytes((0xAB, 0xCD, 0xEF)) * 4)
-        for packing, pair in (("gige", (0xABD, 0xEFC)), ("pfnc", (0xDAB, 0xEFC)),
-                              ("mipi", (0xABF, 0xCDE))):
-            self.lum("convert", "--from", "BayerRG12Packed", "--size", "4x2", "--unpack", packing,
-                     "p.raw", "words.raw")
-            self.assertEqual(struct.unpack("<8H", self.get("words.raw")), pair * 4)
+    def test_yuv(self):
+        # Random bytes: a detour by BGR24 would clip and round. Two rows of eight pixels.
+        noise = random.Random(3)
+        for source, pixels, at in (("YUV411_8_UYYVYY", 4, "UYYVYY"), ("YUV422_8_UYVY", 2, "UYVY"),
+                                   ("YUV8_UYV", 1, "UYV")):
+            frame = bytes(noise.randrange(256) for _ in range(16 // pixels * len(at)))
+            self.put("f.raw", frame)
+            want = {c: [frame[i + k] for i in range(0, len(frame), len(at))
+                        for k in range(len(at)) if at[k] == c] for c in "YUV"}
+            for c in "UV":
+                each = [v for v in want[c] for _ in range(pixels)]  # of each pixel
+                want[c] = [(sum(each[y + x + i] for y in (0, 8) for i in (0, 1)) + 2) // 4
+                           for x in range(0, 8, 2)]
+            mirrored = {c: [v for i in range(0, len(p), len(p) // (2 if c == "Y" else 1))
+                            for v in p[i:i + len(p) // (2 if c == "Y" else 1)][::-1]]
+                        for c, p in want.items()}
+            for words, planes in (((), want), (("--flip", "mirror"), mirrored),
+                                  (("--to", "RGB24"), want)):
+                with self.subTest(source=source, words=words):
+                    told = self.lum("convert", "--from", source, "--size", "8x2", "--i420", *words,
+                                    "f.raw", "out.yuv").text
+                    self.assertEqual(list(self.get("out.yuv")), planes["Y"] + planes["U"] +
+                                     planes["V"])
+                    self.assertRegex(told, "the source's range.*not used" if "--to" in words
+                                     else "the source's range")
+            sizes = ((("--resize", "6x4"), 36), (("--bin", "2x1", "--flip", "90"), 12))
+            for words, size in sizes:
+                self.lum("convert", "--from", source, "--size", "8x2", "--i420", *words, "f.raw",
+                         "out.yuv")
+                self.assertEqual(len(self.get("out.yuv")), size)
+        # Studio white and black, read as full range and as what they are.
+        self.put("f.raw", bytes((128, 235, 128, 16)) * 8)
+        for words, pixel in (((), (235, 16)), (("--yuv", "full"), (235, 16)),
+                             (("--yuv", "studio"), (255, 0)), (("--yuv", "studio709"), (255, 0))):
+            self.lum("convert", "--from", "YUV422_8_UYVY", "--size", "8x2", *words, "f.raw",
+                     "out.ppm")
+            self.assertEqual(read_pnm(self.get("out.ppm"))[3][::3], list(pixel) * 8)
+        told = self.lum("convert", "--from", "YUV422_8_UYVY", "--size", "8x2", "--wb", "1,1,1",
+                        "--i420", "f.raw", "out.yuv").text
+        self.assertIn("by way of BGR24", told)
+        self.assertEqual(self.get("out.yuv")[:2], bytes(16 + (220 * v + 128 >> 8)
+                                                        for v in (235, 16)))
+
+    def test_unpack(self):
+        twelve, ten = bytes((0xAB, 0xCD, 0xEF)) * 4, bytes((0x12, 0x34, 0x56, 0x78, 0x9A)) * 2
+        for source, frame, bits, samples in (
+                ("BayerRG12Packed", twelve, 12, (0xABD, 0xEFC)),
+                ("BayerBG12p", twelve, 12, (0xDAB, 0xEFC)),
+                ("SGRBG12P", twelve, 12, (0xABF, 0xCDE)),
+                ("Mono10Packed", twelve, 10, (0x2AD, 0x3BC)),
+                ("0x010A0054", ten, 10, [0x9A78563412 >> 10 * i & 1023 for i in range(4)]),
+                ("Y10P", ten, 10, (0x4A, 0xD2, 0x159, 0x1E2))):
+            samples = list(samples) * (8 // len(samples))
+            self.put("p.raw", frame)
+            for place, shift in (("lsb", 0), ("msb", 16 - bits)):
+                with self.subTest(source=source, place=place):
+                    words = [v << shift for v in samples]
+                    for name in ("w.raw", "w.png", "w.pgm"):
+                        self.lum("convert", "--from", source, "--size", "4x2", "--unpack", place,
+                                 "p.raw", name)
+                    self.assertEqual(list(struct.unpack("<8H", self.get("w.raw"))), words)
+                    self.assertEqual(read_png(self.get("w.png")),
+                                     (4, 2, 16, 0, struct.pack(">8H", *words)))
+                    white = (1 << bits) - 1 << shift
+                    self.assertTrue(self.get("w.pgm").startswith(b"P5\n4 2\n%d\n" % white))
+                    self.assertEqual(read_pnm(self.get("w.pgm"))[3], words)
 
     def test_refusals(self):
         frame = bytes(range(96))  # 12x8 at 8 bits
@@ -336,7 +438,7 @@ class ToolTest(unittest.TestCase):
             (("--from", "RGB16", "--size", "4x4"), "f.raw", 1, r"-7 One of the.*\n.*nothing"),
             ((*rg8, "--size", "96x1"), "f.raw", 1, r"multiple of 2; 96x1 is not"),
             (("--from", "IRaw8CYGM", "--size", "16x6"), "f.raw", 1, r"multiple of 4; 16x6"),
-            ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"frame 1 of 1"),
+            ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"has 1 frame, counted from 0"),
             ((*rg8, "--size", "12x8", "--frames", "9-1"), "f.raw", 1, r"--frames 9-1"),
             ((*rg8, "--size", "12by8"), "f.raw", 1, r"--size 12by8"),
             ((*rg8, "--size", "4294967297x8"), "f.raw", 1, r"--size 4294967297x8"),
@@ -345,18 +447,33 @@ class ToolTest(unittest.TestCase):
             ((*rg8, "--size", "12x8"), "none.raw", 1, r"none.raw: No such file"),
             ((*rg8, "--size", "12x8", "--big-endian"), "f.raw", 1, r"8 bits a pixel"),
             ((*rg8, "--size", "12x8", "--to", "BGR48", "--wb", "1,1,1"), "f.raw", 1,
-             r"12-bit packed"),
+             r"Raw8ImageTransform_CC: 0x88000012.*\n.*converts to: MONO8_REC601 BGR24"),
             (("--from", "Mono8", "--size", "12x8", "--debayer", "lcaa"), "f.raw", 1,
              r"8-bit Bayer"),
-            (("--from", "Mono8", "--size", "12x8", "--wb", "1,1,1"), "f.raw", 1, r"-7 "),
+            (("--from", "Mono8", "--size", "12x8", "--wb", "1,1,1", "--to", "MONO8_REC601"),
+             "f.raw", 1, r"Mono8 is corrected after.*not in MONO8_REC601"),
+            ((*rg8, "--size", "12x8", "--cc"), "f.raw", 1, r"--matrix or --wb"),
+            ((*rg8, "--size", "12xx8"), "f.raw", 1, r"--size 12xx8"),
+            (("--from", "Mono10p", "--size", "6x8"), "f.raw", 1, r"multiple of 4.*6x8 is not"),
+            (("--from", "Mono8", "--size", "1000000x1000000"), "-", 1, r"1,000,000,000,000 pixels"),
+            ((*rg8, "--size", "12x8", "--bin", "17"), "f.raw", 1, r"--bin 17.*1 to 16"),
+            ((*rg8, "--size", "12x8", "--bin", "2x9"), "f.raw", 1, r"--bin 2x9.*12x8"),
             ((*rg8, "--size", "12x8", "--debayer", "4x4"), "f.raw", 2, r"4x4"),
             ((*rg8, "--size", "12x8", "--matrix", "1,2,3"), "f.raw", 2, r"matrix"),
             (rg8, "f.raw", 2, r"--size"),
             ((*rg8, "--size", "12x8", "--to", "UYVY", "--flip", "90"), "f.raw", 1, r"whole pixels"),
             ((*rg8, "--size", "12x8", "--resize", "0x4"), "f.raw", 1, r"--resize 0x4"),
             ((*rg8, "--size", "12x8", "--resize", "70000x4"), "f.raw", 1, r"65535"),
-            ((*rg8, "--size", "12x8", "--resize", "5x4", "--i420"), "f.raw", 1, r"even.*5x4"),
-            ((*rg8, "--size", "12x8", "--unpack", "gige"), "f.raw", 1, r"12-bit packed"),
+            ((*rg8, "--size", "12x8", "--resize", "5x4", "--i420", "--type", "raw"), "f.raw", 1,
+             r"even.*5x4"),
+            (("--from", "YUV422_8_UYVY", "--size", "6x8", "--bin", "2", "--i420", "--type", "raw"),
+             "f.raw", 1, r"even.*3x4"),
+            ((*rg8, "--size", "12x8", "--i420", "--to", "UYVY", "--type", "raw"), "f.raw", 1,
+             r"whole pixels"),
+            ((*rg8, "--size", "12x8", "--i420"), "f.raw", 1, r"planes.*frame.yuv"),
+            ((*rg8, "--size", "12x8", "--unpack", "lsb"), "f.raw", 1, r"10-bit and 12-bit packed"),
+            (("--from", "Mono12Packed", "--size", "8x8", "--unpack", "lsb", "--flip", "90"),
+             "f.raw", 2, r"flip"),
             ((*rg8, "--size", "12x8", "--nearest"), "f.raw", 2, r"resize"),
         ]
         for words, source, status, text in table:
@@ -368,6 +485,13 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(self.get("kept.png") == b"precious", status != 0)
         self.lum("convert", *rg8, "--size", "12x8", "f.raw", "./f.raw", status=1)
         self.lum("simulate", "--format", "Mono8", "f.raw", "f.raw", status=1)
+        for name, text in (("o.jpg", r"as \.png.*--type raw"), ("o.pgm", r"PGM holds grey.*\.ppm"),
+                           ("none/o.raw", r"none/o.raw: No such"), (".", r"is a directory")):
+            with self.subTest(output=name):
+                self.assertRegex(self.lum("convert", *rg8, "--size", "12x8", "f.raw", name,
+                                          status=1).text, text)
+        self.lum("convert", *rg8, "--size", "12x8", "--type", "raw", "f.raw", "o.jpg")
+        self.assertRegex(self.lum("frobnicate", status=2).text, "convert simulate formats")
         full = self.lum("convert", *rg8, "--size", "12x8", "--type", "png", "f.raw", "/dev/full",
                         status=1).text
         self.assertRegex(full, "/dev/full: .*No space")
@@ -389,8 +513,27 @@ class ToolTest(unittest.TestCase):
         self.assertIn("UYVY", sources["BayerRG8"]["windows"]["bin"])
         self.assertEqual((sources["BayerGB10"]["code"], sources["BayerGB10"]["bayer_pattern"],
                           sources["BayerGB10"]["bits_used"]), ("0x0110000E", "GBRG", 10))
+        self.assertEqual(sources["YUV411_8_UYYVYY"]["windows"]["studio709"], ["BGR24"])
+        self.assertEqual({n for n, s in sources.items() if s["i420_directly"]},
+                         {"Mono8", "RGB8", "BGR8", "RGBa8", "BGRa8", "YUV411_8_UYYVYY",
+                          "YUV422_8_UYVY", "YUV8_UYV"})
+        self.assertEqual({n for n, s in sources.items() if s["unpacked_first"]},
+                         set(UNPACKED) | {"Mono10Packed", "Mono10p", "Mono12p", "Y10P", "Y12P"})
+        for source, words in (("SGBRG12P", "BayerGB12"), ("BayerBG12Packed", "BayerBG12"),
+                              ("Mono8", None)):
+            self.assertEqual(sources[source]["unpacks_to"], words)
+        self.assertEqual(sources["BayerRG12"]["matrix"],
+                         ["MONO16_REC601", "MONO16_REC709", "BGR48"])
+        self.assertEqual(len(sources["BayerRG12"]["cc"]), 11)
+        self.assertEqual(sources["YUV8_UYV"]["cc"], ["BGR24", "RGB24"])
+        self.assertEqual((root["unpack"], root["largest_bin"], len(root["flips"])),
+                         (["lsb", "msb"], 16, 7))
         table = self.lum("formats").stdout.decode()
-        self.assertRegex(table, r"BayerRG8 +0x01080009 +8 +8 .*d")
+        for row in (r"BayerRG8 +0x01080009 +8 +8 .*domc", r"Mono10p +0x010A0046 +10 +10 +Mono10\n",
+                    r"SRGGB12P .*BayerRG12 .*SRGGB12_CSI2P", "studio709 BGR24", "--bin",
+                    "--flip .* 90", "--resize", "--i420", "--unpack lsb", "luma +MONO8_REC601"):
+            self.assertRegex(table, row)
+        self.assertRegex(self.lum("--version").stdout.decode(), r"lum \d+\.\d+")
         info = self.lum("info", "0x010C002B", "--size", "640x480").stdout.decode()
         for part in ("BayerRG12Packed", "RawPacked", "RGGB", "R G / G B", "460,800 bytes"):
             self.assertIn(part, info)

@@ -15,6 +15,7 @@ namespace {
 
 constexpr char kLibraryPrefix[] = "PixelFormat";
 constexpr size_t kLibraryPrefixLength = sizeof kLibraryPrefix - 1;
+constexpr char kV4l2Prefix[] = "V4L2_PIX_FMT_";
 constexpr char kCygmName[] = "IRaw8CYGM";
 
 // Where the naming convention's spelling is not the library's without its prefix.
@@ -42,8 +43,36 @@ bool same_name(const std::string& a, const std::string& b) {
 }
 
 uint64_t bytes_of(uint32_t width, uint32_t height, uint32_t bits) {
-  // Width and height first: 2^64 pixels of 48 bits would not fit, 2^64 bytes no memory holds.
-  return (uint64_t{width} * height * (bits / 4) + 1) / 2;
+  return (uint64_t{width} * height * bits + 7) / 8;
+}
+
+LumPixelInfo packed_pixel(const PackedFormat& format) {
+  const PackedGroup& group = kPackedGroups[format.packing];
+  LumPixelInfo pixel = {};
+  LumGetBayerPattern(&pixel.bayerPattern, format.words);
+  pixel.bitsPerPixel = group.bytes * 8 / group.samples;
+  pixel.bitsUsed = group.bits;
+  pixel.pixelLayout = pixel.bayerPattern == LumBayerPatternNone ? LumPixelLayoutMonoPacked
+                                                                : LumPixelLayoutRawPacked;
+  return pixel;
+}
+
+void add_packed(std::vector<Source>& list) {
+  for (const PackedFormat& format : kPackedFormats) {
+    auto source = std::find_if(list.begin(), list.end(),
+                               [&](const Source& s) { return s.name == format.name; });
+    if (source == list.end()) {
+      source = list.insert(list.end(), Source());
+      source->kind = Source::Kind::packed;
+      source->name = format.name;
+      source->code = format.code;
+      source->pixel = packed_pixel(format);
+      if (*format.other_name != '\0') source->other_names = {format.other_name};
+      if (format.code == 0) source->other_names.push_back(std::string(kV4l2Prefix) + format.name);
+    }
+    source->packing = format.packing;
+    source->words_code = format.words;
+  }
 }
 
 std::vector<Source> list_sources() {
@@ -69,7 +98,9 @@ std::vector<Source> list_sources() {
     source.colour_space = image.imageInfo.colorSpace;
     list.push_back(source);
   }
+  add_packed(list);
   Source cygm;
+  cygm.kind = Source::Kind::cygm;
   cygm.name = kCygmName;
   cygm.pixel = {8, 8, 1, 0, LumPixelLayoutRaw, LumBayerPatternNone};
   list.push_back(cygm);
@@ -90,7 +121,7 @@ std::vector<Destination> list_destinations() {
 template <typename List>
 std::string names_of(const List& list) {
   std::string text;
-  for (const auto& entry : list) text += " " + entry.name;
+  for (const auto& entry : list) text += (text.empty() ? "" : " ") + entry.name;
   return text;
 }
 
@@ -100,16 +131,25 @@ bool Source::is_mosaic() const {
   return pixel.pixelLayout == LumPixelLayoutRaw || pixel.pixelLayout == LumPixelLayoutRawPacked;
 }
 
+bool Source::is_yuv() const {
+  return pixel.pixelLayout >= LumPixelLayoutYUV411 && pixel.pixelLayout <= LumPixelLayoutYUV444;
+}
+
 bool Source::is_bayer8() const { return is_mosaic() && !is_cygm() && pixel.bitsPerPixel == 8; }
 
+const Source& Source::converted() const {
+  if (kind != Kind::packed) return *this;
+  return *std::find_if(sources().begin(), sources().end(),
+                       [this](const Source& s) { return s.code == words_code; });
+}
+
 uint32_t Source::step_x() const {
+  if (packing) return kPackedGroups[*packing].samples;
   switch (pixel.pixelLayout) {
     case LumPixelLayoutYUV411:
       return 4;
     case LumPixelLayoutYUV422:
-    case LumPixelLayoutMonoPacked:
     case LumPixelLayoutRaw:
-    case LumPixelLayoutRawPacked:
       return 2;
     default:
       return 1;
@@ -162,12 +202,12 @@ const Destination* find_destination(const std::string& text) {
 
 const Source& need_source(const std::string& text) {
   if (const Source* source = find_source(text)) return *source;
-  throw Failure(text + " is no camera format of this library. It knows:" + names_of(sources()));
+  throw Failure(text + " is no camera format of this library. It knows:\n" + names_of(sources()));
 }
 
 const Destination& need_destination(const std::string& text) {
   if (const Destination* destination = find_destination(text)) return *destination;
-  throw Failure(text + " is no destination format. There are:" + names_of(destinations()));
+  throw Failure(text + " is no destination format. There are:\n" + names_of(destinations()));
 }
 
 const char* layout_name(uint32_t layout) {

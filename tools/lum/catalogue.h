@@ -1,26 +1,41 @@
 // SPDX-License-Identifier: MIT
-// What the tool can be asked for: sources (camera pixel formats and the CYGM frame of the direct
-// functions), destinations and ways of converting. Facts about formats are the library's own.
+// What the tool can be asked for: sources (camera pixel formats, packed ones that are unpacked
+// first, and the CYGM frame of the direct functions), destinations and ways of converting. Facts
+// about formats are the library's own.
 #ifndef LUM_TOOLS_CATALOGUE_H
 #define LUM_TOOLS_CATALOGUE_H
 
 #include <lum/lum.h>
 
 #include <cstdint>
+#include <optional>
 #include <string>
 #include <vector>
+
+#include "packed.h"
 
 namespace lum_tool {
 
 struct Source {
+  enum class Kind {
+    camera,  // the library's transforms take it by its code
+    packed,  // LumUnpackTo16 takes it, the transforms take the words that it gives
+    cygm
+  };
+  Kind kind = Kind::camera;
   std::string name;                      // as the pixel format naming convention spells it
   std::vector<std::string> other_names;  // as LumSetImageInfoFromString knows it
-  uint32_t code = 0;                     // 0 for IRaw8CYGM, which has none
+  uint32_t code = 0;                     // 0 when it has none
   LumPixelInfo pixel = {};
   LumColorSpace colour_space = LumColorSpaceUndefined;
+  std::optional<Packing> packing;
+  uint32_t words_code = 0;  // of the format that it is unpacked to
 
-  bool is_cygm() const { return code == 0; }
+  bool is_cygm() const { return kind == Kind::cygm; }
+  // Itself, but of a packed source the format that it is unpacked to.
+  const Source& converted() const;
   bool is_mosaic() const;
+  bool is_yuv() const;
   bool is_bayer8() const;
   // Width and height have to be multiples of these.
   uint32_t step_x() const;

@@ -20,27 +20,36 @@ constexpr FlipName kFlipNames[] = {{"mirror", 1},    {"upside-down", 2}, {"180",
                                    {"transpose", 4}, {"90", 5},          {"270", 6},
                                    {"transverse", 7}};
 
-struct PackingName {
-  const char* name;
-  uint32_t packing;  // of LumUnpackTo16
-};
-constexpr PackingName kPackingNames[] = {{"gige", 0}, {"pfnc", 2}, {"mipi", 4}};
+constexpr uint32_t kLargestBin = 16;
 
-struct Finish {
-  std::optional<FrameSize> size;
+// Done in this order.
+struct Geometry {
+  std::optional<FrameSize> bin;   // pixels that become one
+  std::optional<FrameSize> size;  // to resize to
   bool nearest = false;
   uint32_t flip = 0;
-  bool i420 = false;
 
-  // A Failure when pixels of this format cannot be treated so.
-  void check(const Destination& format, const FrameSize& picture) const;
+  bool any() const { return bin || size || flip != 0; }
+  FrameSize binned(const FrameSize& picture) const;
   FrameSize finished(const FrameSize& picture) const;
-  // Changes a picture of this format and size.
-  void apply(const Destination& format, const FrameSize& picture, Bytes& pixels) const;
+  // A Failure when the library cannot.
+  void check(const FrameSize& picture) const;
+  void apply(const FrameSize& picture, uint32_t channels, uint32_t sample_bytes,
+             Bytes& pixels) const;
 };
 
-// 12-bit packed frames to little-endian words, values in the lower bits.
-void unpack_frame(uint32_t packing, const Bytes& frame, uint64_t pixels, Bytes& words);
+struct Finish {
+  Geometry geometry;
+  bool i420 = false;
+
+  // All for a picture of these pixels, which messages call `name`. Grouped YUV has no pixels of its
+  // own to move: its geometry is that of its planes.
+  void check(const std::string& name, const LumPixelInfo& pixel, const FrameSize& picture) const;
+  Bytes applied(const LumPixelInfo& pixel, const FrameSize& picture, const Bytes& pixels) const;
+};
+
+// Whether LumImageToI420 takes such pixels.
+bool goes_to_i420(const LumPixelInfo& pixel);
 
 }  // namespace lum_tool
 

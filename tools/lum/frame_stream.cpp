@@ -53,11 +53,12 @@ void FrameStream::refuse(const std::string& title, uint64_t bytes) const {
     text += " (" + grouped(bytes / need_) + " of them and " + bytes_text(bytes % need_) + " over)";
   else if (bytes > 0)
     text += " (" + bytes_text(need_ - bytes) + " short)";
+  if (bytes == 0) throw Failure(text);
   std::string fitting;
   for (const Source& source : sources()) {
     if (!source.fits(width_, height_)) continue;
     const uint64_t need = source.frame_bytes(width_, height_);
-    if (bytes > 0 && bytes == need) fitting += (fitting.empty() ? "" : ", ") + source.name;
+    if (bytes == need) fitting += (fitting.empty() ? "" : ", ") + source.name;
   }
   if (fitting.empty())
     text +=

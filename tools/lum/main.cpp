@@ -3,6 +3,7 @@
 #include <CLI/CLI.hpp>
 #include <cstdio>
 #include <exception>
+#include <new>
 
 #include "catalogue.h"
 #include "commands.h"
@@ -20,7 +21,8 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
                 "format of the frames: a name as in `lum formats`, or its code (0x01080009)")
       ->required();
   c->add_option("--size", o.size, "WIDTHxHEIGHT of a frame")->required();
-  c->add_option("--to", o.to, "format to convert to")->capture_default_str();
+  CLI::Option* to = c->add_option("--to", o.to, "format to convert to")
+                        ->default_str(lum_tool::kDefaultDestination);
   c->add_option("input", o.input, "file of one or more frames, frame%04d.raw, or - for stdin")
       ->required();
   c->add_option("output", o.output,
@@ -39,10 +41,14 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
                     "nine numbers, rows R G B of (R,G,B), separated by commas or blanks")
           ->delimiter(',')
           ->expected(9);
-  c->add_option("--wb", o.white_balance, "gains R,G,B, as the diagonal of a matrix")
-      ->delimiter(',')
-      ->expected(3)
-      ->excludes(matrix);
+  CLI::Option* gains =
+      c->add_option("--wb", o.white_balance, "gains R,G,B, as the diagonal of a matrix")
+          ->delimiter(',')
+          ->expected(3)
+          ->excludes(matrix);
+  c->add_flag("--cc", o.direct_correction,
+              "correct colours by a _CC function also where LumImageTransform would: BT.709 is "
+              "BT.709 then, and gains beyond 127 saturate");
   CLI::Option* older =
       c->add_flag("--via-old", o.via_old, "through LumTransformOLD")->excludes(debayer);
   CLI::Option* direct =
@@ -50,32 +56,49 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
           ->excludes(older);
   std::vector<std::string> windows;
   for (const lum_tool::CygmName& window : lum_tool::kCygmNames) windows.push_back(window.name);
-  c->add_option("--cygm", o.cygm,
-                "IRaw8CYGM: what a pixel is made of; bin halves width and height, luma gives "
-                "MONO8_REC601")
-      ->check(CLI::IsMember(windows))
-      ->excludes(older)
-      ->excludes(direct);
+  CLI::Option* cygm =
+      c->add_option("--cygm", o.cygm,
+                    "IRaw8CYGM: what a pixel is made of; bin halves width and height, luma gives "
+                    "MONO8_REC601")
+          ->check(CLI::IsMember(windows))
+          ->excludes(older)
+          ->excludes(direct);
+  std::vector<std::string> encodings;
+  for (const lum_tool::YuvName& encoding : lum_tool::kYuvNames) encodings.push_back(encoding.name);
+  CLI::Option* yuv =
+      c->add_option("--yuv", o.yuv,
+                    "YUV to BGR24 through LumYUVToBGR: the frames are full range BT.601, as is "
+                    "taken without this option, studio range BT.601, or studio range BT.709")
+          ->check(CLI::IsMember(encodings))
+          ->excludes(older);
   c->add_flag("--big-endian", o.big_endian, "16-bit words have their high byte first");
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words have their used bits at the top");
-  std::vector<std::string> flips, packings;
+  std::vector<std::string> flips, words;
   for (const lum_tool::FlipName& flip : lum_tool::kFlipNames) flips.push_back(flip.name);
-  for (const lum_tool::PackingName& p : lum_tool::kPackingNames) packings.push_back(p.name);
-  CLI::Option* flip =
-      c->add_option("--flip", o.flip, "mirror or turn the picture; degrees are clockwise")
-          ->check(CLI::IsMember(flips));
+  for (const lum_tool::WordName& word : lum_tool::kWordNames) words.push_back(word.name);
+  CLI::Option* bin = c->add_option(
+      "--bin", o.bin, "make one pixel of NxN, the mean; N or two numbers, 4x2, from 1 to 16");
   CLI::Option* resize =
-      c->add_option("--resize", o.resize, "WIDTHxHEIGHT of the picture, before --flip");
+      c->add_option("--resize", o.resize, "WIDTHxHEIGHT of the picture, after --bin");
   c->add_flag("--nearest", o.nearest, "--resize repeats and drops pixels, and mixes none")
       ->needs(resize);
+  CLI::Option* flip =
+      c->add_option("--flip", o.flip,
+                    "mirror or turn the picture, after --resize; degrees are clockwise")
+          ->check(CLI::IsMember(flips));
   CLI::Option* i420 =
-      c->add_flag("--i420", o.i420, "write the picture as planes of Y, U and V 4:2:0, raw");
-  c->add_option("--unpack", o.unpack,
-                "12-bit packed frames: write 16-bit words of all 12 bits, raw; how they are packed")
-      ->check(CLI::IsMember(packings))
-      ->excludes(flip)
-      ->excludes(resize)
-      ->excludes(i420);
+      c->add_flag("--i420", o.i420,
+                  "write planes of Y, U and V 4:2:0, raw. YUV, RGB and Mono8 frames become planes "
+                  "directly, and YUV keeps its range; other frames, and all with a matrix, are "
+                  "converted --to an 8-bit format first");
+  CLI::Option* unpack =
+      c->add_option("--unpack", o.unpack,
+                    "10-bit and 12-bit packed frames: write their samples as 16-bit words and "
+                    "convert nothing; values in the lower bits (lsb) or in the upper ones (msb)")
+          ->check(CLI::IsMember(words));
+  for (CLI::Option* other :
+       {to, debayer, matrix, gains, older, direct, cygm, yuv, bin, resize, flip, i420})
+    unpack->excludes(other);
   c->add_option("--frames", o.frames,
                 "all, one number from 0, or a range 2-9 (default: all into a numbered or raw "
                 "output, else the first)");
@@ -94,11 +117,30 @@ void add_simulate(CLI::App& app, lum_tool::SimulateOptions& o) {
   c->add_flag("--msb-aligned", o.msb_aligned, "16-bit words with their used bits at the top");
 }
 
+std::string version_text() {
+  uint32_t version = 0;
+  LumGetVersion(&version);
+  std::string text = "lum";
+  for (int shift = 24; shift >= 0; shift -= 8)
+    text += (shift == 24 ? ' ' : '.') + std::to_string(version >> shift & 255);
+  return text;
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
   CLI::App app("Converts the frames of industrial cameras.", "lum");
   app.require_subcommand(1);
+  app.set_version_flag("--version", version_text());
+  app.failure_message([](const CLI::App* failed, const CLI::Error& error) {
+    std::string text = std::string("lum: ") + error.what() + "\n";
+    if (failed->get_subcommands().empty()) {
+      text += "Commands:";
+      for (const CLI::App* command : failed->get_subcommands({})) text += " " + command->get_name();
+      return text + "; lum --help tells more\n";
+    }
+    return text + "lum " + failed->get_subcommands().front()->get_name() + " --help tells more\n";
+  });
   lum_tool::ConvertOptions convert;
   lum_tool::SimulateOptions simulate;
   bool json = false;
@@ -124,6 +166,9 @@ int main(int argc, char** argv) {
     if (app.got_subcommand("formats")) return lum_tool::formats_command(json);
     if (app.got_subcommand("info")) return lum_tool::info_command(info_format, info_size);
     return lum_tool::errors_command(code);
+  } catch (const std::bad_alloc&) {
+    std::fprintf(stderr, "lum: not enough memory for frames of this size\n");
+    return kFailed;
   } catch (const std::exception& failure) {
     std::fprintf(stderr, "lum: %s\n", failure.what());
     return kFailed;

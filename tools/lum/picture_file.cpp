@@ -357,7 +357,8 @@ Bytes encode_pnm(const Picture& picture) {
   const uint32_t channels = picture.channels == 1 ? 1 : 3;
   const std::string header = std::string(channels == 1 ? "P5\n" : "P6\n") +
                              std::to_string(picture.width) + " " + std::to_string(picture.height) +
-                             "\n" + (picture.bits == 16 ? "65535\n" : "255\n");
+                             "\n" + (picture.bits == 16 ? std::to_string(picture.white) : "255") +
+                             "\n";
   Bytes file(header.begin(), header.end());
   file.reserve(file.size() + size_t{picture.width} * picture.height * channels * picture.bits / 8);
   for (size_t i = 0; i < picture.samples.size(); ++i) {
@@ -368,17 +369,31 @@ Bytes encode_pnm(const Picture& picture) {
   return file;
 }
 
-}  // namespace
-
-FileKind kind_of_name(const std::string& name) {
+// Without the dot, in small letters.
+std::string extension_of(const std::string& name) {
   const size_t dot = name.find_last_of("./");
-  if (dot == std::string::npos || name[dot] == '/') return FileKind::raw;
+  if (dot == std::string::npos || name[dot] == '/') return {};
   std::string extension = name.substr(dot + 1);
   std::transform(extension.begin(), extension.end(), extension.begin(),
                  [](unsigned char c) { return static_cast<char>(std::tolower(c)); });
+  return extension;
+}
+
+}  // namespace
+
+bool has_extension(const std::string& name, const char* extension) {
+  return extension_of(name) == extension;
+}
+
+FileKind kind_of_name(const std::string& name) {
+  const std::string extension = extension_of(name);
   if (extension == "png") return FileKind::png;
   if (extension == "tif" || extension == "tiff") return FileKind::tiff;
   if (extension == "ppm" || extension == "pgm" || extension == "pnm") return FileKind::pnm;
+  for (const char* other : {"jpg", "jpeg", "bmp", "gif", "webp", "jp2", "exr", "dng", "pbm", "pam"})
+    if (extension == other)
+      throw Failure(name + ": pictures are written as .png, .tif, .ppm or .pgm, not as ." +
+                    extension + "; for plain bytes under this name add --type raw");
   return FileKind::raw;
 }
 

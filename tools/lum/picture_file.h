@@ -18,14 +18,19 @@ using Bytes = std::vector<uint8_t>;
 struct Picture {
   uint32_t width = 0;
   uint32_t height = 0;
-  uint32_t channels = 0;  // 1, 3 or 4
-  uint32_t bits = 8;      // depth to write: 8 or 16
+  uint32_t channels = 0;   // 1, 3 or 4
+  uint32_t bits = 8;       // depth to write: 8 or 16
+  uint32_t white = 65535;  // the largest 16-bit sample, which only PNM can tell
   std::vector<uint16_t> samples;
 };
 
 enum class FileKind { raw, png, tiff, pnm };
 
-// From the extension; anything that is no picture's is raw.
+// In any case.
+bool has_extension(const std::string& name, const char* extension);
+
+// From the extension; anything that is no picture's is raw. A Failure for pictures of other kinds,
+// which plain bytes under such a name are not.
 FileKind kind_of_name(const std::string& name);
 
 // From the first bytes of the file. Throws Failure.

@@ -1,16 +1,14 @@
 // SPDX-License-Identifier: MIT
-// `lum formats`, `lum info`, `lum errors`, and `lum simulate`'s files.
+// `lum formats`, `lum info` and `lum errors`.
 #include <cinttypes>
 #include <cstdio>
 #include <cstdlib>
 #include <nlohmann/json.hpp>
 
-#include "byte_file.h"
 #include "commands.h"
 #include "conversion.h"
 #include "failure.h"
 #include "finish.h"
-#include "simulate.h"
 
 namespace lum_tool {
 namespace {
@@ -21,23 +19,32 @@ using Json = nlohmann::ordered_json;
 struct Way {
   const char* name;
   char mark;
-  Conversion conversion;
+  std::vector<const Destination*> reached;
 };
 
 std::vector<Way> ways_of(const Source& source) {
   Conversion plain;
   plain.source = &source;
-  Conversion swapped = plain, older = plain, matrix = plain;
+  Conversion swapped = plain, older = plain, corrected = plain;
   swapped.big_endian = true;
   older.entry = Conversion::Entry::older;
-  matrix.matrix = std::array<float, 9>{1, 0, 0, 0, 1, 0, 0, 0, 1};
-  return {{"descriptors", 'd', plain},
-          {"big_endian", 'b', swapped},
-          {"older", 'o', older},
-          {"matrix", 'm', matrix}};
+  corrected.matrix = std::array<float, 9>{1, 0, 0, 0, 1, 0, 0, 0, 1};
+  // A matrix goes to a _CC function where the dispatcher does not take it.
+  std::vector<const Destination*> by_dispatcher;
+  for (const Destination* destination : reachable(corrected)) {
+    corrected.destination = destination;
+    if (corrected.correction() == Conversion::Correction::dispatcher)
+      by_dispatcher.push_back(destination);
+  }
+  corrected.direct_correction = true;
+  return {{"descriptors", 'd', reachable(plain)},
+          {"big_endian", 'b', reachable(swapped)},
+          {"older", 'o', reachable(older)},
+          {"matrix", 'm', by_dispatcher},
+          {"cc", 'c', reachable(corrected)}};
 }
 
-// What CYGM and 8-bit Bayer frames have beside: direct functions only.
+// What CYGM, 8-bit Bayer and YUV frames have beside: direct functions only.
 struct NamedWay {
   const char* name;
   Conversion way;
@@ -49,6 +56,12 @@ std::vector<NamedWay> windows_of(const Source& source) {
   if (source.is_bayer8()) {
     way.entry = Conversion::Entry::bayer_binned;
     list.push_back({kBinnedName, way});
+  }
+  if (source.is_yuv()) {
+    for (const YuvName& named : kYuvNames) {
+      way.yuv_encoding = named.encoding;
+      list.push_back({named.name, way});
+    }
   }
   if (source.is_cygm()) {
     for (const CygmName& named : kCygmNames) {
@@ -74,7 +87,7 @@ Json names(const std::vector<const Destination*>& list) {
 Json described(const Source& source) {
   Json entry;
   entry["name"] = source.name;
-  entry["code"] = source.is_cygm() ? Json(nullptr) : Json(hex_code(source.code));
+  entry["code"] = source.code == 0 ? Json(nullptr) : Json(hex_code(source.code));
   entry["bits_per_pixel"] = source.pixel.bitsPerPixel;
   entry["bits_used"] = source.pixel.bitsUsed;
   entry["layout"] = source.is_cygm() ? "CYGM" : layout_name(source.pixel.pixelLayout);
@@ -83,6 +96,10 @@ Json described(const Source& source) {
                                : Json(nullptr);
   entry["width_multiple"] = source.step_x();
   entry["height_multiple"] = source.step_y();
+  entry["unpacks_to"] =
+      source.packing ? Json(need_source(hex_code(source.words_code)).name) : nullptr;
+  entry["unpacked_first"] = source.kind == Source::Kind::packed;
+  entry["i420_directly"] = goes_to_i420(source.pixel);
   return entry;
 }
 
@@ -95,7 +112,7 @@ void print_json() {
                                     {"layout", layout_name(destination.pixel.pixelLayout)}});
   for (const Source& source : sources()) {
     Json entry = described(source);
-    for (const Way& way : ways_of(source)) entry[way.name] = names(reachable(way.conversion));
+    for (const Way& way : ways_of(source)) entry[way.name] = names(way.reached);
     Json modes = Json::object();
     if (source.is_bayer8())
       for (const DebayerName& mode : kDebayerNames) {
@@ -111,15 +128,49 @@ void print_json() {
     root["sources"].push_back(entry);
   }
   for (const FlipName& flip : kFlipNames) root["flips"].push_back(flip.name);
-  for (const PackingName& packing : kPackingNames) root["packings"].push_back(packing.name);
+  for (const WordName& word : kWordNames) root["unpack"].push_back(word.name);
+  root["largest_bin"] = kLargestBin;
   std::printf("%s\n", root.dump(2).c_str());
 }
 
 void print_way(const char* name, const Conversion& way) {
-  std::printf("  %-7s", name);
+  std::printf("  %-9s", name);
   for (const Destination* destination : reachable(way))
     std::printf(" %s", destination->name.c_str());
   std::printf("\n");
+}
+
+std::string code_text(const Source& source) {
+  return source.code == 0 ? "" : hex_code(source.code);
+}
+
+void print_row(const Source& source) {
+  std::printf("%-16s %-10s %4u %4u  ", source.name.c_str(), code_text(source).c_str(),
+              source.pixel.bitsPerPixel, source.pixel.bitsUsed);
+  const std::vector<Way> ways = ways_of(source);
+  for (const Destination& destination : destinations()) {
+    std::string cell;
+    for (const Way& way : ways)
+      if (has(way.reached, destination)) cell += way.mark;
+    std::printf(" %-*s", int(destination.name.size()), cell.empty() ? "." : cell.c_str());
+  }
+  std::printf("\n");
+}
+
+void print_packed() {
+  std::printf(
+      "\nUnpacked by LumUnpackTo16, then converted like the words that it gives:\n"
+      "%-16s %-10s %4s %4s   %s\n",
+      "source", "code", "bits", "used", "words");
+  for (const Source& source : sources()) {
+    if (source.kind != Source::Kind::packed) continue;
+    std::printf("%-16s %-10s %4u %4u   %s", source.name.c_str(), code_text(source).c_str(),
+                source.pixel.bitsPerPixel, source.pixel.bitsUsed, source.converted().name.c_str());
+    for (const std::string& other : source.other_names)
+      if (source.code == 0)
+        std::printf("%s%s", &other == &source.other_names[0] ? "   also " : ", ", other.c_str());
+    std::printf("\n");
+  }
 }
 
 void print_table() {
@@ -127,25 +178,14 @@ void print_table() {
   for (const Destination& destination : destinations())
     std::printf(" %s", destination.name.c_str());
   std::printf("\n");
-  for (const Source& source : sources()) {
-    std::printf("%-16s %-10s %4u %4u  ", source.name.c_str(),
-                source.is_cygm() ? "" : hex_code(source.code).c_str(), source.pixel.bitsPerPixel,
-                source.pixel.bitsUsed);
-    std::vector<std::string> cells(destinations().size());
-    for (const Way& way : ways_of(source)) {
-      const auto found = reachable(way.conversion);
-      for (size_t i = 0; i < cells.size(); ++i)
-        if (has(found, destinations()[i])) cells[i] += way.mark;
-    }
-    for (size_t i = 0; i < cells.size(); ++i)
-      std::printf(" %-*s", int(destinations()[i].name.size()),
-                  cells[i].empty() ? "." : cells[i].c_str());
-    std::printf("\n");
-  }
+  for (const Source& source : sources())
+    if (source.kind != Source::Kind::packed) print_row(source);
   std::printf(
       "\nd LumImageTransform (IRaw8CYGM: its direct function)   b the same, big-endian words\n"
-      "o LumTransformOLD   m LumImageTransform with a colour matrix   . not converted\n\n"
-      "8-bit Bayer by --debayer mode:\n");
+      "o LumTransformOLD   . not converted   with --matrix or --wb:\n"
+      "m LumImageTransform   c a _CC function, taken with --cc and where there is no m\n");
+  print_packed();
+  std::printf("\n8-bit Bayer by --debayer mode:\n");
   for (const DebayerName& mode : kDebayerNames) {
     Conversion way;
     way.source = find_source("BayerRG8");
@@ -158,12 +198,19 @@ void print_table() {
   for (const Source& source : sources())
     if (source.is_cygm())
       for (const NamedWay& named : windows_of(source)) print_way(named.name, named.way);
+  std::printf("\nYUV by --yuv:\n");
+  for (const NamedWay& named : windows_of(*find_source("YUV422_8_UYVY")))
+    print_way(named.name, named.way);
   std::printf(
-      "\nAfter the conversion, but for UYVY:\n  --resize WIDTHxHEIGHT [--nearest]\n  --flip");
+      "\nAfter the conversion, but for UYVY, in this order:\n"
+      "  --bin N or NxN, up to %u\n  --resize WIDTHxHEIGHT [--nearest]\n  --flip",
+      kLargestBin);
   for (const FlipName& flip : kFlipNames) std::printf(" %s", flip.name);
-  std::printf(
-      "\n  --i420, from 8-bit destinations\nInstead of it, for 12-bit packed sources:\n  --unpack");
-  for (const PackingName& packing : kPackingNames) std::printf(" %s", packing.name);
+  std::printf("\n  --i420, of 8-bit destinations; made directly, without --to, of:\n   ");
+  for (const Source& source : sources())
+    if (goes_to_i420(source.pixel)) std::printf(" %s", source.name.c_str());
+  std::printf("\nInstead of it, for packed sources:\n  --unpack");
+  for (const WordName& word : kWordNames) std::printf(" %s", word.name);
   std::printf("\n");
 }
 
@@ -190,8 +237,7 @@ int formats_command(bool json) {
 
 int info_command(const std::string& format, const std::string& size_text) {
   FrameSize size;
-  if (!size_text.empty() && !parse_size(size_text, size))
-    throw Failure("--size " + size_text + ": expected WIDTHxHEIGHT, for example 2448x2048");
+  if (!size_text.empty()) size = need_size("--size", size_text);
   const Source* source = find_source(format);
   const Destination* destination = source ? nullptr : find_destination(format);
   if (destination == nullptr) source = &need_source(format);
@@ -202,7 +248,8 @@ int info_command(const std::string& format, const std::string& size_text) {
     if (source->is_cygm())
       std::printf("code            none: a frame of the direct CYGM functions\n");
     else
-      std::printf("code            %s\n", hex_code(source->code).c_str());
+      std::printf("code            %s\n",
+                  source->code == 0 ? "none: a name of V4L2" : hex_code(source->code).c_str());
     bytes = source->frame_bytes(size.width, size.height);
   } else {
     std::printf("name            %s\nindex           %u\n", destination->name.c_str(),
@@ -214,6 +261,8 @@ int info_command(const std::string& format, const std::string& size_text) {
       pixel.bitsUsed,
       source && source->is_cygm() ? "CYGM mosaic, two fields" : layout_name(pixel.pixelLayout));
   if (pixel.bayerPattern <= LumBayerPatternBGGR) print_pattern(pixel.bayerPattern);
+  if (source && source->packing)
+    std::printf("unpacks to      %s\n", need_source(hex_code(source->words_code)).name.c_str());
   if (source)
     std::printf("width, height   multiples of %u and %u\n", source->step_x(), source->step_y());
   if (size.width > 0) {
@@ -230,28 +279,6 @@ int errors_command(const std::string& text) {
   if (!parse_code(text, code))
     throw Failure("errors " + text + ": expected a 32-bit code, for example -7 or 0x88000004");
   std::printf("%s\n", result_text(static_cast<int32_t>(static_cast<uint32_t>(code))).c_str());
-  return 0;
-}
-
-int simulate_command(const SimulateOptions& options) {
-  const Source& source = need_source(options.format);
-  Conversion way;
-  way.source = &source;
-  way.big_endian = options.big_endian;
-  way.msb_aligned = options.msb_aligned;
-  way.check(source.step_x(), source.step_y());
-  refuse_same_file(options.input, options.output);
-  const Picture picture = decode_picture(read_whole(options.input), options.input);
-  const SimulatedFrame frame =
-      simulate_frame(picture, source, options.big_endian, options.msb_aligned);
-  write_whole(options.output, frame.bytes);
-  if (frame.width != picture.width || frame.height != picture.height)
-    std::fprintf(stderr, "note: %ux%u cropped to %ux%u: %s needs multiples of %u and %u\n",
-                 picture.width, picture.height, frame.width, frame.height, source.name.c_str(),
-                 source.step_x(), source.step_y());
-  std::fprintf(stderr, "%s frame: --from %s --size %ux%u, %s\n", source.name.c_str(),
-               source.name.c_str(), frame.width, frame.height,
-               bytes_text(frame.bytes.size()).c_str());
   return 0;
 }
 

@@ -1,15 +1,26 @@
 // SPDX-License-Identifier: MIT
-#include "simulate.h"
-
+// `lum simulate`: the frame that a camera would have delivered for a picture. It is cropped from
+// the top left to the sizes that the format has.
 #include <algorithm>
 #include <cmath>
+#include <cstdio>
 
+#include "byte_file.h"
+#include "commands.h"
+#include "conversion.h"
 #include "failure.h"
+#include "picture_file.h"
 
 namespace lum_tool {
 namespace {
 
 constexpr double kFull = 65535.0;
+
+struct SimulatedFrame {
+  uint32_t width = 0;
+  uint32_t height = 0;
+  Bytes bytes;
+};
 
 struct Rgb {
   double r, g, b;  // 0..kFull
@@ -127,8 +138,18 @@ void colour_pixel(const Scene& scene, uint32_t x, uint32_t y, const LumPixelInfo
   }
 }
 
-void pixels_at(const Scene& scene, uint32_t x, uint32_t y, const LumPixelInfo& pixel,
-               bool big_endian, bool msb_aligned, Bytes& out) {
+void packed_group(const Scene& scene, uint32_t x, uint32_t y, const Source& source, Bytes& out) {
+  uint32_t samples[4] = {};
+  for (uint32_t i = 0; i < source.step_x(); ++i)
+    samples[i] =
+        uint32_t{mono_or_bayer(scene, x + i, y, source.pixel)} >> (16 - source.pixel.bitsUsed);
+  pack_group(*source.packing, samples, out);
+}
+
+void pixels_at(const Scene& scene, uint32_t x, uint32_t y, const Source& source, bool big_endian,
+               bool msb_aligned, Bytes& out) {
+  if (source.packing) return packed_group(scene, x, y, source, out);
+  const LumPixelInfo& pixel = source.pixel;
   switch (pixel.pixelLayout) {
     case LumPixelLayoutMono:
     case LumPixelLayoutRaw: {
@@ -137,13 +158,6 @@ void pixels_at(const Scene& scene, uint32_t x, uint32_t y, const LumPixelInfo& p
         out.push_back(byte_of(value));
       else
         put_word(out, value, pixel.bitsUsed, big_endian, msb_aligned);
-      return;
-    }
-    case LumPixelLayoutMonoPacked:
-    case LumPixelLayoutRawPacked: {
-      const uint32_t a = mono_or_bayer(scene, x, y, pixel) >> 4;
-      const uint32_t b = mono_or_bayer(scene, x + 1, y, pixel) >> 4;
-      out.insert(out.end(), {uint8_t(a >> 4), uint8_t((a & 15) | (b & 15) << 4), uint8_t(b >> 4)});
       return;
     }
     case LumPixelLayoutYUV411:
@@ -156,21 +170,6 @@ void pixels_at(const Scene& scene, uint32_t x, uint32_t y, const LumPixelInfo& p
       return colour_pixel(scene, x, y, pixel, out);
   }
 }
-
-uint32_t group_width(uint32_t layout) {
-  switch (layout) {
-    case LumPixelLayoutYUV411:
-      return 4;
-    case LumPixelLayoutYUV422:
-    case LumPixelLayoutMonoPacked:
-    case LumPixelLayoutRawPacked:
-      return 2;
-    default:
-      return 1;
-  }
-}
-
-}  // namespace
 
 SimulatedFrame simulate_frame(const Picture& picture, const Source& source, bool big_endian,
                               bool msb_aligned) {
@@ -188,11 +187,36 @@ SimulatedFrame simulate_frame(const Picture& picture, const Source& source, bool
     cygm_frame(scene, frame);
     return frame;
   }
-  const uint32_t step = group_width(source.pixel.pixelLayout);
+  // Pixels that share bytes are made together, those of a plain mosaic one by one.
+  const uint32_t step = source.pixel.pixelLayout == LumPixelLayoutRaw ? 1 : source.step_x();
   for (uint32_t y = 0; y < frame.height; ++y)
     for (uint32_t x = 0; x < frame.width; x += step)
-      pixels_at(scene, x, y, source.pixel, big_endian, msb_aligned, frame.bytes);
+      pixels_at(scene, x, y, source, big_endian, msb_aligned, frame.bytes);
   return frame;
+}
+
+}  // namespace
+
+int simulate_command(const SimulateOptions& options) {
+  const Source& source = need_source(options.format);
+  Conversion way;
+  way.source = &source;
+  way.big_endian = options.big_endian;
+  way.msb_aligned = options.msb_aligned;
+  way.check(source.step_x(), source.step_y());
+  refuse_same_file(options.input, options.output);
+  const Picture picture = decode_picture(read_whole(options.input), options.input);
+  const SimulatedFrame frame =
+      simulate_frame(picture, source, options.big_endian, options.msb_aligned);
+  write_whole(options.output, frame.bytes);
+  if (frame.width != picture.width || frame.height != picture.height)
+    std::fprintf(stderr, "note: %ux%u cropped to %ux%u: %s needs multiples of %u and %u\n",
+                 picture.width, picture.height, frame.width, frame.height, source.name.c_str(),
+                 source.step_x(), source.step_y());
+  std::fprintf(stderr, "%s frame: --from %s --size %ux%u, %s\n", source.name.c_str(),
+               source.name.c_str(), frame.width, frame.height,
+               bytes_text(frame.bytes.size()).c_str());
+  return 0;
 }
 
 }  // namespace lum_tool
