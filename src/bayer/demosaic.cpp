@@ -11,9 +11,10 @@
 namespace lum {
 namespace {
 
+size_t pixel_bytes(const MosaicFrame& f) { return kSinks[static_cast<size_t>(f.sink)].pixel_bytes; }
+
 uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
-  const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
-  return f.dst + (size_t{y} * f.width + x) * pixel;
+  return f.dst + (size_t{y} * f.width + x) * pixel_bytes(f);
 }
 
 // Row y holds red and green, or blue and green; its own colour is at columns of this parity.
@@ -65,6 +66,11 @@ constexpr int kRowWords =
 constexpr ptrdiff_t kPlanePitch = round_up(kTile, 64) + 64;
 
 using WordRow = int16_t[kRowWords];
+
+// Tiles walk down, so that the next row of one is on another page, where no hardware prefetches it.
+void prefetch_row(const uint8_t* row, size_t bytes) {
+  for (size_t line = 0; line < bytes; line += 64) __builtin_prefetch(row + line);
+}
 
 // The last N rows of something, by row number; N is a power of two.
 template <int N>
@@ -125,6 +131,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   t.columns = n;
 
   for (int64_t y = 0; y < f.height; ++y) {
+    const int64_t next = y + kReach + 1;
+    if (next < f.height) prefetch_row(f.src + static_cast<size_t>(next) * f.width + x, n);
     add_samples(y + kReach);
     add_columns(y + 1);
     const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
@@ -143,6 +151,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
+    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f));
     const uint8_t* const planes = red ? t.planes[0] : t.planes[2];
     write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
   }

@@ -107,6 +107,10 @@ constexpr SinkTraits kSinks[kSinkCount] = {
     {"mono16_rec709", 2, 1}, {"bgr48", 6, 1},        {"rgb48", 6, 1},
 };
 
+// In bytes. Far enough ahead to cover the latency of memory, near enough to stay in the first-level
+// cache.
+constexpr ptrdiff_t kPrefetchDistance = 2048;
+
 // What a kernel needs to know beyond its rows; each source reads only what its comment names.
 struct RowArgs {
   // mosaics: 0 when column 0 of row a is red, 1 when column 1 is.
@@ -135,6 +139,8 @@ struct RowArgs {
   // columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
+  // From what a kernel writes to what it prefetches to be written next; in a tile, the next row.
+  ptrdiff_t write_ahead = kPrefetchDistance;
 };
 
 // Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two),

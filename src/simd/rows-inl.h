@@ -59,11 +59,11 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   constexpr size_t kAhead = Source::kEdge ? 1 : 0;
   size_t x = 0;
   for (; x + kLanes + kAhead <= n; x += kLanes) {
-    for (size_t line = 0; line < kIn; line += 64) {
+    for (size_t line = 0; line < kIn && !Source::kPadded; line += 64) {  // padded rows are cached
       prefetch_read(a + line);
       if (Source::kRows == 2) prefetch_read(b + line);
     }
-    for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line);
+    for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line, args.write_ahead);
     Sink::store_block(dst, source.block(a, b));
     a += kIn;
     if (Source::kRows == 2) b += kIn;

@@ -52,13 +52,18 @@ struct Mask {
 };
 LUM_INLINE Mask even_lanes(unsigned parity) { return {0x5555555555555555ull << (parity & 1)}; }
 
-// x = a in the chosen lanes and b in the others; y the other way round.
+// x = a in the chosen lanes and b in the others; y the other way round. g++ would load what comes
+// from memory twice, as an operand of either blend, and half of these loads cross a cache line.
 LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
+  a = in_register(a);
+  b = in_register(b);
   x = u8(_mm512_mask_blend_epi8(mask.bytes, m(b), m(a)));
   y = u8(_mm512_mask_blend_epi8(mask.bytes, m(a), m(b)));
 }
 LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
   const __mmask32 words = static_cast<__mmask32>(mask.bytes);
+  a = in_register(a);
+  b = in_register(b);
   x = u16(_mm512_mask_blend_epi16(words, m(b), m(a)));
   y = u16(_mm512_mask_blend_epi16(words, m(a), m(b)));
 }

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 // What all levels share: vector types of kLanes bytes, loads, stores, averages. A level's header
 // sets kLanes, includes this, and then adds the primitives that need instructions of its own.
+#include "simd/kernel_table.h"
+
 #ifndef LUM_INLINE
 #define LUM_INLINE inline __attribute__((always_inline))
 #endif
@@ -77,22 +79,23 @@ LUM_INLINE U16 splat_words(int v0, int v1) {
   return U16(U32{} + (static_cast<uint16_t>(v0) | uint32_t{static_cast<uint16_t>(v1)} << 16));
 }
 
+// A value that the compiler knows nothing about but that it is in a register.
+template <class V>
+LUM_INLINE V in_register(V v) {
+#if defined(__x86_64__)
+  if constexpr (kLanes >= 16) __asm__("" : "+v"(v));
+#endif
+  return v;
+}
+
 // A multiplier that the compiler cannot see through: g++ would turn a vector times a known constant
 // into a chain of shifts and adds, which is slower than the one multiplication.
-LUM_INLINE U16 multiplier(int v) {
-  U16 r = splat16(static_cast<unsigned>(v));
-#if defined(__x86_64__)
-  if constexpr (kLanes >= 16) __asm__("" : "+x"(r));
-#endif
-  return r;
-}
+LUM_INLINE U16 multiplier(int v) { return in_register(splat16(static_cast<unsigned>(v))); }
 LUM_INLINE I16 times(I16 v, int factor) { return I16(U16(v) * multiplier(factor)); }
 
-// Far enough ahead to cover the latency of memory, near enough to stay in the first-level cache.
-constexpr size_t kPrefetchDistance = 2048;
 LUM_INLINE void prefetch_read(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 0, 3); }
-LUM_INLINE void prefetch_write(const uint8_t* p) {
-  __builtin_prefetch(p + kPrefetchDistance, 1, 3);
+LUM_INLINE void prefetch_write(const uint8_t* p, ptrdiff_t ahead = kPrefetchDistance) {
+  __builtin_prefetch(p + ahead, 1, 3);
 }
 
 // A table of one byte for each lane, from a formula.
