@@ -4,9 +4,9 @@
 
 #include <gtest/gtest.h>
 
+#include "levels.h"
 #include "lum/lum.h"
 #include "reference.h"
-#include "simd/isa.h"
 #include "test_support.h"
 
 namespace lum::test {
@@ -130,14 +130,13 @@ TEST(Demosaic, EveryLevelWritesWhatTheReferenceWrites) {
               reference::demosaic(mode.mode, src.data(), static_cast<int>(size.width),
                                   static_cast<int>(size.height), pattern);
           for (uint32_t format = 0; format <= 6; ++format) {
-            for (unsigned level = 0; level < kLevelCount; ++level) {
-              const Kernels* table = kernels_of(static_cast<Level>(level));
-              if (table == nullptr) continue;
+            for (const TestedLevel& level : tested_levels()) {
+              if (level.kernels == nullptr) continue;
               expect_conversion(
-                  describe(mode.name, size, format, pattern) + " level " + kLevelNames[level], src,
+                  describe(mode.name, size, format, pattern) + " level " + level.name, src,
                   src.size() * reference::pixel_bytes(format),
                   [&](uint8_t* dst, const uint8_t* s) {
-                    convert_demosaic(*table,
+                    convert_demosaic(*level.kernels,
                                      {dst, s, static_cast<uint32_t>(size.width),
                                       static_cast<uint32_t>(size.height), red_phase(pattern),
                                       static_cast<Sink>(format)},

@@ -4,20 +4,19 @@
 #define LUM_TESTS_DIRECT_SUPPORT_H
 
 #include "convert/direct.h"
+#include "levels.h"
 #include "lum/lum.h"
 #include "reference.h"
-#include "simd/isa.h"
 #include "test_support.h"
 
 namespace lum::test {
 
-// Calls f(kernels, name) for each level that this processor has.
+// Calls f(kernels, name) for each level that can be tested here.
 template <class F>
 void at_every_level(const F& f) {
-  for (unsigned level = 0; level < kLevelCount; ++level) {
-    const Kernels* kernels = kernels_of(static_cast<Level>(level));
-    if (kernels == nullptr) continue;
-    f(*kernels, std::string(kLevelNames[level]));
+  for (const TestedLevel& level : tested_levels()) {
+    if (level.kernels == nullptr) continue;
+    f(*level.kernels, std::string(level.name));
     if (::testing::Test::HasFatalFailure()) return;
   }
 }

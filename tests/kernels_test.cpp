@@ -10,6 +10,7 @@
 #include <sstream>
 #include <tuple>
 
+#include "levels.h"
 #include "reference.h"
 #include "simd/isa.h"
 #include "simd/kernel_table.h"
@@ -20,6 +21,7 @@ namespace {
 
 using test::Arena;
 using test::Random;
+using test::TestedLevel;
 
 constexpr size_t kWidest = 2 * 64 + 40;  // twice the lanes of the widest level, and some
 constexpr size_t kLarge = 4098;
@@ -136,10 +138,10 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
   return out;
 }
 
-class KernelTest : public testing::TestWithParam<std::tuple<Level, size_t>> {
+class KernelTest : public testing::TestWithParam<std::tuple<TestedLevel, size_t>> {
  protected:
   void SetUp() override {
-    table_ = kernels_of(std::get<0>(GetParam()));
+    table_ = std::get<0>(GetParam()).kernels;
     if (table_ == nullptr) GTEST_SKIP() << "this processor or build has no such level";
   }
 
@@ -147,9 +149,7 @@ class KernelTest : public testing::TestWithParam<std::tuple<Level, size_t>> {
     return std::string(kSources[static_cast<size_t>(source())].name) + " to " +
            kSinks[static_cast<size_t>(sink)].name + ", level " + level_name();
   }
-  static const char* level_name() {
-    return kLevelNames[static_cast<size_t>(std::get<0>(GetParam()))];
-  }
+  static const char* level_name() { return std::get<0>(GetParam()).name; }
   Source source() const { return static_cast<Source>(std::get<1>(GetParam())); }
 
   const Kernels* table_ = nullptr;
@@ -265,19 +265,18 @@ TEST_P(KernelTest, WritesWhatTheReferenceWrites) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(
-    Levels, KernelTest,
-    testing::Combine(testing::Values(Level::base, Level::sse41, Level::avx2, Level::avx512),
-                     testing::Range<size_t>(0, kSourceCount)),
-    [](const testing::TestParamInfo<KernelTest::ParamType>& cell) {
-      return std::string(kLevelNames[static_cast<size_t>(std::get<0>(cell.param))]) + "_" +
-             kSources[std::get<1>(cell.param)].name;
-    });
+INSTANTIATE_TEST_SUITE_P(Levels, KernelTest,
+                         testing::Combine(testing::ValuesIn(test::tested_levels()),
+                                          testing::Range<size_t>(0, kSourceCount)),
+                         [](const testing::TestParamInfo<KernelTest::ParamType>& cell) {
+                           return std::string(std::get<0>(cell.param).name) + "_" +
+                                  kSources[std::get<1>(cell.param)].name;
+                         });
 
-class LevelTest : public testing::TestWithParam<Level> {
+class LevelTest : public testing::TestWithParam<TestedLevel> {
  protected:
   void SetUp() override {
-    table_ = kernels_of(GetParam());
+    table_ = GetParam().kernels;
     if (table_ == nullptr) GTEST_SKIP() << "this processor or build has no such level";
   }
   const Kernels* table_ = nullptr;
@@ -460,10 +459,9 @@ TEST_P(LevelTest, Mosaic16AtTheEdges) {
   }
 }
 
-INSTANTIATE_TEST_SUITE_P(Levels, LevelTest,
-                         testing::Values(Level::base, Level::sse41, Level::avx2, Level::avx512),
-                         [](const testing::TestParamInfo<Level>& level) {
-                           return kLevelNames[static_cast<size_t>(level.param)];
+INSTANTIATE_TEST_SUITE_P(Levels, LevelTest, testing::ValuesIn(test::tested_levels()),
+                         [](const testing::TestParamInfo<TestedLevel>& level) {
+                           return level.param.name;
                          });
 
 // Every grey word through every shift and byte order.
@@ -474,8 +472,7 @@ TEST(KernelProof, EveryMono16Word) {
     src[2 * i] = static_cast<uint8_t>(i);
     src[2 * i + 1] = static_cast<uint8_t>(i >> 8);
   }
-  for (unsigned level = 0; level < kLevelCount; ++level) {
-    const Kernels* table = kernels_of(static_cast<Level>(level));
+  for (const auto& [level, table] : test::tested_levels()) {
     if (table == nullptr) continue;
     for (const Source source : {Source::mono16, Source::mono16_tinted}) {
       for (const Sink sink : {Sink::mono8_rec601, Sink::mono8_rec709, Sink::mono16_rec601}) {
@@ -486,7 +483,7 @@ TEST(KernelProof, EveryMono16Word) {
           kernel(out.data(), src.data(), nullptr, kWords, args);
           const size_t bytes = kWords * kSinks[static_cast<size_t>(sink)].pixel_bytes;
           ASSERT_TRUE(std::equal(&out[0], &out[0] + bytes, &expected[0]))
-              << kLevelNames[level] << ' ' << kSources[static_cast<size_t>(source)].name << " to "
+              << level << ' ' << kSources[static_cast<size_t>(source)].name << " to "
               << kSinks[static_cast<size_t>(sink)].name << " shift " << args.shift;
         }
       }
