@@ -13,7 +13,7 @@ namespace lum {
 
 void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
   const RowKernel kernel = kernels.at(Source::mosaic8_binned, f.sink);
-  const size_t pixel = kSinks[static_cast<size_t>(f.sink)].pixel_bytes;
+  const size_t pixel = pixel_bytes(f.sink);
   using Strip = MirroredStrip<4, 2>;  // rows y - 1 .. y + 2
   Strip strip;
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {

@@ -11,10 +11,8 @@
 namespace lum {
 namespace {
 
-size_t pixel_bytes(const MosaicFrame& f) { return kSinks[static_cast<size_t>(f.sink)].pixel_bytes; }
-
 uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
-  return f.dst + (size_t{y} * f.width + x) * pixel_bytes(f);
+  return f.dst + (size_t{y} * f.width + x) * pixel_bytes(f.sink);
 }
 
 // Row y holds red and green, or blue and green; its own colour is at columns of this parity.
@@ -151,7 +149,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f));
+    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
     const uint8_t* const planes = red ? t.planes[0] : t.planes[2];
     write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
   }

@@ -3,10 +3,10 @@
 
 #include <string.h>
 
+#include "row_writer.h"
+
 namespace lum {
 namespace {
-
-size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
 
 // The last row has no row below it and repeats the one above, bytes that are never written
 // included.
@@ -33,15 +33,16 @@ Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
 }
 
 void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic, RowArgs args) {
-  const RowKernel kernel = kernels.at(mosaic, f.sink);
+  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
   args.column = f.red.column;
+  const size_t row_bytes = f.width * pixel_bytes(f.sink);
   const uint8_t* upper = f.src;
   uint8_t* dst = f.dst;
   for (uint32_t y = 0; y + 1 < f.height; ++y) {
     const uint8_t* const lower = upper + f.width;
     const bool red_above = red_in_row(f, y);
-    kernel(dst, red_above ? upper : lower, red_above ? lower : upper, f.width, args);
-    dst += f.width * pixel_bytes(f.sink);
+    write(dst, red_above ? upper : lower, red_above ? lower : upper, f.width, args);
+    dst += row_bytes;
     upper = lower;
   }
   copy_last_row(f);
@@ -51,7 +52,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
                             const Reduction& reduction, Source mosaic, RowArgs args) {
   const SourceTraits& in = kSources[static_cast<size_t>(reduction.source)];
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
-  const RowKernel kernel = kernels.at(mosaic, f.sink);
+  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
   args.column = f.red.column;
   const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;
   const size_t dst_row = f.width * pixel_bytes(f.sink);
@@ -72,7 +73,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
       uint8_t* const lower = reduced[(y + 1) & 1];
       reduce(lower, src, nullptr, n, reduction.args);
       const bool red_above = red_in_row(f, y);
-      kernel(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
+      write(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
       dst += dst_row;
     }
     x += n == left ? n : kStrip;

@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include "row_writer.h"
+
 namespace lum {
 
 void copy_block(uint8_t* dst, const uint8_t* src, size_t bytes) {
@@ -12,8 +14,11 @@ void copy_block(uint8_t* dst, const uint8_t* src, size_t bytes) {
 void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst,
                   const uint8_t* src, uint32_t count, const RowArgs& args) {
   if (count == 0) return;
-  if (const RowKernel kernel = kernels.at(source, sink)) {
+  const RowKernel kernel = kernels.at(source, sink);
+  if (kernel != nullptr && dst == src) {
     kernel(dst, src, nullptr, count, args);
+  } else if (kernel != nullptr) {
+    RowWriter(kernels, source, sink, frame_bytes(count, 1, sink))(dst, src, nullptr, count, args);
   } else {
     const SourceTraits& traits = kSources[static_cast<size_t>(source)];
     copy_block(dst, src, size_t{count} / traits.group_pixels * traits.group_bytes);
@@ -38,8 +43,7 @@ void mono16_little_endian_tinted(const Kernels& kernels, Sink sink, uint8_t* dst
   const uint32_t followed = count - 1;
   convert_flat(kernels, Source::mono16_tinted, sink, dst, src + 1, followed);
   const uint8_t last[2] = {src[size_t{followed} * 2 + 1], 0};
-  convert_flat(kernels, Source::mono16_tinted, sink,
-               dst + size_t{followed} * kSinks[static_cast<size_t>(sink)].pixel_bytes, last, 1);
+  convert_flat(kernels, Source::mono16_tinted, sink, dst + followed * pixel_bytes(sink), last, 1);
 }
 
 }  // namespace lum

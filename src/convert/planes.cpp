@@ -1,9 +1,12 @@
 // SPDX-License-Identifier: MIT
 // YUV of any encoding to BGR24, frames to I420, components to planes and back.
+#include <algorithm>
+
 #include "arguments.h"
 #include "convert/direct.h"
 #include "convert/flat.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -92,7 +95,20 @@ void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint
 
 void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const* planes,
                       uint32_t count, uint32_t channels, uint32_t sample_bytes) {
-  kernels.direct.join[sample_bytes - 1][channels - 2](dst, planes, count);
+  const auto join = kernels.direct.join[sample_bytes - 1][channels - 2];
+  const size_t pixel_bytes = size_t{channels} * sample_bytes;
+  const bool all =
+      std::all_of(planes, planes + channels, [](const uint8_t* plane) { return plane != nullptr; });
+  if (!all || !is_streamed(kernels, count * pixel_bytes)) {
+    join(dst, planes, count);
+    return;
+  }
+  stream_pixels(kernels, dst, count, pixel_bytes, [&](uint8_t* to, size_t x, size_t n) {
+    const uint8_t* from[kMaxChannels] = {};
+    for (uint32_t i = 0; i < channels; ++i) from[i] = planes[i] + x * sample_bytes;
+    join(to, from, n);
+  });
+  kernels.end_stream();
 }
 
 }  // namespace lum

@@ -34,7 +34,7 @@ LinePair lines_of_row(const uint8_t* src, uint32_t width, uint32_t height, uint3
 void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                   uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm, sink);
-  const size_t row_bytes = size_t{width} * kSinks[static_cast<size_t>(sink)].pixel_bytes;
+  const size_t row_bytes = width * pixel_bytes(sink);
   for (uint32_t y = 0; y + 1 < height; ++y) {
     const LinePair lines = lines_of_row(src, width, height, y);
     kernel(dst, lines.cyan_yellow, lines.green_magenta, width, lines.args);

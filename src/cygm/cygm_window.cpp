@@ -79,8 +79,6 @@ RowArgs neighbours(const Strip& strip, int64_t y) {
   return args;
 }
 
-size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
-
 uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height) {
   if (dst == nullptr) return bad_parameter(1);
   if (src == nullptr) return bad_parameter(2);

@@ -1,6 +1,10 @@
 // SPDX-License-Identifier: MIT
 #include "simd/isa.h"
 
+#if defined(__x86_64__)
+#include <cpuid.h>
+#endif
+
 namespace lum {
 
 extern const Kernels kernels_base;
@@ -64,6 +68,35 @@ uint32_t build_features() { return 0; }
 const Kernels* kernels_of(Level level) { return level == Level::base ? &kernels_base : nullptr; }
 
 #endif
+
+namespace {
+
+// Both makers describe one cache a sub-leaf in the same way, on leaves of their own.
+size_t largest_cache() {
+  size_t largest = 0;
+#if defined(__x86_64__)
+  constexpr unsigned kLeaves[] = {0x4, 0x8000001D};
+  for (const unsigned leaf : kLeaves) {
+    unsigned eax, ebx, ecx, edx;
+    for (unsigned i = 0; __get_cpuid_count(leaf, i, &eax, &ebx, &ecx, &edx) != 0; ++i) {
+      constexpr unsigned kTypeBits = 0x1F, kInstructions = 2;
+      if ((eax & kTypeBits) == 0) break;
+      if ((eax & kTypeBits) == kInstructions) continue;
+      const size_t line = (ebx & 0xFFF) + 1, partitions = ((ebx >> 12) & 0x3FF) + 1;
+      const size_t bytes = ((ebx >> 22) + size_t{1}) * partitions * line * (ecx + size_t{1});
+      if (bytes > largest) largest = bytes;
+    }
+  }
+#endif
+  return largest != 0 ? largest : SIZE_MAX;
+}
+
+}  // namespace
+
+size_t last_level_cache() {
+  static const size_t bytes = largest_cache();
+  return bytes;
+}
 
 const Kernels& kernels() {
   static const Kernels* const best = [] {

@@ -25,6 +25,10 @@ const Kernels* kernels_of(Level level);
 // The table of the best level that the processor has. Chosen on the first call, from any thread.
 const Kernels& kernels();
 
+// Bytes of the largest cache that the processor reports for one of its cores; the largest number
+// where it reports none. Read once.
+size_t last_level_cache();
+
 }  // namespace lum
 
 #endif

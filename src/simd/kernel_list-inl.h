@@ -161,6 +161,10 @@ constexpr Kernels make_kernels() {
   k.direct = make_direct_kernels();
 
   k.exchange = exchange;
+  if (kStreams) {
+    k.stream = stream;
+    k.end_stream = end_stream;
+  }
   return k;
 }
 

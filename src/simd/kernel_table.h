@@ -66,34 +66,35 @@ struct SourceTraits {
   unsigned group_bytes;   // ... and each row of n pixels has n / group_pixels * group_bytes bytes
   unsigned rows;          // 1: only a is read; 2: a and b
   unsigned min_pixels;    // least n
+  bool memory_bound;      // so little arithmetic that large frames wait for memory
 };
 constexpr SourceTraits kSources[kSourceCount] = {
-    {"mosaic8", 1, 1, 2, 2},
-    {"mosaic16", 1, 2, 2, 2},
-    {"mono8", 1, 1, 1, 1},
-    {"mono12_packed", 2, 3, 1, 2},
-    {"mono16_tinted", 1, 2, 1, 1},
-    {"mono16", 1, 2, 1, 1},
-    {"rgb24", 1, 3, 1, 1},
-    {"bgr24", 1, 3, 1, 1},
-    {"rgba32", 1, 4, 1, 1},
-    {"bgra32", 1, 4, 1, 1},
-    {"cygm", 1, 1, 2, 2},
-    {"mosaic8_corrected", 1, 1, 2, 2},
-    {"mosaic8_wrapped", 1, 1, 2, 2},
-    {"mosaic16_corrected", 1, 2, 2, 2},
-    {"yuv411", 4, 6, 1, 4},
-    {"yuv422", 2, 4, 1, 2},
-    {"yuv444", 1, 3, 1, 1},
-    {"planes8", 1, 1, 1, 1},
-    {"bilinear", 2, 2, 1, 2},
-    {"paired_chroma", 2, 2, 1, 2},
-    {"bgr24_corrected", 1, 3, 1, 1},
-    {"bgr48_corrected", 1, 6, 1, 1},
-    {"mosaic8_binned", 1, 2, 1, 1},
-    {"cygm_3x3", 2, 2, 1, 2},
-    {"cygm_3x3_luma", 2, 2, 1, 2},
-    {"cygm_binned", 1, 2, 1, 1},
+    {"mosaic8", 1, 1, 2, 2, true},
+    {"mosaic16", 1, 2, 2, 2, true},
+    {"mono8", 1, 1, 1, 1, true},
+    {"mono12_packed", 2, 3, 1, 2, true},
+    {"mono16_tinted", 1, 2, 1, 1, true},
+    {"mono16", 1, 2, 1, 1, true},
+    {"rgb24", 1, 3, 1, 1, true},
+    {"bgr24", 1, 3, 1, 1, true},
+    {"rgba32", 1, 4, 1, 1, true},
+    {"bgra32", 1, 4, 1, 1, true},
+    {"cygm", 1, 1, 2, 2, false},
+    {"mosaic8_corrected", 1, 1, 2, 2, false},
+    {"mosaic8_wrapped", 1, 1, 2, 2, false},
+    {"mosaic16_corrected", 1, 2, 2, 2, false},
+    {"yuv411", 4, 6, 1, 4, false},
+    {"yuv422", 2, 4, 1, 2, false},
+    {"yuv444", 1, 3, 1, 1, false},
+    {"planes8", 1, 1, 1, 1, false},
+    {"bilinear", 2, 2, 1, 2, false},
+    {"paired_chroma", 2, 2, 1, 2, false},
+    {"bgr24_corrected", 1, 3, 1, 1, false},
+    {"bgr48_corrected", 1, 6, 1, 1, false},
+    {"mosaic8_binned", 1, 2, 1, 1, false},
+    {"cygm_3x3", 2, 2, 1, 2, false},
+    {"cygm_3x3_luma", 2, 2, 1, 2, false},
+    {"cygm_binned", 1, 2, 1, 1, false},
 };
 
 struct SinkTraits {
@@ -106,6 +107,11 @@ constexpr SinkTraits kSinks[kSinkCount] = {
     {"rgba32", 4, 1},        {"mono8_rec709", 1, 1}, {"uyvy", 2, 2},   {"mono16_rec601", 2, 1},
     {"mono16_rec709", 2, 1}, {"bgr48", 6, 1},        {"rgb48", 6, 1},
 };
+
+constexpr size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
+constexpr size_t frame_bytes(size_t width, size_t height, Sink sink) {
+  return width * height * pixel_bytes(sink);
+}
 
 // In bytes. Far enough ahead to cover the latency of memory, near enough to stay in the first-level
 // cache.
@@ -192,6 +198,12 @@ struct DemosaicKernels {
 struct Kernels {
   RowKernel row[kSourceCount][kSinkCount];  // null where the conversion does not exist or is a copy
   void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes);  // swaps two disjoint byte ranges
+  // Copies past the cache, in whole lines but for the ends; what was streamed is visible to other
+  // processors after end_stream(). Null where there is no such store.
+  void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
+  void (*end_stream)();
+  // Outputs of more bytes are streamed; 0: of more than the last-level cache has.
+  size_t stream_above;
 
   DemosaicKernels demosaic;
   DirectKernels direct;

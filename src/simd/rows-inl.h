@@ -88,6 +88,22 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   convert_last<Source, Sink>(source, dst - back * Sink::kPixelBytes, a, b);
 }
 
+inline void stream(uint8_t* dst, const uint8_t* src, size_t bytes) {
+  constexpr size_t kLine = 64;
+  const size_t misaligned = reinterpret_cast<uintptr_t>(dst) % kLine;
+  const size_t head = misaligned == 0 ? 0 : kLine - misaligned;
+  if (head >= bytes) {
+    memcpy(dst, src, bytes);
+    return;
+  }
+  memcpy(dst, src, head);
+  size_t i = head;
+  for (; i + kLine <= bytes; i += kLine) {
+    for (size_t j = 0; j < kLine; j += kLanes) stream_vector(dst + i + j, load<U8>(src + i + j));
+  }
+  memcpy(dst + i, src + i, bytes - i);
+}
+
 inline void exchange(uint8_t* a, uint8_t* b, size_t bytes) {
   size_t i = 0;
   for (; i + kLanes <= bytes; i += kLanes) {

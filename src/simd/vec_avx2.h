@@ -72,6 +72,7 @@ LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
 LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm256_avg_epu8(m(a), m(b))); }
 LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm256_avg_epu16(m(a), m(b))); }
 LUM_INLINE I16 absolute(I16 a) { return i16(_mm256_abs_epi16(m(a))); }
+LUM_INLINE U16 lesser(U16 a, U16 b) { return u16(_mm256_min_epu16(m(a), m(b))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm256_min_epi16(m(a), m(b))); }
 LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm256_max_epi16(m(a), m(b))); }
 // sum + 1, or sum - 1, in the lanes where a > b.
@@ -342,6 +343,13 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm256_shuffle_epi8(m(v), m
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }
+
+// To an aligned address, past the cache.
+constexpr bool kStreams = true;
+LUM_INLINE void stream_vector(uint8_t* p, U8 v) {
+  _mm256_stream_si256(reinterpret_cast<__m256i*>(p), m(v));
+}
+inline void end_stream() { _mm_sfence(); }
 
 }  // namespace
 }  // namespace LUM_LEVEL

@@ -71,6 +71,7 @@ LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
 LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm512_avg_epu8(m(a), m(b))); }
 LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm512_avg_epu16(m(a), m(b))); }
 LUM_INLINE I16 absolute(I16 a) { return i16(_mm512_abs_epi16(m(a))); }
+LUM_INLINE U16 lesser(U16 a, U16 b) { return u16(_mm512_min_epu16(m(a), m(b))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm512_min_epi16(m(a), m(b))); }
 LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm512_max_epi16(m(a), m(b))); }
 // sum + 1, or sum - 1, in the lanes where a > b.
@@ -360,6 +361,13 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return u8(_mm512_shuffle_epi8(m(v), m(load<U8>(kSwap02.v)))); }
+
+// To an aligned address, past the cache.
+constexpr bool kStreams = true;
+LUM_INLINE void stream_vector(uint8_t* p, U8 v) {
+  _mm512_stream_si512(reinterpret_cast<__m512i*>(p), m(v));
+}
+inline void end_stream() { _mm_sfence(); }
 
 }  // namespace
 }  // namespace LUM_LEVEL

@@ -53,6 +53,9 @@ LUM_INLINE U16 avg_up(U16 a, U16 b) {
 LUM_INLINE I16 absolute(I16 a) {
   return lanes<I16>([&](int i) { return a[i] < 0 ? -a[i] : a[i]; });
 }
+LUM_INLINE U16 lesser(U16 a, U16 b) {
+  return lanes<U16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
+}
 LUM_INLINE I16 lesser(I16 a, I16 b) {
   return lanes<I16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
 }
@@ -262,6 +265,11 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });
 }
+
+// There is no store past the cache.
+constexpr bool kStreams = false;
+LUM_INLINE void stream_vector(uint8_t* p, U8 v) { store(p, v); }
+inline void end_stream() {}
 
 }  // namespace
 }  // namespace LUM_LEVEL

@@ -39,6 +39,8 @@ inline void _mm512_mask_storeu_epi8(void* p, __mmask64 mask, __m512i a) {
   }
 }
 
+inline void _mm512_stream_si512(void* p, __m512i a) { simde_mm512_store_si512(p, a); }
+
 inline __mmask32 _mm512_cmpgt_epi16_mask(__m512i a, __m512i b) {
   const EmulatedWords x = reinterpret_cast<EmulatedWords>(a),
                       y = reinterpret_cast<EmulatedWords>(b);
