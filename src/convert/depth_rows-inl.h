@@ -106,10 +106,7 @@ struct SaturatedWords : Mono16Words {
   }
 
  private:
-  LUM_INLINE U16 limited(U16 v) const {
-    const U16 shifted = shift_right(v, shift);
-    return (shifted | U16(shifted > 255)) & 255;
-  }
+  LUM_INLINE U16 limited(U16 v) const { return lesser(shift_right(v, shift), splat16(255)); }
 };
 
 }  // namespace

@@ -67,8 +67,8 @@ template <class V, int channels>
 void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
   constexpr size_t kStep = kLanes / kSample;
-  V c[channels];
   if (n < kStep) {
+    V c[channels];
     uint8_t in[kStep * kPixel] = {};
     memcpy(in, src, n * kPixel);
     apart(in, c);
@@ -81,6 +81,7 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
     for (size_t line = 0; line < kLanes * channels; line += 64) {
       prefetch_read(src + x * kPixel + line);
     }
+    V c[channels];
     apart(src + x * kPixel, c);
     for (int i = 0; i < channels; ++i) {
       if (planes[i] != nullptr) store(planes[i] + x * kSample, c[i]);
@@ -89,14 +90,28 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
 }
 
 // Components without a plane are stored as they were read from dst.
+template <class V, int channels, bool all>
+LUM_INLINE void join_blocks(uint8_t* dst, const uint8_t* const* planes, size_t n) {
+  constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
+  over_row(n, kLanes / kSample, [&](size_t x) {
+    uint8_t* const p = dst + x * kPixel;
+    for (size_t line = 0; line < kLanes * channels; line += 64) prefetch_write(p + line);
+    V c[channels];
+    if constexpr (!all) apart(p, c);
+    for (int i = 0; i < channels; ++i) {
+      if (all || planes[i] != nullptr) c[i] = load<V>(planes[i] + x * kSample);
+    }
+    together(p, c);
+  });
+}
 template <class V, int channels>
 void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
   constexpr size_t kStep = kLanes / kSample;
-  bool keep = false;
-  for (int i = 0; i < channels; ++i) keep = keep || planes[i] == nullptr;
-  V c[channels];
+  bool all = true;
+  for (int i = 0; i < channels; ++i) all = all && planes[i] != nullptr;
   if (n < kStep) {
+    V c[channels];
     uint8_t out[kStep * kPixel] = {};
     memcpy(out, dst, n * kPixel);
     apart(out, c);
@@ -107,15 +122,11 @@ void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
     memcpy(dst, out, n * kPixel);
     return;
   }
-  over_row(n, kStep, [&](size_t x) {
-    uint8_t* const p = dst + x * kPixel;
-    for (size_t line = 0; line < kLanes * channels; line += 64) prefetch_write(p + line);
-    if (keep) apart(p, c);
-    for (int i = 0; i < channels; ++i) {
-      if (planes[i] != nullptr) c[i] = load<V>(planes[i] + x * kSample);
-    }
-    together(p, c);
-  });
+  if (all) {
+    join_blocks<V, channels, true>(dst, planes, n);
+  } else {
+    join_blocks<V, channels, false>(dst, planes, n);
+  }
 }
 
 // ---- 4:2:0. A source gives kLanes pixels of a row as it has them, and of two such blocks the
@@ -130,9 +141,16 @@ struct YuvBlock {
   U8 y, u, v;
 };
 
-LUM_INLINE U8 luma_of(const GrayBlock& p) { return studio_luma({p.y, p.y, p.y}); }
+// The factors of a grey pixel's three colours added up.
+LUM_INLINE U8 luma_of(const GrayBlock& p) {
+  const U16 factor = multiplier(66 + 129 + 25);
+  constexpr uint16_t kAdded = 128 + 16 * 256;
+  const U16 even = (U16(p.y) & 255) * factor + kAdded, odd = (U16(p.y) >> 8) * factor + kAdded;
+  return U8((even >> 8) | (odd & 0xFF00));
+}
 LUM_INLINE U8 luma_of(const Rgb8& p) { return studio_luma(p); }
 LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
+LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
 
 struct GrayTo420 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
@@ -185,16 +203,18 @@ struct Rgba32To420 : RgbTo420 {
   }
 };
 
-// The pixels of a pair have the same U and V.
+// As U Y V Y; the chroma of two rows is averaged as it lies there.
 template <class Layout>
 struct YuvTo420 {
   static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
-  static LUM_INLINE YuvBlock block(const uint8_t* p) {
-    const YuvWords lo = Layout::words(p), hi = Layout::words(p + Layout::kHalf);
-    return {narrow(lo.y, hi.y), narrow(lo.u, hi.u), narrow(lo.v, hi.v)};
+  static LUM_INLINE Wide block(const uint8_t* p) {
+    return {Layout::uyvy(p), Layout::uyvy(p + Layout::kHalf)};
   }
-  static LUM_INLINE Chroma chroma(const YuvBlock& upper, const YuvBlock& lower) {
-    return {U16(avg_up(upper.u, lower.u)) & 255, U16(avg_up(upper.v, lower.v)) & 255};
+  static LUM_INLINE Chroma chroma(const Wide& upper, const Wide& lower) {
+    const U16 lo = U16(avg_up(U8(upper.lo), U8(lower.lo))) & 255;
+    const U16 hi = U16(avg_up(U8(upper.hi), U8(lower.hi))) & 255;
+    const U16 uv = U16(narrow(I16(lo), I16(hi)));
+    return {uv & 255, uv >> 8};
   }
 };
 struct Yuv444To420 {

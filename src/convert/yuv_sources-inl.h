@@ -16,9 +16,6 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-struct YuvWords {
-  I16 y, u, v;  // u and v offset by 128, as stored
-};
 struct RgbWords {
   I16 r, g, b;  // not limited yet
 };
@@ -92,21 +89,14 @@ struct StudioRange {
   int32_t red, green_u, green_v, blue;
 };
 
-// A layout's pair_chroma() has a word of U and V for each pair of a block: even words for the first
-// half of the block, odd words for the second, so that words_twice() gives them in memory order.
+// A layout gives half a block as U Y V Y ..., or its luma alone; its pair_chroma() has a word of U
+// and V for each pair of a block: even words for the first half of the block, odd words for the
+// second, so that words_twice() gives them in memory order.
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
   struct Y {
     static constexpr int low(int i) { return i / 4 * 6 + 1 + i % 4 + i % 4 / 2; }
-    static constexpr int high(int) { return -1; }
-  };
-  struct U {
-    static constexpr int low(int i) { return i / 4 * 6; }
-    static constexpr int high(int) { return -1; }
-  };
-  struct V {
-    static constexpr int low(int i) { return i / 4 * 6 + 3; }
     static constexpr int high(int) { return -1; }
   };
   // U and V of a pair in one word, which is the pair's first or its second.
@@ -122,11 +112,8 @@ struct Yuv411Layout {
   };
   static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
   static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
-  static LUM_INLINE YuvWords words(const uint8_t* p) {
-    return {I16(load_words_of_3(p, Y{})), I16(load_words_of_3(p, U{})),
-            I16(load_words_of_3(p, V{}))};
-  }
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
+  static LUM_INLINE U16 uyvy(const uint8_t* p) { return load_words_of_3(p, ChromaY{}); }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
     return U8(load_words_of_3(p, PairChroma<0>{}) | load_words_of_3(p + kHalf, PairChroma<1>{}));
   }
@@ -136,13 +123,8 @@ struct Yuv411Layout {
 struct Yuv422Layout {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 4;
   static constexpr int kHalf = kLanes;
-  static LUM_INLINE YuvWords words(const uint8_t* p) {
-    const U16 v = load<U16>(p);
-    const U32 group = U32(v);
-    const U32 u = group & 255, second = (group >> 16) & 255;
-    return {I16(v >> 8), I16(u | u << 16), I16(second | second << 16)};
-  }
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
+  static LUM_INLINE U16 uyvy(const uint8_t* p) { return load<U16>(p); }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
     return pick_bytes(load<U8>(p), load<U8>(kPairChroma<0>.v)) |
            pick_bytes(load<U8>(p + kHalf), load<U8>(kPairChroma<1>.v));
@@ -193,8 +175,7 @@ struct Yuv411To422 {
   static constexpr bool kEdge = false, kPadded = false;
   explicit Yuv411To422(const RowArgs&) {}
   LUM_INLINE Wide block(const uint8_t* a, const uint8_t*) const {
-    return {load_words_of_3(a, Yuv411Layout::ChromaY{}),
-            load_words_of_3(a + Yuv411Layout::kHalf, Yuv411Layout::ChromaY{})};
+    return {Yuv411Layout::uyvy(a), Yuv411Layout::uyvy(a + Yuv411Layout::kHalf)};
   }
 };
 
