@@ -3,6 +3,7 @@
 
 #include <benchmark/benchmark.h>
 #include <stdlib.h>
+#include <string.h>
 #include <time.h>
 
 #include <algorithm>
@@ -26,19 +27,27 @@ constexpr double kShortestSample = 30e-6;
 // meet the same disturbances.
 constexpr double kTurn = 200e-6;
 constexpr int kMostSamplesInTurn = 16;
-// Loops that are this much slower than the fastest after a few rounds are out of the race.
+// Loops that are this much slower than the fastest after a few rounds are out of the race, and so
+// are peers that are this much slower than the fastest level.
 constexpr int kTrialRounds = 5;
-constexpr double kHopeless = 1.25;
+constexpr double kHopelessLoop = 1.25, kHopelessPeer = 2;
+// A peer that is this much slower than the fastest level, with calls this long, does not start.
+constexpr double kTooSlow = 6, kLongCall = 20e-3;
+// Contenders with long calls rest after this time and the trial rounds.
+constexpr double kEnough = 0.5;
 constexpr int kLeastRounds = 12;
 // The minima stand still when the last third of the rounds lowered none of them by more.
 constexpr double kStill = 0.005;
 // Rounds end when this many times the wanted time has passed, whether they stand still or not.
 constexpr double kPatience = 4;
 
+enum class Kind { level, loop, peer };
+
 struct Contender {
-  std::function<void(uint8_t* dst, uint8_t* src)> call;
+  Conversion call;
   std::string name;
-  bool is_loop;
+  Kind kind;
+  bool racing = true;
   int calls_in_sample = 1;
   unsigned next_pair = 0;
   double seconds = 0;
@@ -52,23 +61,33 @@ class Race {
  public:
   Race(const Buffers& buffers, bool in_place) : buffers_(buffers), in_place_(in_place) {}
 
+  // Levels before peers.
   void add(Contender contender) {
-    // Twice: the first call may meet code and data that no cache has.
-    sample(contender, 1);
-    const double once = sample(contender, 1);
-    contender.calls_in_sample =
-        std::max(1, static_cast<int>(kShortestSample / std::max(once, 1e-8)));
+    double once = sample(contender, 1);
+    if (contender.kind == Kind::peer && once > kLongCall && once > kTooSlow * fastest_level_) {
+      contender.samples = {once};
+      contender.minima = {once};
+      contender.racing = false;
+    } else {
+      // Again: the first call may have met code and data that no cache had.
+      once = sample(contender, 1);
+      contender.calls_in_sample =
+          std::max(1, static_cast<int>(kShortestSample / std::max(once, 1e-8)));
+    }
+    if (contender.kind == Kind::level) fastest_level_ = std::min(fastest_level_, once);
     contenders_.push_back(std::move(contender));
   }
 
   void run(double min_seconds) {
     for (int round = 0;; ++round) {
-      for (Contender& c : contenders_) turn(c);
-      if (round == kTrialRounds) drop_hopeless();
-      if (round + 1 < kLeastRounds) continue;
       double least = 1e9;
-      for (const Contender& c : contenders_) least = std::min(least, c.seconds);
-      if (least < min_seconds) continue;
+      for (Contender& c : contenders_) {
+        if (!c.racing) continue;
+        if (round <= kTrialRounds || c.seconds < kEnough) turn(c);
+        least = std::min(least, c.seconds);
+      }
+      if (round == kTrialRounds) drop_hopeless();
+      if (round + 1 < kLeastRounds || least < min_seconds) continue;
       if (still() || least > kPatience * min_seconds) return;
     }
   }
@@ -90,8 +109,9 @@ class Race {
   }
 
   void turn(Contender& c) {
-    // One call that does not count: the contender before may have written past the caches.
-    if (buffers_.pairs() == 1) sample(c, 1);
+    // One call that does not count: the contender before may have written past the caches. Long
+    // calls show little of that.
+    if (buffers_.pairs() == 1 && c.minimum() < kLongCall) sample(c, 1);
     double spent = 0, least = c.minimum();
     for (int i = 0; i < kMostSamplesInTurn && spent < kTurn; ++i) {
       const double seconds = sample(c, c.calls_in_sample);
@@ -103,26 +123,31 @@ class Race {
     c.minima.push_back(least);
   }
 
-  void drop_hopeless() {
+  double best(Kind kind) const {
     double best = 1e9;
     for (const Contender& c : contenders_) {
-      if (c.is_loop) best = std::min(best, c.minimum());
+      if (c.kind == kind) best = std::min(best, c.minimum());
     }
-    const auto hopeless = [&](const Contender& c) {
-      return c.is_loop && c.minimum() > kHopeless * best;
-    };
-    contenders_.erase(std::remove_if(contenders_.begin(), contenders_.end(), hopeless),
-                      contenders_.end());
+    return best;
+  }
+
+  void drop_hopeless() {
+    const double loop = kHopelessLoop * best(Kind::loop), peer = kHopelessPeer * best(Kind::level);
+    for (Contender& c : contenders_) {
+      if (c.kind == Kind::loop && c.minimum() > loop) c.racing = false;
+      if (c.kind == Kind::peer && c.minimum() > peer) c.racing = false;
+    }
   }
 
   bool still() const {
     return std::all_of(contenders_.begin(), contenders_.end(), [](const Contender& c) {
-      return c.minima.back() > (1 - kStill) * c.minima[c.minima.size() * 2 / 3];
+      return !c.racing || c.minima.back() > (1 - kStill) * c.minima[c.minima.size() * 2 / 3];
     });
   }
 
   const Buffers& buffers_;
   bool in_place_;
+  double fastest_level_ = 1e9;
   std::vector<Contender> contenders_;
 };
 
@@ -137,13 +162,20 @@ Times times_of(const Contender& c) {
 void Buffers::Free::operator()(uint8_t* p) const { free(p); }
 
 Buffers::Bytes Buffers::allocate(size_t bytes) {
-  constexpr size_t kPage = 4096;
+  constexpr size_t kPage = 4096, kBlock = (1 << 20) - 64;  // no power of 2: rows differ
   auto* const p = static_cast<uint8_t*>(aligned_alloc(kPage, (bytes + kPage - 1) / kPage * kPage));
   if (p == nullptr) throw std::bad_alloc();
   // Bytes of the middle of the range, so that clamps seldom act; and the pages get faulted in.
-  std::mt19937 random(1);
-  std::uniform_int_distribution<unsigned> middle(48, 208);
-  for (size_t i = 0; i < bytes; ++i) p[i] = static_cast<uint8_t>(middle(random));
+  static const std::vector<uint8_t> block = [] {
+    std::mt19937 random(1);
+    std::uniform_int_distribution<unsigned> middle(48, 208);
+    std::vector<uint8_t> made(kBlock);
+    for (uint8_t& byte : made) byte = static_cast<uint8_t>(middle(random));
+    return made;
+  }();
+  for (size_t i = 0; i < bytes; i += kBlock) {
+    memcpy(p + i, block.data(), std::min(kBlock, bytes - i));
+  }
   return Bytes(p);
 }
 
@@ -155,7 +187,8 @@ Buffers::Buffers(FrameSize size, unsigned pairs) {
 }
 
 RowResult measure(const Row& row, FrameSize size, const std::vector<Level>& levels,
-                  const Buffers& buffers, const MeasureOptions& options) {
+                  const std::vector<const Peer*>& peers, const Buffers& buffers,
+                  const MeasureOptions& options) {
   const Traffic traffic = row.traffic(size.width, size.height);
   Race race(buffers, row.in_place);
   for (const Level level : levels) {
@@ -163,19 +196,26 @@ RowResult measure(const Row& row, FrameSize size, const std::vector<Level>& leve
     race.add({[&row, kernels, size](uint8_t* dst, uint8_t* src) {
                 row.run(*kernels, {dst, src, size.width, size.height});
               },
-              kLevelNames[static_cast<unsigned>(level)], false});
+              kLevelNames[static_cast<unsigned>(level)], Kind::level});
   }
-  for (const Loop& loop : roofline_loops(traffic)) {
-    race.add({[run = loop.run, &traffic](uint8_t* dst, uint8_t* src) { run(dst, src, traffic); },
-              loop.name, true});
+  if (options.loops) {
+    for (const Loop& loop : roofline_loops(traffic)) {
+      race.add({[run = loop.run, &traffic](uint8_t* dst, uint8_t* src) { run(dst, src, traffic); },
+                loop.name, Kind::loop});
+    }
+  }
+  for (const Peer* const peer : peers) {
+    race.add({peer->prepare(size.width, size.height), peer->name(), Kind::peer});
   }
   race.run(options.min_seconds);
 
-  RowResult result = {row.name, size, traffic.read + traffic.written, {}, {1e9, 1e9}, {}};
+  RowResult result = {row.name, size, traffic.read + traffic.written, {}, {1e9, 1e9}, {}, {}};
   for (const Contender& c : race.contenders()) {
     const Times times = times_of(c);
-    if (!c.is_loop) {
+    if (c.kind == Kind::level) {
       result.levels.push_back(times);
+    } else if (c.kind == Kind::peer) {
+      result.peers.push_back({peers[result.peers.size()], times});
     } else {
       if (times.minimum < result.roofline.minimum) result.loop = c.name;
       // Each the best of all loops, whichever that is.

@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// One row at one frame size: levels and loops timed in turn.
+// One row at one frame size: levels, loops and peers timed in turn.
 #ifndef LUM_BENCH_MEASURE_H
 #define LUM_BENCH_MEASURE_H
 
@@ -9,6 +9,7 @@
 #include <string>
 #include <vector>
 
+#include "peers/peers.h"
 #include "rows.h"
 
 namespace lum::bench {
@@ -21,6 +22,7 @@ struct FrameSize {
 struct MeasureOptions {
   double min_seconds = 0.05;
   unsigned rotate = 1;
+  bool loops = true;
 };
 
 // Pairs of buffers, large enough for every row, on pages that are in memory.
@@ -50,6 +52,11 @@ struct Times {
   double minimum, median;
 };
 
+struct PeerResult {
+  const Peer* peer;
+  Times times;
+};
+
 struct RowResult {
   std::string name;
   FrameSize size;
@@ -57,6 +64,7 @@ struct RowResult {
   std::vector<Times> levels;
   Times roofline;    // the best of all loops
   std::string loop;  // the one with the least minimum
+  std::vector<PeerResult> peers;
 
   double nanoseconds_per_pixel(double seconds) const {
     return seconds * 1e9 / static_cast<double>(size.pixels());
@@ -67,7 +75,8 @@ struct RowResult {
 };
 
 RowResult measure(const Row& row, FrameSize size, const std::vector<Level>& levels,
-                  const Buffers& buffers, const MeasureOptions& options);
+                  const std::vector<const Peer*>& peers, const Buffers& buffers,
+                  const MeasureOptions& options);
 
 }  // namespace lum::bench
 

@@ -4,6 +4,7 @@
 #include <benchmark/benchmark.h>
 #include <time.h>
 
+#include <algorithm>
 #include <fstream>
 #include <nlohmann/json.hpp>
 #include <sstream>
@@ -20,27 +21,16 @@ std::string text_of(FrameSize size) {
   return std::to_string(size.width) + "x" + std::to_string(size.height);
 }
 
-std::string number(double value, int decimals) {
-  char text[32];
-  snprintf(text, sizeof text, "%.*f", decimals, value);
-  return text;
-}
-
-// What the operating system calls the processor; empty where it does not say.
+// The line of /proc/cpuinfo that names the processor; empty where there is none.
 std::string processor() {
   std::ifstream info("/proc/cpuinfo");
-  std::string name, numbers;
   for (std::string line; std::getline(info, line) && !line.empty();) {
     const size_t colon = line.find(": ");
-    if (colon == std::string::npos) continue;
-    const std::string key = line.substr(0, line.find_last_not_of("\t ", colon - 1) + 1);
-    const std::string value = line.substr(colon + 2);
-    if (key == "model name") name = value;
-    if (key == "cpu family" || key == "model" || key == "stepping") {
-      numbers += (numbers.empty() ? "" : ", ") + key + " " + value;
+    if (line.compare(0, 10, "model name") == 0 && colon != std::string::npos) {
+      return line.substr(colon + 2);
     }
   }
-  return numbers.empty() ? name : name + " (" + numbers + ")";
+  return {};
 }
 
 std::string caches() {
@@ -86,28 +76,12 @@ void write_file(const std::string& path, const std::string& text) {
   if (!file) throw std::runtime_error("cannot write " + path);
 }
 
-void add_markdown_table(std::ostringstream& out, const Report& report, FrameSize size) {
-  out << "\n### " << text_of(size) << "\n\n| Row |";
-  for (const Level level : report.levels) out << " " << name_of(level) << " |";
-  out << " loop |";
-  for (const Level level : report.levels) out << " " << name_of(level) << " / loop |";
-  out << " GB/s | fastest loop |\n|---|";
-  for (size_t i = 0; i < 2 * report.levels.size() + 2; ++i) out << "---:|";
-  out << "---|\n";
-  for (const RowResult& row : report.rows) {
-    if (row.size.width != size.width || row.size.height != size.height) continue;
-    out << "| " << row.name << " |";
-    for (const Times& t : row.levels) {
-      out << " " << number(row.nanoseconds_per_pixel(t.minimum), 4) << " |";
-    }
-    out << " " << number(row.nanoseconds_per_pixel(row.roofline.minimum), 4) << " |";
-    for (const Times& t : row.levels) {
-      out << " " << number(t.minimum / row.roofline.minimum, 2) << " ("
-          << number(t.median / row.roofline.median, 2) << ") |";
-    }
-    const double last = row.levels.empty() ? row.roofline.minimum : row.levels.back().minimum;
-    out << " " << number(row.gigabytes_per_second(last), 1) << " | " << row.loop << " |\n";
-  }
+const PeerResult* best_peer(const RowResult& row) {
+  const auto faster = [](const PeerResult& a, const PeerResult& b) {
+    return a.times.minimum < b.times.minimum;
+  };
+  const auto best = std::min_element(row.peers.begin(), row.peers.end(), faster);
+  return best == row.peers.end() ? nullptr : &*best;
 }
 
 }  // namespace
@@ -117,7 +91,7 @@ void print_heading(const std::vector<Level>& levels, FrameSize size) {
          text_of(size).c_str());
   printf("%-34s", "");
   for (const Level level : levels) printf(" %-21s", name_of(level));
-  printf(" loop\n");
+  printf(" %-26s last level / best peer\n", "loop");
 }
 
 void print_row(const RowResult& row) {
@@ -126,7 +100,21 @@ void print_row(const RowResult& row) {
     printf(" %7.4f (%5.2f %5.2f)", row.nanoseconds_per_pixel(t.minimum),
            t.minimum / row.roofline.minimum, t.median / row.roofline.median);
   }
-  printf(" %7.4f %s\n", row.nanoseconds_per_pixel(row.roofline.minimum), row.loop.c_str());
+  printf(" %7.4f %-18s", row.nanoseconds_per_pixel(row.roofline.minimum), row.loop.c_str());
+  if (const PeerResult* const best = best_peer(row)) {
+    const double ratio = row.levels.empty() ? 0 : row.levels.back().minimum / best->times.minimum;
+    printf(" %5.2f %s%s", ratio, best->peer->name().c_str(), best->peer->exact ? "" : " (nearest)");
+  }
+  printf("\n");
+  fflush(stdout);
+}
+
+void print_threads(const std::vector<ThreadsResult>& results) {
+  for (const ThreadsResult& r : results) {
+    printf("%-34s %-10s %u threads %8.1f Mpixel/s (median %8.1f) %s\n", r.row.c_str(),
+           text_of(r.size).c_str(), r.threads, r.pixels_per_second * 1e-6, r.median * 1e-6,
+           r.contender.c_str());
+  }
   fflush(stdout);
 }
 
@@ -143,6 +131,10 @@ void write_csv(const Report& report, const std::string& path) {
     };
     for (size_t i = 0; i < row.levels.size(); ++i) line(name_of(report.levels[i]), row.levels[i]);
     line("loop: " + row.loop, row.roofline);
+    for (const PeerResult& p : row.peers) {
+      line("\"" + std::string(p.peer->exact ? "exact: " : "nearest: ") + p.peer->name() + "\"",
+           p.times);
+    }
   }
   write_file(path, out.str());
 }
@@ -153,6 +145,10 @@ void write_json(const Report& report, const std::string& path) {
   json["caches"] = caches();
   json["compiler"] = compiler();
   json["date"] = date();
+  for (const Level level : report.levels) json["levels"].push_back(name_of(level));
+  for (const PeerLibrary& library : report.libraries) {
+    json["libraries"][library.name] = library.version;
+  }
   json["rows"] = Json::array();
   for (const RowResult& row : report.rows) {
     Json item;
@@ -164,26 +160,25 @@ void write_json(const Report& report, const std::string& path) {
     }
     item["roofline"] = json_of(row, row.roofline);
     item["roofline"]["loop"] = row.loop;
+    for (const PeerResult& p : row.peers) {
+      Json peer = {
+          {"library", p.peer->library}, {"function", p.peer->function}, {"exact", p.peer->exact}};
+      if (!p.peer->exact) peer["difference"] = p.peer->difference;
+      peer.update(json_of(row, p.times));
+      item["peers"].push_back(peer);
+    }
     json["rows"].push_back(item);
   }
-  write_file(path, json.dump(1) + "\n");
-}
-
-void write_markdown(const Report& report, const std::string& path) {
-  std::ostringstream out;
-  out << "- Processor: " << processor() << "; " << caches() << "\n- Compiler: " << compiler()
-      << "\n- Date: " << date()
-      << "\n\nLeast ns/pixel of each level and of the fastest loop; the levels' ratios to the "
-         "loop, of\n"
-         "minima and in brackets of medians; GB/s of the last level.\n";
-  const RowResult* before = nullptr;
-  for (const RowResult& row : report.rows) {
-    const bool same = before != nullptr && before->size.width == row.size.width &&
-                      before->size.height == row.size.height;
-    if (!same) add_markdown_table(out, report, row.size);
-    before = &row;
+  for (const ThreadsResult& r : report.threads) {
+    json["threads"].push_back({{"row", r.row},
+                               {"width", r.size.width},
+                               {"height", r.size.height},
+                               {"contender", r.is_loop ? "roofline" : r.contender},
+                               {"threads", r.threads},
+                               {"pixels_per_second", r.pixels_per_second},
+                               {"median_pixels_per_second", r.median}});
   }
-  write_file(path, out.str());
+  write_file(path, json.dump(1) + "\n");
 }
 
 }  // namespace lum::bench

@@ -31,7 +31,10 @@ LUM_ROOF_TARGET void steps(uint8_t* dst, const uint8_t* src, size_t count) {
       asm("" : "+x"(in[r]));  // so that the loop does not become a call of memcpy
     }
     _Pragma("GCC unroll 8") for (unsigned w = 0; w < W; ++w) {
-      if constexpr (kPrefetch) __builtin_prefetch(dst + w * sizeof(V) + kPrefetchDistance, 1);
+      // Streamed stores go past the caches; to fetch what they overwrite would double the traffic.
+      if constexpr (kPrefetch && kStores != Stores::streamed) {
+        __builtin_prefetch(dst + w * sizeof(V) + kPrefetchDistance, 1);
+      }
       V out = in[w % R];
       _Pragma("GCC unroll 8") for (unsigned r = w + W; r < R; r += W) out ^= in[r];
       put<kStores>(dst + w * sizeof(V), out);

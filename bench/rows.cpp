@@ -123,13 +123,11 @@ void add_binned(std::vector<Row>& rows) {
   }
 }
 
-// A usual camera matrix: rows R, G, B, coefficients times 1024 that add up to 1024.
-constexpr int32_t kMatrix[9] = {1590, -430, -136, -210, 1480, -246, -60, -540, 1624};
 constexpr uint32_t kMatrixScale = 10;
 
 RowArgs matrix_args(uint32_t scale) {
   RowArgs args;
-  args.matrix = kMatrix;
+  args.matrix = kMatrixTimes1024;
   args.scale = scale;
   return args;
 }

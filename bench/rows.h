@@ -38,6 +38,9 @@ struct Row {
 
 constexpr unsigned kLargestSourcePixel = 8, kLargestDestinationPixel = 6;
 
+// A usual camera matrix: rows R, G, B, coefficients times 1024 that add up to 1024.
+constexpr int32_t kMatrixTimes1024[9] = {1590, -430, -136, -210, 1480, -246, -60, -540, 1624};
+
 std::vector<Row> all_rows();
 void add_direct(std::vector<Row>& rows);
 

@@ -1,0 +1,43 @@
+// SPDX-License-Identifier: MIT
+#include "guard.h"
+
+#include <algorithm>
+
+namespace lum::bench {
+namespace {
+
+constexpr double kTolerance = 1.03;
+constexpr int kAttempts = 5;
+
+std::vector<Slower> slower_of(const std::vector<Level>& levels, const std::vector<double>& least) {
+  std::vector<Slower> found;
+  size_t best = 0;
+  for (size_t i = 1; i < levels.size(); ++i) {
+    if (least[i] > kTolerance * least[best]) {
+      found.push_back({levels[i], levels[best], least[i] / least[best]});
+    }
+    if (least[i] < least[best]) best = i;
+  }
+  return found;
+}
+
+}  // namespace
+
+std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vector<Level>& levels,
+                                const Buffers& buffers, MeasureOptions options) {
+  options.loops = false;
+  std::vector<double> least(levels.size(), 1e9);
+  std::vector<Slower> found;
+  for (int attempt = 0; attempt < kAttempts; ++attempt) {
+    const RowResult result = measure(row, size, levels, {}, buffers, options);
+    for (size_t i = 0; i < levels.size(); ++i) {
+      least[i] = std::min(least[i], result.levels[i].minimum);
+    }
+    found = slower_of(levels, least);
+    if (found.empty()) break;
+    options.min_seconds *= 2;
+  }
+  return found;
+}
+
+}  // namespace lum::bench

@@ -1,0 +1,25 @@
+// SPDX-License-Identifier: MIT
+// Levels that are slower than a narrower one.
+#ifndef LUM_BENCH_GUARD_H
+#define LUM_BENCH_GUARD_H
+
+#include <vector>
+
+#include "measure.h"
+
+namespace lum::bench {
+
+struct Slower {
+  Level wide, narrow;
+  double ratio;  // of the least times
+};
+
+// The levels, narrowest first, that take more than 3 % longer than one before them. What looks so
+// is measured again a few times, longer each time, and all minima count: other programs on the
+// machine make a time longer, never shorter. Levels with the same kernel come out equal.
+std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vector<Level>& levels,
+                                const Buffers& buffers, MeasureOptions options);
+
+}  // namespace lum::bench
+
+#endif
