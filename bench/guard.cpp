@@ -8,6 +8,7 @@ namespace {
 
 constexpr double kTolerance = 1.03;
 constexpr int kAttempts = 5;
+constexpr double kLongest = 4;  // times the wanted time
 
 std::vector<Slower> slower_of(const std::vector<Level>& levels, const std::vector<double>& least) {
   std::vector<Slower> found;
@@ -26,6 +27,7 @@ std::vector<Slower> slower_of(const std::vector<Level>& levels, const std::vecto
 std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vector<Level>& levels,
                                 const Buffers& buffers, MeasureOptions options) {
   options.loops = false;
+  const double longest = kLongest * options.min_seconds;
   std::vector<double> least(levels.size(), 1e9);
   std::vector<Slower> found;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -35,7 +37,7 @@ std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vecto
     }
     found = slower_of(levels, least);
     if (found.empty()) break;
-    options.min_seconds *= 2;
+    options.min_seconds = std::min(longest, 2 * options.min_seconds);
   }
   return found;
 }

@@ -134,7 +134,9 @@ int guard(const std::vector<Row>& rows, FrameSize size, const std::vector<Level>
           const MeasureOptions& options) {
   const Buffers buffers(size, options.rotate);
   int slower = 0;
+  size_t done = 0;
   for (const Row& row : rows) {
+    show_progress(done++, rows.size(), row.name);
     if (!row.takes(size.width, size.height)) continue;
     for (const Slower& s : find_slower(row, size, levels, buffers, options)) {
       printf("%-34s %ux%u %s takes %.2f of %s\n", row.name.c_str(), size.width, size.height,
