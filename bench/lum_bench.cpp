@@ -230,6 +230,9 @@ int main(int argc, char** argv) {
                  "seconds that each level and loop is timed for at least")
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
+  app.add_option("--stream-above", options.measure.stream_above,
+                 "bytes of output above which it is streamed past the cache, where conversions do "
+                 "that; 0: half the last-level cache");
   app.add_option("--rotate", options.measure.rotate,
                  "pairs of buffers, used in turn; many of them make the frames cold")
       ->capture_default_str()

@@ -192,9 +192,10 @@ RowResult measure(const Row& row, FrameSize size, const std::vector<Level>& leve
   const Traffic traffic = row.traffic(size.width, size.height);
   Race race(buffers, row.in_place);
   for (const Level level : levels) {
-    const Kernels* const kernels = kernels_of(level);
+    Kernels kernels = *kernels_of(level);
+    kernels.stream_above = options.stream_above;
     race.add({[&row, kernels, size](uint8_t* dst, uint8_t* src) {
-                row.run(*kernels, {dst, src, size.width, size.height});
+                row.run(kernels, {dst, src, size.width, size.height});
               },
               kLevelNames[static_cast<unsigned>(level)], Kind::level});
   }

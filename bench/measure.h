@@ -23,6 +23,7 @@ struct MeasureOptions {
   double min_seconds = 0.05;
   unsigned rotate = 1;
   bool loops = true;
+  size_t stream_above = 0;  // as in Kernels
 };
 
 // Pairs of buffers, large enough for every row, on pages that are in memory.

@@ -20,7 +20,7 @@ bool is_worth_streaming(Source source, Sink sink) {
 
 bool is_streamed(const Kernels& kernels, size_t bytes) {
   if (kernels.stream == nullptr) return false;
-  return bytes > (kernels.stream_above != 0 ? kernels.stream_above : last_level_cache());
+  return bytes > (kernels.stream_above != 0 ? kernels.stream_above : last_level_cache() / 2);
 }
 
 RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t bytes)

@@ -17,8 +17,9 @@
 
 namespace lum {
 
-// Whether an output of so many bytes is streamed. Frames up to the last-level cache are not: they
-// may be in it, and what reads the output next finds it there.
+// Whether an output of so many bytes is streamed. Up to half the last-level cache it is not: beside
+// its source it may stay there, and what reads it next finds it. A size alone cannot tell a cold
+// frame from a warm one; this rule loses least over both.
 bool is_streamed(const Kernels& kernels, size_t bytes);
 
 // Streams n pixels that produce(to, x, count) makes, pixels x to x + count - 1 at a time; it may

@@ -52,19 +52,11 @@ std::vector<Conversion> flat_conversions() {
 std::vector<Conversion> frame_conversions() {
   std::vector<Conversion> list;
   for (const Sink sink : {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}) {
-    const auto add = [&](const char* name, const auto& run) {
-      list.push_back({std::string(name) + " to " + kSinks[static_cast<size_t>(sink)].name, 2, 4,
-                      [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
-                          uint32_t height) {
-                        run(k, MosaicFrame{dst, src, width, height, red_phase(1), sink});
-                      }});
-    };
-    add("mosaic", [](const Kernels& k, const MosaicFrame& f) { convert_mosaic8(k, f); });
-    if (sink != Sink::uyvy) {
-      add("packed mosaic", [](const Kernels& k, const MosaicFrame& f) {
-        convert_mosaic_reduced(k, f, kReduceMono12Packed, Source::mosaic8);
-      });
-    }
+    list.push_back(
+        {std::string("mosaic to ") + kSinks[static_cast<size_t>(sink)].name, 2, 4,
+         [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+           convert_mosaic8(k, {dst, src, width, height, red_phase(1), sink});
+         }});
   }
   return list;
 }

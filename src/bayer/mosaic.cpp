@@ -52,7 +52,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
                             const Reduction& reduction, Source mosaic, RowArgs args) {
   const SourceTraits& in = kSources[static_cast<size_t>(reduction.source)];
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
-  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
+  const RowKernel kernel = kernels.at(mosaic, f.sink);
   args.column = f.red.column;
   const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;
   const size_t dst_row = f.width * pixel_bytes(f.sink);
@@ -73,7 +73,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
       uint8_t* const lower = reduced[(y + 1) & 1];
       reduce(lower, src, nullptr, n, reduction.args);
       const bool red_above = red_in_row(f, y);
-      write(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
+      kernel(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
       dst += dst_row;
     }
     x += n == left ? n : kStrip;

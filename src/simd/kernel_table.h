@@ -66,11 +66,11 @@ struct SourceTraits {
   unsigned group_bytes;   // ... and each row of n pixels has n / group_pixels * group_bytes bytes
   unsigned rows;          // 1: only a is read; 2: a and b
   unsigned min_pixels;    // least n
-  bool memory_bound;      // so little arithmetic that large frames wait for memory
+  bool memory_bound;      // so little arithmetic that a large frame waits for memory
 };
 constexpr SourceTraits kSources[kSourceCount] = {
     {"mosaic8", 1, 1, 2, 2, true},
-    {"mosaic16", 1, 2, 2, 2, true},
+    {"mosaic16", 1, 2, 2, 2, false},
     {"mono8", 1, 1, 1, 1, true},
     {"mono12_packed", 2, 3, 1, 2, true},
     {"mono16_tinted", 1, 2, 1, 1, true},
@@ -202,7 +202,7 @@ struct Kernels {
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
   void (*end_stream)();
-  // Outputs of more bytes are streamed; 0: of more than the last-level cache has.
+  // Outputs of more bytes are streamed; 0: of more than half the last-level cache.
   size_t stream_above;
 
   DemosaicKernels demosaic;
