@@ -36,7 +36,7 @@ struct Row {
   Traffic traffic(uint32_t width, uint32_t height) const;
 };
 
-constexpr unsigned kLargestSourcePixel = 8, kLargestDestinationPixel = 6;
+constexpr unsigned kLargestSourcePixel = 12, kLargestDestinationPixel = 12;
 
 std::vector<Row> all_rows();
 void add_direct(std::vector<Row>& rows);
