@@ -91,7 +91,7 @@ void add_flips(std::vector<Row>& rows) {
                       flip(k, f.dst, f.src, f.width, f.height, bytes, mode);
                     }});
   };
-  for (const uint32_t bytes : {1u, 2u, 3u, 4u, 6u}) add("mirror-", kMirror, bytes);
+  for (const uint32_t bytes : {1u, 2u, 3u, 4u, 5u, 6u, 12u}) add("mirror-", kMirror, bytes);
   add("turn180-", kMirror | kUpsideDown, 3);
   for (const uint32_t bytes : {1u, 2u, 3u, 4u, 6u}) add("turn90-", kTranspose | kMirror, bytes);
 }

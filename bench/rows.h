@@ -36,7 +36,7 @@ struct Row {
   Traffic traffic(uint32_t width, uint32_t height) const;
 };
 
-constexpr unsigned kLargestSourcePixel = 8, kLargestDestinationPixel = 6;
+constexpr unsigned kLargestSourcePixel = 12, kLargestDestinationPixel = 12;
 
 // A usual camera matrix: rows R, G, B, coefficients times 1024 that add up to 1024.
 constexpr int32_t kMatrixTimes1024[9] = {1590, -430, -136, -210, 1480, -246, -60, -540, 1624};

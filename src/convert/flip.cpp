@@ -15,18 +15,7 @@
 namespace lum {
 namespace {
 
-// Sizes of pixels that no kernel serves. dst may be src.
-template <size_t size>
-void reverse_pixels(uint8_t* dst, const uint8_t* src, size_t n) {
-  for (size_t left = 0, right = n; left < right--; ++left) {
-    uint8_t a[size], b[size];
-    memcpy(a, src + left * size, size);
-    memcpy(b, src + right * size, size);
-    memcpy(dst + right * size, a, size);
-    memcpy(dst + left * size, b, size);
-  }
-}
-
+// Sizes of pixels that no kernel serves.
 template <size_t size>
 void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
                       size_t rows, size_t columns) {
@@ -39,17 +28,11 @@ void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, pt
   }
 }
 
-using Reverse = decltype(&reverse_pixels<1>);
 using Transpose = decltype(&transpose_pixels<1>);
-template <size_t... sizes>
-constexpr std::array<Reverse, sizeof...(sizes)> reverses(std::index_sequence<sizes...>) {
-  return {reverse_pixels<sizes + 1>...};
-}
 template <size_t... sizes>
 constexpr std::array<Transpose, sizeof...(sizes)> transposes(std::index_sequence<sizes...>) {
   return {transpose_pixels<sizes + 1>...};
 }
-constexpr auto kReverses = reverses(std::make_index_sequence<kMaxPixelBytes>());
 constexpr auto kTransposes = transposes(std::make_index_sequence<kMaxPixelBytes>());
 
 // Images are transposed block by block. A block's rows are copied to the stack first: at the
@@ -175,16 +158,13 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
     transpose_image(kernels, dst, src, width, height, pixel_bytes, mode);
     return;
   }
-  const Reverse kernel = kernels.direct.reverse[pixel_bytes];
-  const Reverse reverse = kernel != nullptr ? kernel : kReverses[pixel_bytes - 1];
+  const auto reverse = kernels.direct.reverse[pixel_bytes];
   switch (mode) {
     case 0:
       copy_block(dst, src, row_bytes * height);
       break;
     case kMirror:
-      for (size_t y = 0; y < height; ++y) {
-        reverse(dst + y * row_bytes, src + y * row_bytes, width);
-      }
+      reverse(dst, src, width, height);
       break;
     case kUpsideDown:
       if (dst == src) {
@@ -198,7 +178,7 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
       }
       break;
     default:  // half a turn is the image as one row, reversed
-      reverse(dst, src, size_t{width} * height);
+      reverse(dst, src, size_t{width} * height, 1);
   }
 }
 

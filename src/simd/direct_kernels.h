@@ -45,9 +45,9 @@ struct DirectKernels {
   // Words of RowArgs::big_endian to min(255, V >> RowArgs::shift); dst may equal a.
   Row words_to_bytes;
 
-  // The n pixels of a row in reverse order, by the bytes of a pixel; null where there is none.
-  // dst equal to src, or no overlap.
-  void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n);
+  // Each of `rows` rows of n pixels in reverse order, by the bytes of a pixel. dst equal to src, or
+  // no overlap.
+  void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n, size_t rows);
   // Row i of dst is column i of src, for `rows` rows of `columns` elements in src. Strides are
   // signed.
   void (*transpose[kTransposeSizes])(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,

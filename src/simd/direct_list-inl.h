@@ -4,6 +4,12 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+template <int most>
+constexpr void add_reversals(DirectKernels& k) {
+  k.reverse[most] = reverse<decltype(reversal<most>())>;
+  if constexpr (most > 1) add_reversals<most - 1>(k);
+}
+
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
   k.studio_to_bgr24[0] = row<YuvSource<Yuv411Layout, StudioRange>, Packed24<true>>;
@@ -40,13 +46,7 @@ constexpr DirectKernels make_direct_kernels() {
   k.unpack[5] = row<Unpacked<Mipi10>, Mono16<Rec601>>;
   k.words_to_bytes = row<SaturatedWords, Mono8<Rec601>, true>;
 
-  k.reverse[1] = reverse<ReversedPixels<1>>;
-  k.reverse[2] = reverse<ReversedPixels<2>>;
-  k.reverse[3] = reverse<ReversedBytes3>;
-  k.reverse[4] = reverse<ReversedPixels<4>>;
-  k.reverse[6] = reverse<ReversedWords3>;
-  k.reverse[8] = reverse<ReversedPixels<8>>;
-  if constexpr (kLanes >= 16) k.reverse[16] = reverse<ReversedPixels<16>>;
+  add_reversals<kMaxPixelBytes>(k);
   k.transpose[0] = transpose<U8>;
   k.transpose[1] = transpose<I16>;
   k.transpose[2] = transpose<U32>;

@@ -19,6 +19,7 @@
 #include "convert/planes_rows-inl.h"
 #include "cygm/cygm_window_sources-inl.h"
 // And on those.
+#include "convert/flip_rows-inl.h"
 #include "convert/geometry_rows-inl.h"
 #include "simd/direct_list-inl.h"
 

@@ -358,6 +358,11 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
 }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m(index))); }
+// Spans are what a byte can be moved about in by one shuffle: here it is the whole vector.
+constexpr int kSpanBytes = 64;
+LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
+LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
+LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return permute(v, t); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return u8(_mm512_shuffle_epi8(m(v), m(load<U8>(kSwap02.v)))); }

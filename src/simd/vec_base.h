@@ -261,6 +261,13 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
   return lanes<U8>([&](int i) { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });
 }
+// Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
+constexpr int kSpanBytes = kLanes;
+LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
+LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
+LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
+  return lanes<U8>([&](int i) { return v[t.v[i]]; });
+}
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });

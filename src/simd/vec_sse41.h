@@ -301,6 +301,11 @@ LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm_shuffle_epi8(m(v), m(index))); }
+// Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
+constexpr int kSpanBytes = 16;
+LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
+LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
+LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return shuffle(v, t); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i : i ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }

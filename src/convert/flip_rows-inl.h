@@ -1,0 +1,229 @@
+// SPDX-License-Identifier: MIT
+// Flips: reversed rows, transposed blocks.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// ---- Reversal. A block is read from one end of what is left of the row and written to the other.
+// Elements of a power of two: a vector of them.
+template <int size>
+struct ReversedElements {
+  static constexpr size_t kSize = size, kPixels = kLanes / size, kTouched = kLanes;
+  using Block = U8;
+  static LUM_INLINE Block load_left(const uint8_t* p) { return load<U8>(p); }
+  static LUM_INLINE Block load_right(const uint8_t* end) { return load<U8>(end - kLanes); }
+  static LUM_INLINE void store_left(uint8_t* p, Block v) { store(p, reversed<size>(v)); }
+  static LUM_INLINE void store_right(uint8_t* end, Block v) {
+    store(end - kLanes, reversed<size>(v));
+  }
+};
+// Any size: the whole pixels of each span. On the left they lie at a span's beginning and on the
+// right at its end, so that the bytes beside them are on the side of the row's middle: what is
+// written there the next block, which is in registers by then, replaces.
+//   left    A0 A1 A2 B0 B1 B2 C0 C1 C2 .. ..      spans at p, p + kUsed ...
+//   right   .. .. C0 C1 C2 B0 B1 B2 A0 A1 A2      spans that end at end, end - kUsed ...
+template <int size>
+struct ReversedPixels {
+  static constexpr int kUsed = kSpanBytes / size * size, kUnused = kSpanBytes - kUsed;
+  static constexpr size_t kSize = size, kPixels = kLanes / kSpanBytes * (kSpanBytes / size);
+  static constexpr size_t kTouched = kPixels * kSize + kUnused;
+  using Block = U8;
+  static constexpr int mirrored(int i) { return (kUsed - 1 - i) / size * size + i % size; }
+  static constexpr LaneTable kToRight = lane_table([](int i) {
+    const int byte = i % kSpanBytes - kUnused;
+    return byte < 0 ? 0 : mirrored(byte);
+  });
+  static constexpr LaneTable kToLeft = lane_table([](int i) {
+    const int byte = i % kSpanBytes;
+    return byte < kUsed ? kUnused + mirrored(byte) : 0;
+  });
+  static LUM_INLINE Block load_left(const uint8_t* p) { return load_spans(p, kUsed); }
+  static LUM_INLINE Block load_right(const uint8_t* end) {
+    return load_spans(end - kSpanBytes, -kUsed);
+  }
+  static LUM_INLINE void store_left(uint8_t* p, Block v) {
+    store_spans(p, kUsed, shuffle_spans(v, kToLeft));
+  }
+  static LUM_INLINE void store_right(uint8_t* end, Block v) {
+    store_spans(end - kSpanBytes, -kUsed, shuffle_spans(v, kToRight));
+  }
+};
+// One pixel as it is: where no shuffle moves several.
+template <int size>
+struct ReversedPixel {
+  static constexpr size_t kSize = size, kPixels = 1, kTouched = size;
+  struct Block {
+    uint8_t bytes[size];
+  };
+  static LUM_INLINE Block load_left(const uint8_t* p) {
+    Block v;
+    memcpy(v.bytes, p, size);
+    return v;
+  }
+  static LUM_INLINE Block load_right(const uint8_t* end) { return load_left(end - size); }
+  static LUM_INLINE void store_left(uint8_t* p, const Block& v) { memcpy(p, v.bytes, size); }
+  static LUM_INLINE void store_right(uint8_t* end, const Block& v) { store_left(end - size, v); }
+};
+
+// Rows shorter than a vector, by way of the stack.
+template <class Pixels>
+__attribute__((noinline)) void reverse_few(uint8_t* dst, const uint8_t* src, size_t n) {
+  constexpr size_t kSize = Pixels::kSize;
+  uint8_t in[2 * kLanes] = {}, out[2 * kLanes];
+  memcpy(in, src, n * kSize);
+  uint8_t* const end = out + sizeof out;
+  for (size_t x = 0; x < n; x += Pixels::kPixels) {
+    Pixels::store_right(end - x * kSize, Pixels::load_left(in + x * kSize));
+  }
+  memcpy(dst, end - n * kSize, n * kSize);
+}
+
+template <class Pixels>
+constexpr size_t kBlockBytes = Pixels::kPixels* Pixels::kSize;
+
+// Blocks where the bytes beside them are not to be touched.
+template <class Pixels>
+LUM_INLINE void store_left_exactly(uint8_t* p, const typename Pixels::Block& v) {
+  uint8_t out[Pixels::kTouched];
+  Pixels::store_left(out, v);
+  memcpy(p, out, kBlockBytes<Pixels>);
+}
+template <class Pixels>
+LUM_INLINE void store_right_exactly(uint8_t* end, const typename Pixels::Block& v) {
+  uint8_t out[Pixels::kTouched];
+  Pixels::store_right(out + sizeof out, v);
+  memcpy(end - kBlockBytes<Pixels>, out + sizeof out - kBlockBytes<Pixels>, kBlockBytes<Pixels>);
+}
+
+// From both ends to the middle, two blocks at a time, each stored where the other came from, after
+// the next two were loaded. What is left at last is less than three blocks: two, which may overlap,
+// and two about the middle, which are loaded before anything is stored.
+template <class Pixels>
+__attribute__((noinline)) void reverse_in_place(uint8_t* p, size_t n) {
+  constexpr ptrdiff_t kBlock = kBlockBytes<Pixels>;
+  uint8_t *left = p, *right = p + n * Pixels::kSize;
+  uint8_t* const middle_left = left + (n - Pixels::kPixels) / 2 * Pixels::kSize;
+  uint8_t* const middle_right = right - (middle_left - left);
+  const auto middle_a = Pixels::load_left(middle_left), middle_b = Pixels::load_right(middle_right);
+  auto a = Pixels::load_left(left), b = Pixels::load_right(right);
+  for (; right - left >= 3 * kBlock; left += kBlock, right -= kBlock) {
+    prefetch_read(left);
+    prefetch_read(right - 2 * kPrefetchDistance);
+    const auto next_a = Pixels::load_left(left + kBlock),
+               next_b = Pixels::load_right(right - kBlock);
+    Pixels::store_right(right, a);
+    Pixels::store_left(left, b);
+    a = next_a;
+    b = next_b;
+  }
+  store_right_exactly<Pixels>(right, a);
+  store_left_exactly<Pixels>(left, b);
+  if (right - left <= 2 * kBlock) return;
+  store_right_exactly<Pixels>(middle_right, middle_a);
+  store_left_exactly<Pixels>(middle_left, middle_b);
+}
+
+// From left to right, which lets the processor gather overlapping stores. `inner`: there are rows
+// before and after this one, so that bytes about it may be read and, on the right, written.
+template <class Pixels>
+LUM_INLINE void reverse_row(uint8_t* dst, const uint8_t* src, size_t n, bool inner) {
+  constexpr size_t kBlock = kBlockBytes<Pixels>, kTouched = Pixels::kTouched;
+  const size_t bytes = n * Pixels::kSize;
+  const uint8_t* const end = src + bytes;
+  const auto block = [&](size_t x) { Pixels::store_left(dst + x, Pixels::load_right(end - x)); };
+  const size_t beyond = inner && bytes >= 2 * kTouched ? kBlock + kTouched - 1 : 0;
+  size_t x = 0;
+  for (; x + kBlock + kTouched <= bytes + beyond; x += 2 * kBlock) {
+    // What is read next lies to the left, then at the end of the next row.
+    const size_t ahead = x + kPrefetchDistance / 2;
+    __builtin_prefetch(end - ahead + (ahead < bytes ? 0 : 2 * bytes));
+    block(x);
+    block(x + kBlock);
+  }
+  for (; x < bytes; x += kBlock) {
+    const size_t at = x + kBlock < bytes ? x : bytes - kBlock;
+    if (at + kTouched <= bytes) {
+      block(at);
+    } else {
+      store_right_exactly<Pixels>(dst + at + kBlock, Pixels::load_left(end - at - kBlock));
+    }
+  }
+}
+
+// Rows one after the other.
+template <class Pixels>
+void reverse(uint8_t* dst, const uint8_t* src, size_t n, size_t rows) {
+  const size_t bytes = n * Pixels::kSize;
+  for (size_t y = 0; y < rows; ++y, dst += bytes, src += bytes) {
+    if (bytes < Pixels::kTouched) {
+      reverse_few<Pixels>(dst, src, n);
+    } else if (dst == src) {
+      reverse_in_place<Pixels>(dst, n);
+    } else {
+      reverse_row<Pixels>(dst, src, n, y > 0 && y + 1 < rows);
+    }
+  }
+}
+
+template <int size>
+constexpr auto reversal() {
+  if constexpr ((size & (size - 1)) == 0 && size <= kLanes) {
+    return ReversedElements<size>{};
+  } else if constexpr (kLanes >= 16) {
+    return ReversedPixels<size>{};
+  } else {
+    return ReversedPixel<size>{};
+  }
+}
+
+// ---- Transposition of kCount columns and as many rows in each piece of a vector, by interleaving
+// row i with row i + kCount / 2: each such round moves every element's row number by one bit
+// towards its column number.
+template <class V>
+LUM_INLINE void transpose_tile(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
+                               ptrdiff_t src_stride) {
+  constexpr int kCount = kPieceBytes / static_cast<int>(kElementBytes<V>);
+  V v[kCount], t[kCount];
+  for (int i = 0; i < kCount; ++i) {
+    v[i] = V(load_pieces(src + i * src_stride, kCount * src_stride));
+  }
+  for (int round = 1; round < kCount; round *= 2) {
+    for (int i = 0; i < kCount / 2; ++i) {
+      const auto pair = interleave(v[i], v[i + kCount / 2]);
+      t[2 * i] = pair.lo;
+      t[2 * i + 1] = pair.hi;
+    }
+    for (int i = 0; i < kCount; ++i) v[i] = t[i];
+  }
+  for (int i = 0; i < kCount; ++i) store(dst + i * dst_stride, v[i]);
+}
+
+template <class V>
+void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
+               size_t rows, size_t columns) {
+  constexpr size_t kSize = kElementBytes<V>;
+  constexpr size_t kTileRows = kLanes / kSize, kTileColumns = kPieceBytes / kSize;
+  const auto element = [&](size_t row, size_t column) {
+    return src + static_cast<ptrdiff_t>(row) * src_stride + column * kSize;
+  };
+  const auto transposed = [&](size_t row, size_t column) {
+    return dst + static_cast<ptrdiff_t>(column) * dst_stride + row * kSize;
+  };
+  if (rows < kTileRows || columns < kTileColumns) {
+    for (size_t column = 0; column < columns; ++column) {
+      for (size_t row = 0; row < rows; ++row) {
+        memcpy(transposed(row, column), element(row, column), kSize);
+      }
+    }
+    return;
+  }
+  over_row(columns, kTileColumns, [&](size_t column) {
+    over_row(rows, kTileRows, [&](size_t row) {
+      transpose_tile<V>(transposed(row, column), dst_stride, element(row, column), src_stride);
+    });
+  });
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum
