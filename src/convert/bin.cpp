@@ -21,18 +21,28 @@ template <class Sum>
 struct Steps {
   using Add = void (*)(Sum* sums, const uint8_t* row, size_t n, bool first);
   Add add, add_pairs;
+  void (*add_sums)(Sum* sums, const Sum* more, size_t n);
   void (*divide)(uint8_t* dst, const Sum* sums, size_t n, uint32_t count);
 };
 
-// sums[i] = the sum of `factor` neighbours.
+// sums[i] = the sum of `factor` neighbours, for n sums. The windows that begin at every sample
+// double in width, and where the factor is odd on the way a single sample is added; then every
+// factor-th of them is kept.
 template <class Sum>
-void add_neighbours(Sum* sums, size_t n, size_t factor) {
+void add_neighbours(const Steps<Sum>& steps, Sum* sums, size_t n, uint32_t factor) {
   if (factor == 1) return;
-  for (size_t i = 0; i < n; ++i) {
-    Sum total = sums[i * factor];
-    for (size_t k = 1; k < factor; ++k) total = static_cast<Sum>(total + sums[i * factor + k]);
-    sums[i] = total;
+  const size_t samples = n * factor;
+  alignas(64) Sum single[kTileRoom];
+  memcpy(single, sums, samples * sizeof(Sum));
+  uint32_t bit = 1;
+  while (bit * 2 <= factor) bit *= 2;
+  for (uint32_t width = 1; bit > 1;) {
+    steps.add_sums(sums, sums + width, samples);
+    bit /= 2;
+    width *= 2;
+    if ((factor & bit) != 0) steps.add_sums(sums, single + width++, samples);
   }
+  for (size_t i = 0; i < n; ++i) sums[i] = sums[i * factor];
 }
 
 template <class Sum>
@@ -94,7 +104,7 @@ class Binning {
     }
   }
   void finish(uint8_t* dst, Sum* sums, size_t n) const {
-    add_neighbours(sums, n, factor_x_ == 1 ? 1 : pairs() ? factor_x_ / 2 : factor_x_);
+    add_neighbours(steps_, sums, n, pairs() ? factor_x_ / 2 : factor_x_);
     steps_.divide(dst, sums, n, factor_x_ * factor_y_);
   }
 
@@ -127,11 +137,11 @@ void bin(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t widt
   if (factor_x == 1 && factor_y == 1) {
     memcpy(dst, src, size_t{width} * height * pixel.bytes());
   } else if (sample_bytes == 1) {
-    bin_frame<uint16_t>(kernels, {k.add8, k.add8_pairs, k.divide8}, dst, src, size, pixel, factor_x,
-                        factor_y);
+    bin_frame<uint16_t>(kernels, {k.add8, k.add8_pairs, k.add_sums16, k.divide8}, dst, src, size,
+                        pixel, factor_x, factor_y);
   } else {
-    bin_frame<uint32_t>(kernels, {k.add16, k.add16_pairs, k.divide16}, dst, src, size, pixel,
-                        factor_x, factor_y);
+    bin_frame<uint32_t>(kernels, {k.add16, k.add16_pairs, k.add_sums32, k.divide16}, dst, src, size,
+                        pixel, factor_x, factor_y);
   }
 }
 

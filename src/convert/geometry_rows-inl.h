@@ -66,6 +66,13 @@ void add(typename Samples::Sum* sums, const uint8_t* row, size_t n, bool first) 
       });
 }
 
+// sums[i] += more[i]; `more` may lie in `sums`, further on. Both have room for a whole block.
+template <class V, class Sum>
+void add_sums(Sum* sums, const Sum* more, size_t n) {
+  constexpr size_t kStep = kLanes / sizeof(Sum);
+  for (size_t x = 0; x < n; x += kStep) store(sums + x, load<V>(sums + x) + load<V>(more + x));
+}
+
 LUM_INLINE unsigned log2_floor(uint32_t v) { return 31u - static_cast<unsigned>(__builtin_clz(v)); }
 
 // Quotients of 16-bit sums: ((x + increment) * factor) >> 16 >> shift with the multiple of 1 /

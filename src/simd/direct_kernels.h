@@ -59,6 +59,9 @@ struct DirectKernels {
   void (*add16)(uint32_t* sums, const uint8_t* row, size_t n, bool first);
   void (*add8_pairs)(uint16_t* sums, const uint8_t* row, size_t n, bool first);
   void (*add16_pairs)(uint32_t* sums, const uint8_t* row, size_t n, bool first);
+  // sums[i] += more[i] for n sums; `more` may lie in `sums`, further on.
+  void (*add_sums16)(uint16_t* sums, const uint16_t* more, size_t n);
+  void (*add_sums32)(uint32_t* sums, const uint32_t* more, size_t n);
   // dst[i] = (sums[i] + count / 2) / count, count a product of two numbers up to 16.
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);

@@ -55,6 +55,8 @@ constexpr DirectKernels make_direct_kernels() {
   k.add16 = add<Samples16>;
   k.add8_pairs = add<Pairs8>;
   k.add16_pairs = add<Pairs16>;
+  k.add_sums16 = add_sums<U16, uint16_t>;
+  k.add_sums32 = add_sums<U32, uint32_t>;
   k.divide8 = divide8;
   k.divide16 = divide16;
   k.pick = pick;
