@@ -93,7 +93,9 @@ void add_flips(std::vector<Row>& rows) {
   };
   for (const uint32_t bytes : {1u, 2u, 3u, 4u, 5u, 6u, 12u}) add("mirror-", kMirror, bytes);
   add("turn180-", kMirror | kUpsideDown, 3);
-  for (const uint32_t bytes : {1u, 2u, 3u, 4u, 6u}) add("turn90-", kTranspose | kMirror, bytes);
+  for (const uint32_t bytes : {1u, 2u, 3u, 4u, 6u, 8u, 12u}) {
+    add("turn90-", kTranspose | kMirror, bytes);
+  }
 }
 
 // Measured by the pixels that are written.

@@ -57,7 +57,7 @@ TEST(DirectFlip, WritesWhatTheReferenceWritesAtEveryLevelAndInPlace) {
       for (const Size size :
            {Size{1, 1}, Size{1, 5}, Size{7, 1}, Size{2, 2}, Size{6, 4}, Size{15, 17}, Size{16, 64},
             Size{33, 31}, Size{64, 16}, Size{65, 66}, Size{96, 3}, Size{127, 2}, Size{128, 65},
-            Size{131, 130}, Size{200, 2}, Size{301, 1}}) {
+            Size{131, 130}, Size{200, 2}, Size{301, 1}, Size{67, 421}}) {
         if (quick() && size.width * size.height > 4000) continue;
         for (uint32_t mode = 0; mode < 8; ++mode) {
           const Bytes src = random_bytes(size.width * size.height * bytes, mode);
@@ -80,6 +80,34 @@ TEST(DirectFlip, WritesWhatTheReferenceWritesAtEveryLevelAndInPlace) {
       }
     }
   });
+}
+
+// Those that are written past the caches.
+TEST(DirectFlip, TurnsLargeImages) {
+  struct Case {
+    Size size;
+    uint32_t bytes, mode;
+  };
+  for (const Case& c : {Case{{2903, 2891}, 1, 5},
+                        {{2048, 2051}, 2, 6},
+                        {{1709, 1637}, 3, 4},
+                        {{1024, 1031}, 8, 7},
+                        {{731, 1279}, 9, 5}}) {
+    const Bytes src = random_bytes(c.size.width * c.size.height * c.bytes, c.bytes);
+    Bytes expected(src.size());
+    flip_reference(expected.data(), src.data(), c.size.width, c.size.height, c.bytes, c.mode);
+    at_every_level([&](const Kernels& kernels, const std::string& level) {
+      expect_conversion(
+          describe(level + " flip", c.size, c.mode, c.bytes), src, src.size(),
+          [&](uint8_t* dst, const uint8_t* s) {
+            flip(kernels, dst, s, static_cast<uint32_t>(c.size.width),
+                 static_cast<uint32_t>(c.size.height), c.bytes, c.mode);
+            return 0u;
+          },
+          [&](uint8_t* dst) { std::copy(expected.begin(), expected.end(), dst); });
+    });
+    if (HasFatalFailure() || quick()) return;
+  }
 }
 
 TEST(DirectFlip, TurnsComeBack) {

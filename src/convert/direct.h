@@ -38,6 +38,9 @@ void samples_16_to_8(const Kernels& kernels, uint8_t* dst, const uint8_t* src, u
 constexpr uint32_t kMirror = 1, kUpsideDown = 2, kTranspose = 4;
 void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
           uint32_t pixel_bytes, uint32_t mode);
+// The modes with kTranspose.
+void transpose(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size_t width,
+               size_t height, size_t pixel_bytes, uint32_t mode);
 
 constexpr uint32_t kMaxBinFactor = 16;
 void bin(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
-// Flips: reversed rows, transposed blocks.
+// Flips: reversed rows.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// ---- Reversal. A block is read from one end of what is left of the row and written to the other.
+// A block is read from one end of what is left of the row and written to the other.
 // Elements of a power of two: a vector of them.
 template <int size>
 struct ReversedElements {
@@ -174,54 +174,6 @@ constexpr auto reversal() {
   } else {
     return ReversedPixel<size>{};
   }
-}
-
-// ---- Transposition of kCount columns and as many rows in each piece of a vector, by interleaving
-// row i with row i + kCount / 2: each such round moves every element's row number by one bit
-// towards its column number.
-template <class V>
-LUM_INLINE void transpose_tile(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
-                               ptrdiff_t src_stride) {
-  constexpr int kCount = kPieceBytes / static_cast<int>(kElementBytes<V>);
-  V v[kCount], t[kCount];
-  for (int i = 0; i < kCount; ++i) {
-    v[i] = V(load_pieces(src + i * src_stride, kCount * src_stride));
-  }
-  for (int round = 1; round < kCount; round *= 2) {
-    for (int i = 0; i < kCount / 2; ++i) {
-      const auto pair = interleave(v[i], v[i + kCount / 2]);
-      t[2 * i] = pair.lo;
-      t[2 * i + 1] = pair.hi;
-    }
-    for (int i = 0; i < kCount; ++i) v[i] = t[i];
-  }
-  for (int i = 0; i < kCount; ++i) store(dst + i * dst_stride, v[i]);
-}
-
-template <class V>
-void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
-               size_t rows, size_t columns) {
-  constexpr size_t kSize = kElementBytes<V>;
-  constexpr size_t kTileRows = kLanes / kSize, kTileColumns = kPieceBytes / kSize;
-  const auto element = [&](size_t row, size_t column) {
-    return src + static_cast<ptrdiff_t>(row) * src_stride + column * kSize;
-  };
-  const auto transposed = [&](size_t row, size_t column) {
-    return dst + static_cast<ptrdiff_t>(column) * dst_stride + row * kSize;
-  };
-  if (rows < kTileRows || columns < kTileColumns) {
-    for (size_t column = 0; column < columns; ++column) {
-      for (size_t row = 0; row < rows; ++row) {
-        memcpy(transposed(row, column), element(row, column), kSize);
-      }
-    }
-    return;
-  }
-  over_row(columns, kTileColumns, [&](size_t column) {
-    over_row(rows, kTileRows, [&](size_t row) {
-      transpose_tile<V>(transposed(row, column), dst_stride, element(row, column), src_stride);
-    });
-  });
 }
 
 }  // namespace

@@ -21,8 +21,25 @@ struct I420Rows {
 constexpr size_t kBlockSamples = 64;
 constexpr size_t kMaxChannels = 4;
 constexpr size_t kMaxPixelBytes = 16;
-// Sizes of an element that a transposition kernel moves: 1, 2 and 4 bytes.
-constexpr size_t kTransposeSizes = 3;
+
+// Transposition of blocks whose rows and columns are multiples of `granule`; strides are signed.
+// transpose() makes row i of dst of column i of src. Where src is `staged`, to_stage() has to bring
+// the block to a stage before; elsewhere it just copies rows of any number of bytes. Unless
+// `exact`, transpose() reads and writes up to kSpareBytes beyond each row of the block as well.
+constexpr size_t kSpareBytes = 32;
+struct ByteRows {
+  const uint8_t* first;
+  ptrdiff_t stride;
+  size_t count, bytes;
+};
+struct Transposition {
+  void (*to_stage)(uint8_t* stage, size_t pitch, const uint8_t* src, ptrdiff_t stride, size_t rows,
+                   size_t bytes);
+  void (*transpose)(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
+                    size_t rows, size_t columns);
+  size_t granule;
+  bool staged, exact;
+};
 
 struct DirectKernels {
   using Row = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
@@ -48,10 +65,11 @@ struct DirectKernels {
   // Each of `rows` rows of n pixels in reverse order, by the bytes of a pixel. dst equal to src, or
   // no overlap.
   void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n, size_t rows);
-  // Row i of dst is column i of src, for `rows` rows of `columns` elements in src. Strides are
-  // signed.
-  void (*transpose[kTransposeSizes])(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src,
-                                     ptrdiff_t src_stride, size_t rows, size_t columns);
+  Transposition transpose[kMaxPixelBytes + 1];  // by the bytes of a pixel
+
+  // Copies rows past the caches, as far as whole lines of a cache allow, and prefetches `next`.
+  void (*stream_rows)(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
+                      const ByteRows& next);
 
   // sums[i] = or += row[i], for n samples of bytes or of words; `pairs`: row[2 i] + row[2 i + 1].
   // `sums` has room for kBlockSamples more, here and below.

@@ -5,9 +5,10 @@ namespace LUM_LEVEL {
 namespace {
 
 template <int most>
-constexpr void add_reversals(DirectKernels& k) {
+constexpr void add_flips(DirectKernels& k) {
   k.reverse[most] = reverse<decltype(reversal<most>())>;
-  if constexpr (most > 1) add_reversals<most - 1>(k);
+  k.transpose[most] = transposition<most>();
+  if constexpr (most > 1) add_flips<most - 1>(k);
 }
 
 constexpr DirectKernels make_direct_kernels() {
@@ -46,10 +47,8 @@ constexpr DirectKernels make_direct_kernels() {
   k.unpack[5] = row<Unpacked<Mipi10>, Mono16<Rec601>>;
   k.words_to_bytes = row<SaturatedWords, Mono8<Rec601>, true>;
 
-  add_reversals<kMaxPixelBytes>(k);
-  k.transpose[0] = transpose<U8>;
-  k.transpose[1] = transpose<I16>;
-  k.transpose[2] = transpose<U32>;
+  add_flips<kMaxPixelBytes>(k);
+  k.stream_rows = stream_rows;
 
   k.add8 = add<Samples8>;
   k.add16 = add<Samples16>;

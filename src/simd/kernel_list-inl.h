@@ -21,6 +21,7 @@
 // And on those.
 #include "convert/flip_rows-inl.h"
 #include "convert/geometry_rows-inl.h"
+#include "convert/turn_rows-inl.h"
 #include "simd/direct_list-inl.h"
 
 namespace lum {

@@ -102,6 +102,10 @@ LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm256_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm256_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
 }
+LUM_INLINE Qwords2 interleave(U64 a, U64 b) {
+  return {U64(u8(_mm256_unpacklo_epi64(m(U8(a)), m(U8(b))))),
+          U64(u8(_mm256_unpackhi_epi64(m(U8(a)), m(U8(b)))))};
+}
 // Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
 LUM_INLINE I16 mul_round(I16 a, I16 b) { return i16(_mm256_mulhrs_epi16(m(a), m(b))); }
 
@@ -346,6 +350,11 @@ constexpr int kSpanBytes = 16;
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t stride, U8 v) { store_halves(p, p + stride, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return shuffle(v, t); }
+// A store past the caches; p is aligned. Fence them before anything else may look.
+LUM_INLINE void stream(uint8_t* p, U8 v) {
+  _mm256_stream_si256(reinterpret_cast<__m256i*>(p), m(v));
+}
+LUM_INLINE void stream_fence() { _mm_sfence(); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }

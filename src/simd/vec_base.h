@@ -100,6 +100,7 @@ LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {lanes<U32>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
           lanes<U32>([&](int i) { return i % 2 ? b[kWords / 4 + i / 2] : a[kWords / 4 + i / 2]; })};
 }
+LUM_INLINE Qwords2 interleave(U64 a, U64 b) { return {a, b}; }  // one lane each
 // Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
 LUM_INLINE I16 mul_round(I16 a, I16 b) {
   return lanes<I16>([&](int i) { return (a[i] * b[i] + 0x4000) >> 15; });
@@ -268,6 +269,9 @@ LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
   return lanes<U8>([&](int i) { return v[t.v[i]]; });
 }
+// A store past the caches, where there is such a thing; p is aligned.
+LUM_INLINE void stream(uint8_t* p, U8 v) { store(p, v); }
+LUM_INLINE void stream_fence() {}
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });

@@ -18,6 +18,7 @@ typedef uint16_t U16 __attribute__((vector_size(kLanes)));
 typedef int16_t I16 __attribute__((vector_size(kLanes)));
 typedef uint32_t U32 __attribute__((vector_size(kLanes)));
 typedef int32_t I32 __attribute__((vector_size(kLanes)));
+typedef uint64_t U64 __attribute__((vector_size(kLanes)));
 
 // Two vectors of 16-bit lanes for kLanes pixels. `Wide` is in memory order; what interleave() makes
 // is in an order of the level's own, which only the pack functions undo.
@@ -38,6 +39,9 @@ struct Words3 {
 };
 struct Dwords2 {
   U32 lo, hi;
+};
+struct Qwords2 {
+  U64 lo, hi;
 };
 
 template <class V>
