@@ -6,13 +6,11 @@
 #include <algorithm>
 
 #include "convert/direct.h"
+#include "row_writer.h"
 
 namespace lum {
 namespace {
 
-// From here on the result is written past the caches: lines would have to be read from memory for
-// being written, and nobody finds them in a cache afterwards.
-constexpr size_t kStreamBytes = 8 << 20;
 // At this distance rows fall on the same lines of a first-level cache.
 constexpr ptrdiff_t kConflict = 4096;
 constexpr size_t kLine = 64;
@@ -33,12 +31,13 @@ struct Block {
 
 class Transposer {
  public:
-  Transposer(const DirectKernels& kernels, const Image& image, size_t pixel_bytes)
-      : kernels_(kernels.transpose[pixel_bytes]),
-        stream_rows_(kernels.stream_rows),
+  Transposer(const Kernels& kernels, const Image& image, size_t pixel_bytes)
+      : kernels_(kernels.direct.transpose[pixel_bytes]),
+        stream_rows_(kernels.direct.stream_rows),
         image_(image),
         size_(pixel_bytes),
-        streamed_(image.rows * image.columns * pixel_bytes >= kStreamBytes) {}
+        // Lines that lie so far apart are lost to the cache earlier than those of rows.
+        streamed_(is_streamed(kernels, 2 * image.rows * image.columns * pixel_bytes)) {}
 
   void run() {
     size_t most_rows, most_columns;
@@ -167,7 +166,7 @@ void transpose(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size_t 
     image.dst += static_cast<ptrdiff_t>(width - 1) * image.dst_stride;
     image.dst_stride = -image.dst_stride;
   }
-  Transposer(kernels.direct, image, pixel_bytes).run();
+  Transposer(kernels, image, pixel_bytes).run();
 }
 
 }  // namespace lum

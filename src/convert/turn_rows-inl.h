@@ -151,12 +151,13 @@ inline void stream_rows(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
     memcpy(dst, from, x);
     for (; x + kCacheLine <= src.bytes; x += kCacheLine) {
       prefetcher.line();
-      for (size_t i = x; i < x + kCacheLine; i += kLanes) stream(dst + i, load<U8>(from + i));
+      for (size_t i = x; i < x + kCacheLine; i += kLanes)
+        stream_vector(dst + i, load<U8>(from + i));
     }
     memcpy(dst + x, from + x, src.bytes - x);
   }
   while (prefetcher.rows.count > 0) prefetcher.line();
-  stream_fence();
+  end_stream();
 }
 
 // Without shuffles pixels are moved one by one.

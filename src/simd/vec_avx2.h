@@ -350,11 +350,6 @@ constexpr int kSpanBytes = 16;
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t stride, U8 v) { store_halves(p, p + stride, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return shuffle(v, t); }
-// A store past the caches; p is aligned. Fence them before anything else may look.
-LUM_INLINE void stream(uint8_t* p, U8 v) {
-  _mm256_stream_si256(reinterpret_cast<__m256i*>(p), m(v));
-}
-LUM_INLINE void stream_fence() { _mm_sfence(); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i % 16 : i % 16 ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }

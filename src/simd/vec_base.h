@@ -269,9 +269,6 @@ LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
   return lanes<U8>([&](int i) { return v[t.v[i]]; });
 }
-// A store past the caches, where there is such a thing; p is aligned.
-LUM_INLINE void stream(uint8_t* p, U8 v) { store(p, v); }
-LUM_INLINE void stream_fence() {}
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });

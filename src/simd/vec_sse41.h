@@ -310,9 +310,6 @@ constexpr int kSpanBytes = 16;
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return shuffle(v, t); }
-// A store past the caches; p is aligned. Fence them before anything else may look.
-LUM_INLINE void stream(uint8_t* p, U8 v) { _mm_stream_si128(reinterpret_cast<__m128i*>(p), m(v)); }
-LUM_INLINE void stream_fence() { _mm_sfence(); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i : i ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }
