@@ -197,16 +197,26 @@ inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, in
   sum_columns(scratch, av3, words);
 }
 
-// 0..4: how much smaller the first of two measures is than the second, 2 being undecided. `near`
-// and `far` reduce a measure: below near(the other) it is the smaller one, below far(the other) by
-// much.
+// Weights are negative, in units of 2^-15, so that all of a weight, -1, fits a word: what rounding
+// products take. As (b - a) times less w is (a - b) times w,
+//   weighted(-w 2^12, a, b) = (w a + (8 - w) b + 4) >> 3    w = 0..8
+//   weighted(-w 2^13, a, b) = (w a + (4 - w) b + 2) >> 2    w = 0..4
+LUM_INLINE I16 weighted(I16 weight, I16 a, I16 b) { return b + mul_round(b - a, weight); }
+
+// (v + half) >> bits, v being a word.
+LUM_INLINE I16 rounded(I16 v, int bits) { return mul_round(v, I16(splat16(1u << (15 - bits)))); }
+
+// 0..-4 << shift: how much smaller the first of two measures is than the second, -2 being
+// undecided. `near` and `far` reduce a measure: below near(the other) it is the smaller one, below
+// far(the other) by much.
 template <class Near, class Far>
-LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far) {
-  I16 e = I16{} + 2;
-  e = add_where_greater(e, second, far(first));
-  e = add_where_greater(e, second, near(first));
-  e = subtract_where_greater(e, first, near(second));
-  return subtract_where_greater(e, first, far(second));
+LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far, int shift) {
+  I16 e = I16{} - 2;
+  e = subtract_where_greater(e, second, far(first));
+  e = subtract_where_greater(e, second, near(first));
+  e = add_where_greater(e, first, near(second));
+  e = add_where_greater(e, first, far(second));
+  return I16(U16(e) << shift);
 }
 
 inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
@@ -217,24 +227,10 @@ inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
     store(qv + x, mid + mid - at(pv[0], x) - at(pv[2], x));
     const I16 gh = at(ah3[0], x) + at(ah3[1], x) + at(ah3[2], x);
     const I16 gv = at(av3[0], x) + at(av3[1], x) + at(av3[2], x);
-    // 4 is smooth along the row.
     store(e + x, preference(
-                     gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }));
+                     gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }, 12));
     store(act + x, lesser(gh, gv));
   }
-}
-
-// (weight * a + (2^bits - weight) * b + half) >> bits. The product may wrap; the sum does not.
-LUM_INLINE I16 mix(I16 weight, I16 a, I16 b, int bits) {
-  const U16 half = splat16(1u << (bits - 1));
-  const U16 sum = U16(weight) * U16(a - b) + (U16(b) << bits) + half;
-  return I16(sum) >> bits;
-}
-
-LUM_INLINE I16 pick(const Mask& mask, I16 chosen, I16 otherwise) {
-  U16 x, y;
-  cross16(mask, U16(chosen), U16(otherwise), x, y);
-  return I16(x);
 }
 
 // Differences of a pixel: to the colour that green pixels miss in their row (first) and to the one
@@ -242,18 +238,39 @@ LUM_INLINE I16 pick(const Mask& mask, I16 chosen, I16 otherwise) {
 struct Differences {
   I16 first, second;
 };
+
+// The columns that hold the row's own colour and those that hold green, as factors: a product with
+// none is cheaper than a choice.
+struct Columns {
+  explicit Columns(unsigned parity_of_native)
+      : native(even_lanes(parity_of_native)),
+        sixteenth_of_native(chosen(kSixteenth, 0)),
+        sixteenth_of_green(chosen(0, kSixteenth)),
+        sign(chosen(1, -1)) {}
+
+  Mask native;
+  I16 sixteenth_of_native, sixteenth_of_green;  // of mul_round()
+  I16 sign;                                     // -1 where green is
+
+ private:
+  static constexpr int kSixteenth = 1 << 11;
+  LUM_INLINE I16 chosen(int in_native, int in_green) const {
+    U16 x, y;
+    cross16(native, splat16(static_cast<unsigned>(in_native)),
+            splat16(static_cast<unsigned>(in_green)), x, y);
+    return I16(x);
+  }
+};
+
 // Colours of half a block before they are limited.
 struct Colours {
   I16 n, g, o;
 };
 // With d1 = (first + 8) >> 4 and d2 alike:
-//   native: N = z, G = z - d1, O = z - d1 + d2     green: N = z - d1, G = z, O = z - d2
-LUM_INLINE Colours colours_from(const Mask& native, I16 z, const Differences& x) {
-  const I16 d1 = (x.first + 8) >> 4, d2 = (x.second + 8) >> 4;
-  const I16 near = z - d1;
-  U16 n, g;
-  cross16(native, U16(z), U16(near), n, g);
-  return {I16(n), I16(g), pick(native, near + d2, z - d2)};
+//   native: N = z, G = z - d1, O = G + d2     green: N = z - d1, G = z, O = G - d2
+LUM_INLINE Colours colours_from(const Columns& c, I16 z, const Differences& x) {
+  const I16 g = z - mul_round(x.first, c.sixteenth_of_native);
+  return {z - mul_round(x.first, c.sixteenth_of_green), g, g + rounded(x.second, 4) * c.sign};
 }
 
 // half(x) gives the colours of columns x .. x + kLanes / 2 - 1 of the tile's word rows.
@@ -267,7 +284,8 @@ LUM_INLINE void write_planes(const DemosaicTile& t, Half half) {
   }
 }
 
-LUM_INLINE I16 negated_average(I16 a, I16 b) { return -((a + b + 1) >> 1); }
+// -((a + b + 1) >> 1), which is half of -(a + b), rounded down.
+LUM_INLINE I16 negated_average(I16 a, I16 b) { return mul_hi(a + b, I16{} + (-32768)); }
 
 // Differences down the column by a pixel's own line and by the lines beside it: which of the two is
 // the first depends on what the pixel holds.
@@ -278,56 +296,54 @@ LUM_INLINE Differences down(const Mask& native, I16 own, I16 beside) {
 }
 
 LUM_INLINE Differences mixed(I16 w, const Differences& along, const Differences& across) {
-  return {mix(w, along.first, across.first, 3), mix(w, along.second, across.second, 3)};
+  return {weighted(w, along.first, across.first), weighted(w, along.second, across.second)};
 }
 
 inline void lcaa(const DemosaicTile& t) {
-  const Mask native = even_lanes(t.native);
+  const Columns columns(t.native);
   write_planes(t, [&](size_t x) {
-    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);  // 0..8, 8 is smooth along the row
+    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
     const Differences row = {at(t.qh[3], x), negated_average(at(t.qh[2], x), at(t.qh[4], x))};
     const Differences column =
-        down(native, at(t.qv, x), negated_average(at(t.qv, x - 1), at(t.qv, x + 1)));
-    return colours_from(native, at(t.z[3], x), mixed(w, row, column));
+        down(columns.native, at(t.qv, x), negated_average(at(t.qv, x - 1), at(t.qv, x + 1)));
+    return colours_from(columns, at(t.z[3], x), mixed(w, row, column));
   });
 }
 
-// Which of two neighbouring lines to lean to, by how far their green is from the pixel's: 0..4
-// quarters for the first.
+// Which of two neighbouring lines to lean to, by how far their green is from the pixel's: the
+// weight of the first.
 LUM_INLINE I16 closer(I16 a, I16 c) {
   return preference(
-      a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; });
+      a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; }, 13);
 }
 
-// Green of a pixel by differences q, not limited.
-LUM_INLINE I16 green(const Mask& native, I16 z, I16 q) {
-  return pick(native, z - ((q + 8) >> 4), z);
-}
+// Green of a pixel by differences q, not limited. `sixteenth` is none where the sample is green.
+LUM_INLINE I16 green(I16 sixteenth, I16 z, I16 q) { return z - mul_round(q, sixteenth); }
 
-// -((k a + (4 - k) b + 2) >> 2), k by which of the greens is nearer to the pixel's.
+// The weighted mean of two lines, negated, by which of their greens is nearer to the pixel's.
 LUM_INLINE I16 leaning(I16 green_here, I16 green_a, I16 green_b, I16 a, I16 b) {
   const I16 k = closer(absolute(green_here - green_a), absolute(green_here - green_b));
-  return -mix(k, a, b, 2);
+  return -weighted(k, a, b);
 }
 
 LUM_INLINE I16 smooth3(I16 before, I16 here, I16 behind) {
-  return (before + here + here + behind + 2) >> 2;
+  return rounded(before + here + here + behind, 2);
 }
 LUM_INLINE I16 smooth4(I16 far1, I16 near1, I16 near2, I16 far2) {
   const I16 near = near1 + near2;
-  return -((far1 + far2 + near + near + near + 4) >> 3);
+  return -rounded(far1 + far2 + near + near + near, 3);
 }
 
-// How busy and nearly grey a place is, 0..2, from its activity and its smooth differences.
+// How busy and nearly grey a place is, 0..-2 << 13, from its activity and its smooth differences.
 LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   const I16 u = absolute(smooth.first) + absolute(smooth.second) + 64, quarter = u >> 2;
-  const I16 busy = add_where_greater(I16{}, act, quarter + (quarter >> 1));
-  return add_where_greater(busy, act, u - quarter);
+  const I16 busy = subtract_where_greater(I16{}, act, quarter + (quarter >> 1));
+  return I16(U16(subtract_where_greater(busy, act, u - quarter)) << 13);
 }
 
 inline void lcaav(const DemosaicTile& t) {
-  const Mask native = even_lanes(t.native);
-  const Mask native_beside = even_lanes(t.native + 1);  // in the rows and columns beside
+  const Columns columns(t.native);
+  const I16 here = columns.sixteenth_of_native, beside = columns.sixteenth_of_green;
   for (size_t x = 0; x < t.columns + kTileMargin + 1; x += kLanes / 2) {
     const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
     const I16 z = at(t.z[3], x);
@@ -335,17 +351,17 @@ inline void lcaav(const DemosaicTile& t) {
     const I16 qv = at(t.qv, x), qv_left = at(t.qv, x - 1), qv_right = at(t.qv, x + 1);
 
     // Sharp: what a line lacks comes from the neighbouring line whose green is nearer.
-    const I16 from_rows = leaning(green(native, z, qh), green(native_beside, at(t.z[2], x), qh_up),
-                                  green(native_beside, at(t.z[4], x), qh_down), qh_up, qh_down);
+    const I16 from_rows = leaning(green(here, z, qh), green(beside, at(t.z[2], x), qh_up),
+                                  green(beside, at(t.z[4], x), qh_down), qh_up, qh_down);
     const I16 from_columns =
-        leaning(green(native, z, qv), green(native_beside, at(t.z[3], x - 1), qv_left),
-                green(native_beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
-    const Differences sharp = mixed(w, {qh, from_rows}, down(native, qv, from_columns));
+        leaning(green(here, z, qv), green(beside, at(t.z[3], x - 1), qv_left),
+                green(beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
+    const Differences sharp = mixed(w, {qh, from_rows}, down(columns.native, qv, from_columns));
 
     // Smooth: a second low-pass, across the direction.
     const Differences row = {smooth3(at(t.qh[1], x), qh, at(t.qh[5], x)),
                              smooth4(at(t.qh[0], x), qh_up, qh_down, at(t.qh[6], x))};
-    const Differences column = down(native, smooth3(at(t.qv, x - 2), qv, at(t.qv, x + 2)),
+    const Differences column = down(columns.native, smooth3(at(t.qv, x - 2), qv, at(t.qv, x + 2)),
                                     smooth4(at(t.qv, x - 3), qv_left, qv_right, at(t.qv, x + 3)));
     const Differences smooth = mixed(w, row, column);
 
@@ -356,10 +372,10 @@ inline void lcaav(const DemosaicTile& t) {
     store(t.work[4] + x, calmness(at(t.act, x), smooth));
   }
   write_planes(t, [&](size_t x) {
-    const I16 share = at(t.work[4], x - 1) + at(t.work[4], x + 1);  // 0..4, of the smooth set
-    const Differences chosen = {mix(share, at(t.work[2], x), at(t.work[0], x), 2),
-                                mix(share, at(t.work[3], x), at(t.work[1], x), 2)};
-    return colours_from(native, at(t.z[3], x), chosen);
+    const I16 share = at(t.work[4], x - 1) + at(t.work[4], x + 1);  // of the smooth set
+    const Differences chosen = {weighted(share, at(t.work[2], x), at(t.work[0], x)),
+                                weighted(share, at(t.work[3], x), at(t.work[1], x))};
+    return colours_from(columns, at(t.z[3], x), chosen);
   });
 }
 

@@ -172,7 +172,7 @@ struct DemosaicTile {
   const int16_t* z[7];   // samples, rows y - 3 .. y + 3
   const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
   const int16_t* qv;     // differences down the column, row y
-  const int16_t* e;      // direction, row y
+  const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
   const int16_t* act;    // activity, row y
   int16_t* work[5];      // rows for the kernel's own use
   uint32_t native;       // parity of the columns of row y that hold the row's own colour

@@ -79,6 +79,7 @@ LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm256_max_epi16(m(a), m(b)));
 LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) { return sum - I16(a > b); }
 LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(a > b); }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm256_mulhi_epu16(m(a), m(b))); }
+LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm256_mulhi_epi16(m(a), m(b))); }
 // n is at most 16.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
   return u16(_mm256_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));

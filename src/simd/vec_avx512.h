@@ -84,6 +84,7 @@ LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
   return i16(_mm512_mask_sub_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(1)));
 }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b))); }
+LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm512_mulhi_epi16(m(a), m(b))); }
 // n is at most 16.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
   return u16(_mm512_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));

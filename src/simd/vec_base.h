@@ -68,6 +68,9 @@ LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(
 LUM_INLINE U16 mul_hi(U16 a, U16 b) {
   return lanes<U16>([&](int i) { return (static_cast<uint32_t>(a[i]) * b[i]) >> 16; });
 }
+LUM_INLINE I16 mul_hi(I16 a, I16 b) {
+  return lanes<I16>([&](int i) { return (static_cast<int32_t>(a[i]) * b[i]) >> 16; });
+}
 // n is at most 16.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
   return lanes<U16>([&](int i) { return a[i] << n; });
