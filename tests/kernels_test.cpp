@@ -76,7 +76,7 @@ RowMemory row_memory(Source source, size_t n, uint64_t seed, RowArgs& args) {
   if (source == Source::bilinear) {  // as in the border rows, above and below may be the same
     args.above = seed % 3 == 0 ? pitch : -pitch;
     args.below = seed % 3 == 1 ? -pitch : pitch;
-    return {padded + 1, static_cast<size_t>(pitch) + 1};
+    return {padded + 2, static_cast<size_t>(pitch) + 2};
   }
   if (source == Source::paired_chroma) {  // two rows above and below, two samples before the row
     args.above = seed % 3 == 0 ? pitch : -pitch;
@@ -113,8 +113,7 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
     const int64_t top = words ? 65535 : 255;
     for (const test::Matrix& m : kMatrices) {
       args.matrix = m.data();
-      for (args.scale = 10; args.scale <= (source == Source::mosaic8_wrapped ? 10 : 18);
-           args.scale += 4) {
+      for (args.scale = 10; args.scale <= (words ? 18 : 10); args.scale += 4) {
         for (args.wide = needs_wide(m, top); args.wide < 2; ++args.wide) {
           for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
         }

@@ -31,6 +31,11 @@ LUM_INLINE U8 average4(U8 a, U8 b, U8 c, U8 d) {
 // Bilinear, 3 x 3: with h, v, d the sums of the neighbours beside, above and below, diagonal,
 //   native: N = z             G = (h + v + 2) >> 2   O = (d + 2) >> 2
 //   green:  N = (h + 1) >> 1  G = z                  O = (v + 1) >> 1
+// Both means of four belong to native pixels. The one of d is made in the lane of the green pixel
+// that makes a pair with it, where the samples above and below are two of the four:
+//
+//   native in even columns:  0 1 2 3     the mean around 2 lies in lane 3, from 1 and 3 of the rows
+//                            N G N G     above and below
 struct Bilinear {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
   static constexpr int kRows = 1;
@@ -39,24 +44,26 @@ struct Bilinear {
       : native(even_lanes(args.column)),
         above(args.above),
         below(args.below),
+        across((args.column & 1) == 0 ? -2 : 2),
+        exchanged(byte_order(true)),
         own_is_blue(args.own_is_blue != 0) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const uint8_t* const up = a + above;
     const uint8_t* const down = a + below;
     const U8 z = load<U8>(a), left = load<U8>(a - 1), right = load<U8>(a + 1);
     const U8 n = load<U8>(up), s = load<U8>(down);
-    const U8 cross4 = average4(left, right, n, s);
-    const U8 diagonal =
-        average4(load<U8>(up - 1), load<U8>(up + 1), load<U8>(down - 1), load<U8>(down + 1));
-    U8 own, green, other, unused;
-    cross(native, z, avg_up(left, right), own, unused);
-    cross(native, cross4, z, green, unused);
-    cross(native, diagonal, avg_up(n, s), other, unused);
+    const U8 mean = average4(n, s, choose(native, left, load<U8>(up + across)),
+                             choose(native, right, load<U8>(down + across)));
+    const U8 mean_of_pair = U8(ordered(U16(mean), exchanged));
+    const U8 own = choose(native, z, avg_up(left, right));
+    const U8 green = choose(native, mean, z);
+    const U8 other = choose(native, mean_of_pair, avg_up(n, s));
     return own_is_blue ? Rgb8{other, green, own} : Rgb8{own, green, other};
   }
 
   Mask native;
-  ptrdiff_t above, below;
+  ptrdiff_t above, below, across;
+  ByteOrder exchanged;
   bool own_is_blue;
 };
 
@@ -118,10 +125,6 @@ struct PairedChroma {
     return (near + far) >> 5;
   }
 
-  // First and second pixels' values, one of them limited, back in one vector of bytes.
-  static LUM_INLINE U8 join(I16 first, I16 second) { return U8(U16(first) | U16(second) << 8); }
-  static LUM_INLINE I16 limited(I16 v) { return lesser(greater(v, I16{}), I16{} + 255); }
-
   template <bool green_first_>
   LUM_INLINE Colours colours(const uint8_t* a) const {
     const I16 d1 = difference<kGreenMinusOwn, green_first_>(a);
@@ -129,14 +132,14 @@ struct PairedChroma {
     const U16 z = load<U16>(a);
     const I16 first = I16(z & 255), second = I16(z >> 8);
     const I16 native = green_first_ ? second : first, green = green_first_ ? first : second;
-    const I16 native_green = native + d1;
-    const I16 native_other = limited(native_green - d2), green_other = limited(green - d2);
-    const I16 green_own = limited(green - d1), green_of_native = limited(native_green);
+    const I16 native_green = native + d1, green_own = green - d1;
+    const I16 native_other = native_green - d2, green_other = green - d2;
     if (green_first_) {
-      return {join(green_own, native), join(green, green_of_native),
-              join(green_other, native_other)};
+      return {alternate_sat(green_own, native), alternate_sat(green, native_green),
+              alternate_sat(green_other, native_other)};
     }
-    return {join(native, green_own), join(green_of_native, green), join(native_other, green_other)};
+    return {alternate_sat(native, green_own), alternate_sat(native_green, green),
+            alternate_sat(native_other, green_other)};
   }
 
   ptrdiff_t offsets[5];
@@ -353,9 +356,8 @@ inline void lcaav(const DemosaicTile& t) {
     // Sharp: what a line lacks comes from the neighbouring line whose green is nearer.
     const I16 from_rows = leaning(green(here, z, qh), green(beside, at(t.z[2], x), qh_up),
                                   green(beside, at(t.z[4], x), qh_down), qh_up, qh_down);
-    const I16 from_columns =
-        leaning(green(here, z, qv), green(beside, at(t.z[3], x - 1), qv_left),
-                green(beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
+    const I16 from_columns = leaning(green(here, z, qv), green(beside, at(t.z[3], x - 1), qv_left),
+                                     green(beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
     const Differences sharp = mixed(w, {qh, from_rows}, down(columns.native, qv, from_columns));
 
     // Smooth: a second low-pass, across the direction.

@@ -8,8 +8,8 @@
 //   G  = clamp((1024 Y -  917 Cr - 1078 Cb) >> 10)
 //   B  = clamp((1024 Y -  959 Cr + 4645 Cb) >> 10)
 //
-// in 16 bits, as floors of floors: with 2165 = 2 * 1024 + 117 and 344 = 43 * 8, for instance,
-// R = Y + 2 Cr + (((117 Cr >> 3) + 43 Cb) >> 7).
+// Y is whole, so only the rest of the sums needs more than 16 bits. With 64 Cr and 64 Cb its floor
+// is the upper half of a 32-bit lane: 64 * 1024 = 65536.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -19,14 +19,10 @@ struct Cygm {
   static constexpr int kRows = 2;
   static constexpr bool kEdge = true, kPadded = false;
 
-  // yellow - cyan is sample 1 - sample 0 in even pixels and 0 - 1 in odd ones; likewise magenta -
-  // green. These are the weights of interleaved samples, for two pixels.
-  explicit Cygm(const RowArgs& args) {
-    const U8 right_minus_left = U8(U32{} + 0xFF0101FFu);  // -1 +1, +1 -1
-    yellow_minus_cyan = I8(right_minus_left);
-    // Every weight negated when magenta comes first: -1 is 0xFF, so 1 and -1 differ by 0xFE.
-    magenta_minus_green = I8(right_minus_left ^ splat8(args.column & 1 ? 0xFE : 0));
-  }
+  // Even and odd pixels are apart, the two samples that each takes of a line in a word. yellow -
+  // cyan is sample 1 - sample 0 in even pixels and 0 - 1 in odd ones; magenta - green likewise when
+  // green comes first, and the other way round when magenta does.
+  explicit Cygm(const RowArgs& args) : magenta_first((args.column & 1) != 0) {}
 
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
     return colours(load<U8>(a), load<U8>(a + 1), load<U8>(b), load<U8>(b + 1));
@@ -36,29 +32,39 @@ struct Cygm {
   }
 
  private:
-  struct Rgb16Signed {
-    I16 r, g, b;
+  struct Terms {
+    I16 y, cr64, cb64;
   };
 
-  LUM_INLINE Rgb8 colours(U8 a0, U8 a1, U8 b0, U8 b1) const {
-    const Bytes2 a = interleave(a0, a1), b = interleave(b0, b1);
-    const Rgb16Signed lo = half(a.lo, b.lo), hi = half(a.hi, b.hi);
-    return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
-  }
+  // 64 times a quarter, truncated toward zero, of a sixteenth of v.
+  static LUM_INLINE I16 quarter64(I16 v) { return (v + ((v >> 15) & 63)) & ~63; }
 
-  static LUM_INLINE I16 quarter_toward_zero(I16 v) { return (v + I16(U16(v) >> 14)) >> 2; }
-
-  LUM_INLINE Rgb16Signed half(U8 a, U8 b) const {
+  static LUM_INLINE Terms terms(U8 a, U8 b, I8 yellow_minus_cyan, I8 magenta_minus_green) {
     const I8 ones = I8(splat8(1));
-    const I16 y = (madd(a, ones) + madd(b, ones)) >> 2;
     const I16 da = madd(a, yellow_minus_cyan), db = madd(b, magenta_minus_green);
-    const I16 cr = quarter_toward_zero(db + da), cb = quarter_toward_zero(db - da);
-    return {y + cr + cr + (((times(cr, 117) >> 3) + times(cb, 43)) >> 7),
-            y - cr - cb + ((times(cr, 107) - times(cb, 54)) >> 10),
-            y - cr + (cb << 2) + ((((times(cr, 65) + times(cb, 37)) >> 9) + cb) >> 1)};
+    return {(madd(a, ones) + madd(b, ones)) >> 2, quarter64(db + da), quarter64(db - da)};
   }
 
-  I8 yellow_minus_cyan, magenta_minus_green;
+  LUM_INLINE Rgb8 colours(U8 a0, U8 a1, U8 b0, U8 b1) const {
+    const I8 second_minus_first = I8(splat_pair(-16, 16)),
+             first_minus_second = I8(splat_pair(16, -16));
+    const Terms even =
+        terms(a0, b0, second_minus_first, magenta_first ? first_minus_second : second_minus_first);
+    const Terms odd =
+        terms(a1, b1, first_minus_second, magenta_first ? second_minus_first : first_minus_second);
+    const Words2 y = interleave(even.y, odd.y);
+    const Words2 even_c = interleave(even.cr64, even.cb64), odd_c = interleave(odd.cr64, odd.cb64);
+    const auto colour = [&](int from_cr, int from_cb) {
+      const I16 weights = I16(splat_words(from_cr, from_cb));
+      const auto half = [&](I16 e, I16 o) {
+        return high_words(U32(madd(e, weights)), U32(madd(o, weights)));
+      };
+      return pack_sat(y.lo + half(even_c.lo, odd_c.lo), y.hi + half(even_c.hi, odd_c.hi));
+    };
+    return {colour(2165, 344), colour(-917, -1078), colour(-959, 4645)};
+  }
+
+  bool magenta_first;
 };
 
 }  // namespace

@@ -48,12 +48,6 @@ LUM_INLINE I16 cygm_luma8(I16 above, I16 here, I16 below) {
   return here + median;
 }
 
-// Words of two factors for madd().
-LUM_INLINE I16 weight_pair(int32_t first, int32_t second) {
-  return I16(U32{} +
-             (static_cast<uint16_t>(first) | uint32_t{static_cast<uint16_t>(second)} << 16));
-}
-
 // Columns of the weights: the line above, here, below, the one below that.
 constexpr int kCygmLines = 4;
 
@@ -64,8 +58,8 @@ struct CygmWindow {
   explicit CygmWindow(const RowArgs& args) : above(args.above), below(args.below) {
     for (int i = 0; i < 3; ++i) {
       const int32_t* const w = args.matrix + i * kCygmLines;
-      luma_here[i] = weight_pair(4096, w[1]);
-      above_below[i] = weight_pair(w[0], w[2]);
+      luma_here[i] = I16(splat_words(4096, w[1]));
+      above_below[i] = I16(splat_words(w[0], w[2]));
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
@@ -125,9 +119,9 @@ struct CygmBinned {
     for (int i = 0; i < 3; ++i) {
       const int32_t* const w = args.matrix + i * kCygmLines;
       // The line's own weight is even and may need 17 bits: half of it goes with twice its D'.
-      luma_here[i] = weight_pair(16384, w[1] / 2);
-      above_below[i] = weight_pair(w[0], w[2]);
-      beyond[i] = weight_pair(w[3], 0);
+      luma_here[i] = I16(splat_words(16384, w[1] / 2));
+      above_below[i] = I16(splat_words(w[0], w[2]));
+      beyond[i] = I16(splat_words(w[3], 0));
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {

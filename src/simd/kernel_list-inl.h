@@ -14,6 +14,7 @@
 // What builds on them.
 #include "bayer/binned_source-inl.h"
 #include "bayer/corrected_sources-inl.h"
+#include "bayer/corrected_words-inl.h"
 #include "bayer/demosaic_rows-inl.h"
 #include "convert/depth_rows-inl.h"
 #include "convert/planes_rows-inl.h"
@@ -119,10 +120,11 @@ constexpr Kernels make_kernels() {
   add_colour<Cygm>(k, Source::cygm);
   cell(k, Source::cygm, Sink::uyvy) = row<Cygm, Uyvy>;
 
-  using Mosaic8Corrected = Corrected8<Mosaic8>;
+  using Mosaic8Corrected = Corrected8<MosaicPairs8>;
   add_colour<Mosaic8Corrected>(k, Source::mosaic8_corrected);
   cell(k, Source::mosaic8_corrected, Sink::uyvy) = row<Mosaic8Corrected, Uyvy>;
-  cell(k, Source::mosaic8_wrapped, Sink::mono8_rec601) = row<Mosaic8Wrapped, Mono8<Rec601>>;
+  cell(k, Source::mosaic8_wrapped, Sink::mono8_rec601) =
+      row<Corrected8<MosaicPairs8, true>, Mono8<Rec601>>;
   add_colour<Mosaic16CorrectedTo8>(k, Source::mosaic16_corrected);
   cell(k, Source::mosaic16_corrected, Sink::uyvy) = row<Mosaic16CorrectedTo8, Uyvy>;
   using Mosaic16Corrected = Corrected16<Mosaic16>;

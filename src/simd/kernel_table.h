@@ -31,8 +31,8 @@ enum class Source : unsigned {
   yuv422,              // U Y0 V Y1
   yuv444,              // U Y V
   planes8,             // three rows of bytes, RowArgs::pitch apart: R from a, G, B
-  bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with a sample before
-             // and one behind: see RowArgs::above
+  bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with two samples
+             // before and behind: see RowArgs::above
   paired_chroma,    // likewise with two rows above and below, two samples before and three behind
   bgr24_corrected,  // bgr24, then RowArgs::matrix
   bgr48_corrected,  // B, G, R as words in host order, then RowArgs::matrix
@@ -129,8 +129,8 @@ struct RowArgs {
   // mono16, and where DirectKernels names it: 1 when the first byte of a word is its high byte.
   uint32_t big_endian = 0;
   // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes
-  // its row's sum >> scale, limited to what the sink holds. Studio-range YUV: four factors, as
-  // DirectKernels says.
+  // its row's sum >> scale, limited to what the sink holds; the scale of bytes is 10. Studio-range
+  // YUV: four factors, as DirectKernels says.
   const int32_t* matrix = nullptr;
   uint32_t scale = 0;
   // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.

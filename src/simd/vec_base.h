@@ -44,6 +44,11 @@ LUM_INLINE void cross(Mask m, V a, V b, V& x, V& y) {
 }
 LUM_INLINE void cross16(Mask m, U16 a, U16 b, U16& x, U16& y) { cross(m, a, b, x, y); }
 
+// a in the chosen lanes, b in the others.
+LUM_INLINE U8 choose(Mask m, U8 a, U8 b) {
+  return lanes<U8>([&](int i) { return (i + m.parity) % 2 == 0 ? a[i] : b[i]; });
+}
+
 LUM_INLINE U8 avg_up(U8 a, U8 b) {
   return lanes<U8>([&](int i) { return (a[i] + b[i] + 1) >> 1; });
 }
@@ -129,6 +134,10 @@ LUM_INLINE I16 pack_sat(I32 lo, I32 hi) {
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
   constexpr int n = kWords / 2;
   return lanes<U16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], 0, 65535); });
+}
+// Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
+LUM_INLINE I16 high_words(U32 even, U32 odd) {
+  return lanes<I16>([&](int i) { return (i % 2 ? odd[i / 2] : even[i / 2]) >> 16; });
 }
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {

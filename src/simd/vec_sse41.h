@@ -56,6 +56,9 @@ LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
   y = a ^ t;
 }
 
+// a in the chosen lanes, b in the others.
+LUM_INLINE U8 choose(const Mask& mask, U8 a, U8 b) { return b ^ ((a ^ b) & mask.bytes); }
+
 LUM_INLINE U8 avg_up(U8 a, U8 b) { return u8(_mm_avg_epu8(m(a), m(b))); }
 LUM_INLINE U16 avg_up(U16 a, U16 b) { return u16(_mm_avg_epu16(m(a), m(b))); }
 LUM_INLINE I16 absolute(I16 a) { return i16(_mm_abs_epi16(m(a))); }
@@ -106,6 +109,10 @@ LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm_packs_epi32(m(lo), m(hi))); }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm_packus_epi32(m(lo), m(hi))); }
+// Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
+LUM_INLINE I16 high_words(U32 even, U32 odd) {
+  return i16(_mm_blend_epi16(m(U8(even >> 16)), m(U8(odd)), 0xAA));
+}
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
