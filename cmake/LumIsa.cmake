@@ -6,7 +6,8 @@
 set(lum_flags_base -O2)
 set(lum_flags_sse41 -mssse3 -msse4.1)
 set(lum_flags_avx2 ${lum_flags_sse41} -mavx -mavx2)
-set(lum_flags_avx512 ${lum_flags_avx2} -mavx512f -mavx512bw -mavx512vl -mavx512dq -mavx512vbmi)
+set(lum_flags_avx512 ${lum_flags_avx2} -mavx512f -mavx512bw -mavx512vl -mavx512dq -mavx512vbmi
+    -mavx512vnni)
 
 set(LUM_LEVELS base)
 if(CMAKE_SYSTEM_PROCESSOR MATCHES "^(x86_64|AMD64|amd64)$" AND CMAKE_SIZEOF_VOID_P EQUAL 8)

@@ -70,8 +70,8 @@ class ByteMatrix {
   LUM_INLINE I16 half(int i, I16 even, I16 odd, I16 third) const {
     const U32 to_even = U32(madd(third, third_of_even_[i]));
     const U32 to_odd = one_third ? to_even : U32(madd(third, third_of_odd_[i]));
-    return high_words(U32(madd(even, first_green_[i])) + to_even,
-                      U32(madd(odd, first_green_[i])) + to_odd);
+    return high_words(add_madd(to_even, even, first_green_[i]),
+                      add_madd(to_odd, odd, first_green_[i]));
   }
 
   I16 first_green_[3], third_of_even_[3], third_of_odd_[3];
@@ -103,7 +103,9 @@ struct MosaicPairs8 : Mosaic8 {
 
  private:
   // 64 ((g1 + g2) >> 1)
-  static LUM_INLINE I16 mean(I16 half_g1, I16 half_g2) { return (half_g1 + half_g2) & ~63; }
+  static LUM_INLINE I16 mean(I16 half_g1, I16 half_g2) {
+    return (half_g1 + half_g2) & in_register(I16{} + (-64));
+  }
   static LUM_INLINE PixelPairs pairs_of(U8 own0, U8 own1, U8 other0, U8 other1) {
     const I16 even_green = mean(unit_of_upper(own0, 32), unit_of_lower(other0, 32));
     const I16 odd_green = mean(unit_of_lower(own1, 32), unit_of_upper(other1, 32));

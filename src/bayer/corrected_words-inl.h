@@ -8,29 +8,30 @@ namespace {
 // The matrix for words.
 class WordMatrix : public ScalarMatrix {
  public:
-  explicit WordMatrix(const RowArgs& args) : ScalarMatrix(args), scale_(args.scale) {
+  explicit WordMatrix(const RowArgs& args)
+      : ScalarMatrix(args), scale_(I32{} + static_cast<int32_t>(args.scale)) {
     const int32_t* m = args.matrix;
     for (int i = 0; i < 3; ++i, m += 3) {
       red_green_[i] = I16(splat_words(m[0], m[1]));
       blue_[i] = I16(splat_words(m[2], 0));
       // What words less 32768 leave out of the sum.
-      bias_[i] =
-          (static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]))
-          << 15;
+      const uint32_t sum =
+          static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
+      bias_[i] = U32{} + (sum << 15);
     }
   }
 
   // Row i's sum, scaled, for kLanes / 4 pixels of unsigned words that come less 32768; wraps where
   // the exact sum does not.
   LUM_INLINE I32 scaled_sum(int i, I16 red_green, I16 blue_zero) const {
-    const U32 sum = U32(madd(red_green, red_green_[i])) + U32(madd(blue_zero, blue_[i])) + bias_[i];
-    return I32(sum) >> static_cast<int32_t>(scale_);
+    const U32 sum = add_madd(add_madd(bias_[i], red_green, red_green_[i]), blue_zero, blue_[i]);
+    return shift_right(I32(sum), scale_);
   }
 
  private:
-  uint32_t scale_;
+  I32 scale_;
   I16 red_green_[3], blue_[3];
-  uint32_t bias_[3];
+  U32 bias_[3];
 };
 
 // B G R in memory, words in host order.

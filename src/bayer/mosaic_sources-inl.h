@@ -51,7 +51,8 @@ struct Mosaic8Pairs {
   explicit Mosaic8Pairs(const RowArgs& args)
       : from_a_even(even_lanes(args.column)),
         from_a_odd(even_lanes(args.column + 1)),
-        blue_first((args.column & 1) != 0) {}
+        blue_first((args.column & 1) != 0),
+        blue_first_mask(splat8(blue_first ? 0xFF : 0)) {}
 
   LUM_INLINE BlockPairs block(const uint8_t* a, const uint8_t* b) const {
     return pairs_of(load<U8>(a), load<U8>(a + 1), load<U8>(b), load<U8>(b + 1));
@@ -67,11 +68,14 @@ struct Mosaic8Pairs {
     cross(from_a_odd, a1, b1, p.odd.red_blue, p.odd.greens);
     p.even.blue_first = blue_first;
     p.odd.blue_first = !blue_first;
+    p.even.blue_first_mask = blue_first_mask;
+    p.odd.blue_first_mask = ~blue_first_mask;
     return p;
   }
 
   Mask from_a_even, from_a_odd;
   bool blue_first;
+  U8 blue_first_mask;
 };
 
 struct Mosaic16 {

@@ -76,16 +76,19 @@ struct StudioRange {
     const Words2 yu = interleave(y, c.u), yv = interleave(y, c.v);
     const I16 from_v = I16(splat_words(kLuma, red)), from_u = I16(splat_words(kLuma, blue));
     const I16 green_yu = I16(splat_words(kLuma, green_u)), green_yv = I16(splat_words(0, green_v));
-    const int32_t r = added(red), g = added(green_u + green_v), b = added(blue);
-    return {pack_sat((madd(yv.lo, from_v) + r) >> 8, (madd(yv.hi, from_v) + r) >> 8),
-            pack_sat((madd(yu.lo, green_yu) + madd(yv.lo, green_yv) + g) >> 8,
-                     (madd(yu.hi, green_yu) + madd(yv.hi, green_yv) + g) >> 8),
-            pack_sat((madd(yu.lo, from_u) + b) >> 8, (madd(yu.hi, from_u) + b) >> 8)};
+    const U32 r = added(red), g = added(green_u + green_v), b = added(blue);
+    const U32 g_lo = add_madd(g, yu.lo, green_yu), g_hi = add_madd(g, yu.hi, green_yu);
+    return {packed(add_madd(r, yv.lo, from_v), add_madd(r, yv.hi, from_v)),
+            packed(add_madd(g_lo, yv.lo, green_yv), add_madd(g_hi, yv.hi, green_yv)),
+            packed(add_madd(b, yu.lo, from_u), add_madd(b, yu.hi, from_u))};
   }
 
  private:
   static constexpr int32_t kLuma = 298;
-  static int32_t added(int32_t chroma) { return 128 - 16 * kLuma - 128 * chroma; }
+  static LUM_INLINE U32 added(int32_t chroma) {
+    return U32{} + static_cast<uint32_t>(128 - 16 * kLuma - 128 * chroma);
+  }
+  static LUM_INLINE I16 packed(U32 lo, U32 hi) { return pack_sat(I32(lo) >> 8, I32(hi) >> 8); }
   int32_t red, green_u, green_v, blue;
 };
 

@@ -81,9 +81,10 @@ struct CygmWindow {
     const Words2 y_here = interleave(y8 + 4, d_here), outer = interleave(d_above, d_below);
     Words out;
     for (int i = 0; i < 3; ++i) {
-      const I32 lo = madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]);
-      const I32 hi = madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]);
-      out.c[i] = pack_sat(lo >> 15, hi >> 15);
+      const auto sum = [&](I16 y, I16 d) {
+        return I32(add_madd(U32(madd(y, luma_here[i])), d, above_below[i]));
+      };
+      out.c[i] = pack_sat(sum(y_here.lo, outer.lo) >> 15, sum(y_here.hi, outer.hi) >> 15);
     }
     return out;
   }
@@ -143,11 +144,12 @@ struct CygmBinned {
     const Words2 last = interleave(d_of_both(a + below2), I16{});
     Words out;
     for (int i = 0; i < 3; ++i) {
-      const I32 lo =
-          madd(y_here.lo, luma_here[i]) + madd(outer.lo, above_below[i]) + madd(last.lo, beyond[i]);
-      const I32 hi =
-          madd(y_here.hi, luma_here[i]) + madd(outer.hi, above_below[i]) + madd(last.hi, beyond[i]);
-      out.c[i] = pack_sat(lo >> 17, hi >> 17);
+      const auto sum = [&](I16 y, I16 d, I16 d_last) {
+        const U32 inner = add_madd(U32(madd(y, luma_here[i])), d, above_below[i]);
+        return I32(add_madd(inner, d_last, beyond[i]));
+      };
+      out.c[i] = pack_sat(sum(y_here.lo, outer.lo, last.lo) >> 17,
+                          sum(y_here.hi, outer.hi, last.hi) >> 17);
     }
     return out;
   }

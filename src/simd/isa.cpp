@@ -48,7 +48,7 @@ uint32_t processor_features() {
   if (__builtin_cpu_supports("avx") && __builtin_cpu_supports("avx2")) features |= kAvx2;
   if (__builtin_cpu_supports("avx512f") && __builtin_cpu_supports("avx512bw") &&
       __builtin_cpu_supports("avx512vl") && __builtin_cpu_supports("avx512dq") &&
-      __builtin_cpu_supports("avx512vbmi")) {
+      __builtin_cpu_supports("avx512vbmi") && __builtin_cpu_supports("avx512vnni")) {
     features |= kAvx512;
   }
   return features;

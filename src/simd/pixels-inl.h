@@ -31,6 +31,7 @@ struct BlockPairs {
   struct Half {
     U8 red_blue, greens;
     bool blue_first;
+    U8 blue_first_mask;  // the same as all ones or none
   };
   Half even, odd;
 };
@@ -67,10 +68,14 @@ LUM_INLINE U8 luma(const Rgb8& p) {
   return pack_high(lo, hi);
 }
 
-// Weights of red and blue, in the order in which a half has them.
+// Weights of red and blue, in the order in which a half has them: chosen by a branch in each block,
+// or computed before the first, which takes registers.
 LUM_INLINE I8 red_blue_weights(const BlockPairs::Half& p, int red, int blue) {
+  return I8(p.blue_first ? splat_pair(blue, red) : splat_pair(red, blue));
+}
+LUM_INLINE I8 red_blue_weights_in_register(const BlockPairs::Half& p, int red, int blue) {
   const U8 red_first = splat_pair(red, blue), blue_first = splat_pair(blue, red);
-  return I8(p.blue_first ? blue_first : red_first);
+  return I8(red_first ^ ((red_first ^ blue_first) & p.blue_first_mask));
 }
 LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) { return madd(p.greens, I8(splat8(1))); }
 
@@ -81,12 +86,13 @@ template <class Luma>
 LUM_INLINE U16 luma_times_256(const BlockPairs::Half& p) {
   static_assert(Luma::kGreen % 2 == 0, "half the weight of green");
   const U16 green = (U16(sum_of_greens(p)) & 0xFFFE) * multiplier(Luma::kGreen / 2);
-  const U16 sum = U16(madd(p.red_blue, red_blue_weights(p, Luma::kRed, Luma::kBlue))) + green;
+  const U16 sum =
+      U16(madd(p.red_blue, red_blue_weights_in_register(p, Luma::kRed, Luma::kBlue))) + green;
   return Luma::kRound == 0 ? sum : sum + static_cast<uint16_t>(Luma::kRound);
 }
 template <class Luma>
 LUM_INLINE U8 luma(const BlockPairs& p) {
-  return U8((luma_times_256<Luma>(p.even) >> 8) | (luma_times_256<Luma>(p.odd) & 0xFF00));
+  return upper_bytes(luma_times_256<Luma>(p.even), luma_times_256<Luma>(p.odd));
 }
 
 // The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the
@@ -187,7 +193,7 @@ LUM_INLINE YuvWordsOfHalf to_yuv(const BlockPairs::Half& p) {
 LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {
   const YuvWordsOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
   const U16 u = U16(((even.u + odd.u) >> 1) + 128), v = U16(((even.v + odd.v) >> 1) + 128);
-  return {U8((even.y_times_256 >> 8) | (odd.y_times_256 & 0xFF00)), U8(u | v << 8)};
+  return {upper_bytes(even.y_times_256, odd.y_times_256), U8(u | v << 8)};
 }
 
 }  // namespace

@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Vector primitives, level avx512: F, BW, VL, DQ and VBMI, 64 lanes. Byte permutes across the whole
-// register replace shuffles within 128 bits; masks replace blends.
+// Vector primitives, level avx512: F, BW, VL, DQ, VBMI and VNNI, 64 lanes. Byte permutes across the
+// whole register replace shuffles within 128 bits; masks replace blends.
 #ifndef LUM_SIMD_VEC_AVX512_H
 #define LUM_SIMD_VEC_AVX512_H
 
@@ -97,6 +97,8 @@ LUM_INLINE U16 shift_left(U16 a, unsigned n) {
 LUM_INLINE U16 shift_right(U16 a, unsigned n) {
   return u16(_mm512_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
 }
+// Every count is the same. One operation, where a count in a scalar takes two on many processors.
+LUM_INLINE I32 shift_right(I32 a, I32 counts) { return a >> counts; }
 
 // a0 b0 a1 b1 ... within each 128 bits: the lower eight pixels of each in lo, the upper in hi.
 LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
@@ -109,6 +111,9 @@ LUM_INLINE Words2 interleave(I16 a, I16 b) {
 LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm512_maddubs_epi16(m(u), m(U8(s)))); }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm512_madd_epi16(m(a), m(b))); }
+LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) {
+  return U32(u8(_mm512_dpwssd_epi32(m(U8(sum)), m(a), m(b))));
+}
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm512_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm512_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
@@ -129,9 +134,15 @@ LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm512_packs_epi32(m(lo), m(hi))); }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm512_packus_epi32(m(lo), m(hi))); }
+// The upper bytes of both, side by side: even's, odd's, even's ...
+constexpr LaneTable kUpperBytes = lane_table([](int i) { return i % 16 | 1; });
+LUM_INLINE U8 upper_bytes(U16 even, U16 odd) {
+  return u8(
+      _mm512_mask_shuffle_epi8(m(odd), 0x5555555555555555, m(even), m(load<U8>(kUpperBytes.v))));
+}
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
-  return i16(_mm512_mask_mov_epi16(m(U8(even >> 16)), 0xAAAAAAAA, m(U8(odd))));
+  return I16((even >> 16) | (odd & in_register(U32{} + 0xFFFF0000u)));
 }
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });

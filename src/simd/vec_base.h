@@ -83,6 +83,8 @@ LUM_INLINE U16 shift_left(U16 a, unsigned n) {
 LUM_INLINE U16 shift_right(U16 a, unsigned n) {
   return lanes<U16>([&](int i) { return a[i] >> n; });
 }
+// Every count is the same.
+LUM_INLINE I32 shift_right(I32 a, I32 counts) { return a >> counts; }
 
 // a0 b0 a1 b1 ...; the first half of the pixels in lo.
 LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
@@ -103,6 +105,7 @@ LUM_INLINE I32 madd(I16 a, I16 b) {
   return lanes<I32>(
       [&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
 }
+LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
 
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {lanes<U32>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
@@ -135,6 +138,8 @@ LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
   constexpr int n = kWords / 2;
   return lanes<U16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], 0, 65535); });
 }
+// The upper bytes of both, side by side: even's, odd's, even's ...
+LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0xFF00)); }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return lanes<I16>([&](int i) { return (i % 2 ? odd[i / 2] : even[i / 2]) >> 16; });

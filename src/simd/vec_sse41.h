@@ -77,6 +77,10 @@ LUM_INLINE U16 shift_left(U16 a, unsigned n) {
 LUM_INLINE U16 shift_right(U16 a, unsigned n) {
   return u16(_mm_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
 }
+// Every count is the same.
+LUM_INLINE I32 shift_right(I32 a, I32 counts) {
+  return reinterpret_cast<I32>(_mm_sra_epi32(m(a), _mm_cvtsi32_si128(counts[0])));
+}
 
 // a0 b0 a1 b1 ...; the first half of the pixels in lo.
 LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
@@ -89,6 +93,7 @@ LUM_INLINE Words2 interleave(I16 a, I16 b) {
 LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm_maddubs_epi16(m(u), m(U8(s)))); }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm_madd_epi16(m(a), m(b))); }
+LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
@@ -109,6 +114,8 @@ LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm_packs_epi32(m(lo), m(hi))); }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm_packus_epi32(m(lo), m(hi))); }
+// The upper bytes of both, side by side: even's, odd's, even's ...
+LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0xFF00)); }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return i16(_mm_blend_epi16(m(U8(even >> 16)), m(U8(odd)), 0xAA));
