@@ -268,8 +268,8 @@ void add_row_moves(std::vector<Row>& rows) {
   };
   rows.push_back(flip);
   Row weave = {"deinterlace-bgr24", 1, kPixelBytes, kPixelBytes, false, false, 2, 2, {}};
-  weave.run = [](const Kernels&, const Frame& f) {
-    interlaced_to_progressive(f.dst, f.src, f.width * kPixelBytes, f.height);
+  weave.run = [](const Kernels& k, const Frame& f) {
+    interlaced_to_progressive(k, f.dst, f.src, f.width * kPixelBytes, f.height);
   };
   rows.push_back(weave);
 }

@@ -7,8 +7,8 @@ namespace lum {
 namespace {
 
 // A pixel whose fourth byte stays as it is leaves no line to be written as a whole, and one of a
-// byte or two is so little to write that the copy takes longer than it saves.
-constexpr size_t kLeastPixelBytes = 3;
+// single byte is so little to write that the copy takes longer than it saves.
+constexpr size_t kLeastPixelBytes = 2;
 bool is_worth_streaming(Source source, Sink sink) {
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
   const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;

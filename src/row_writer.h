@@ -10,6 +10,7 @@
 
 #include <stddef.h>
 #include <stdint.h>
+#include <string.h>
 
 #include <algorithm>
 
@@ -22,21 +23,58 @@ namespace lum {
 // frame from a warm one; this rule loses least over both.
 bool is_streamed(const Kernels& kernels, size_t bytes);
 
-// Streams n pixels that produce(to, x, count) makes, pixels x to x + count - 1 at a time; it may
-// write two pixels more.
+// Streams n pixels of at most 16 bytes that produce(to, x, count) makes, pixels x to x + count - 1
+// at a time; x is a multiple of 64. It may write two pixels more.
 template <class Produce>
 void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t pixel_bytes,
                    Produce produce) {
-  constexpr size_t kPiece = 2048, kBeyond = 2, kMostPixelBytes = 8, kLine = 64;
-  alignas(kLine) uint8_t stage[kLine + (kPiece + kBeyond) * kMostPixelBytes];
-  for (size_t x = 0; x < n; x += kPiece) {
-    const size_t count = std::min(kPiece, n - x);
+  constexpr size_t kBytes = 6144, kBeyond = 2 * 16, kMultiple = 64, kLine = 64;
+  alignas(kLine) uint8_t stage[kLine + kBytes + kBeyond];
+  const size_t piece = kBytes / pixel_bytes / kMultiple * kMultiple;
+  for (size_t x = 0; x < n; x += piece) {
+    const size_t count = std::min(piece, n - x);
     uint8_t* const to = dst + x * pixel_bytes;
     uint8_t* const staged = stage + reinterpret_cast<uintptr_t>(to) % kLine;  // lines for lines
     produce(staged, x, count);
     kernels.stream(to, staged, count * pixel_bytes);
   }
 }
+
+// The same past the cache or, where that does not pay, in one go.
+template <class Produce>
+void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t pixel_bytes,
+                  Produce produce) {
+  if (!is_streamed(kernels, n * pixel_bytes)) {
+    produce(dst, 0, n);
+    return;
+  }
+  stream_pixels(kernels, dst, n, pixel_bytes, produce);
+  kernels.end_stream();
+}
+
+// Copies rows of an output of `bytes` in all.
+class RowCopier {
+ public:
+  RowCopier(const Kernels& kernels, size_t bytes)
+      : kernels_(kernels), streams_(is_streamed(kernels, bytes)) {}
+  ~RowCopier() {
+    if (streams_) kernels_.end_stream();
+  }
+  RowCopier(const RowCopier&) = delete;
+  RowCopier& operator=(const RowCopier&) = delete;
+
+  void operator()(uint8_t* dst, const uint8_t* src, size_t bytes) const {
+    if (streams_) {
+      kernels_.stream(dst, src, bytes);
+    } else {
+      memcpy(dst, src, bytes);
+    }
+  }
+
+ private:
+  const Kernels& kernels_;
+  const bool streams_;
+};
 
 class RowWriter {
  public:

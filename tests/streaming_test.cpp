@@ -8,6 +8,7 @@
 
 #include "bayer/mosaic.h"
 #include "convert/flat.h"
+#include "convert/rows.h"
 #include "direct_support.h"
 
 namespace lum::test {
@@ -46,6 +47,13 @@ std::vector<Conversion> flat_conversions() {
            planar_to_packed(k, dst, planes, n, channels, 2);
          }
        }});
+  for (uint32_t packing = 0; packing < kPackingCount; ++packing) {
+    list.push_back(
+        {"packing " + std::to_string(packing), 2, 2,
+         [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+           unpack_to_16(k, dst, src, width * height, packing, 4, 1);
+         }});
+  }
   return list;
 }
 
@@ -58,6 +66,14 @@ std::vector<Conversion> frame_conversions() {
            convert_mosaic8(k, {dst, src, width, height, red_phase(1), sink});
          }});
   }
+  list.push_back({"upside down", 3, 3,
+                  [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                     uint32_t height) { flip(k, dst, src, width, height, 3, kUpsideDown); }});
+  list.push_back(
+      {"interlaced to progressive", 3, 3,
+       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+         interlaced_to_progressive(k, dst, src, 3 * width, height);
+       }});
   return list;
 }
 
@@ -81,12 +97,12 @@ void compare(const Kernels& kernels, const std::string& level, const Conversion&
   }
 }
 
-// The pieces in which rows are streamed have 2048 pixels.
+// The pieces in which rows are streamed have 384 to 6144 pixels.
 TEST(Streaming, FlatRunsHaveTheSameBytes) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     if (kernels.stream == nullptr) return;
     for (const Conversion& conversion : flat_conversions()) {
-      for (const uint32_t width : {4, 24, 2048, 2052, 4500}) {
+      for (const uint32_t width : {4, 24, 2048, 2052, 6148}) {
         compare(kernels, level, conversion, width, 1);
         if (HasFatalFailure()) return;
       }

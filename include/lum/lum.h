@@ -1270,7 +1270,7 @@ LUM_API uint32_t LumGetApiInfoString(uint32_t selector, char* buffer, uint32_t b
 
 // Which instruction sets there are and which of them the library was built to use.
 //   info  12 bytes, each 0 or 1, in pairs: the processor has it, the library was built with it. The
-//         pairs: SSE2, SSSE3, SSE4.1, AVX2, AVX-512 (F, BW, VL, DQ, VBMI), NEON
+//         pairs: SSE2, SSSE3, SSE4.1, AVX2, AVX-512 (F, BW, VL, DQ, VBMI, VNNI), NEON
 // Checks: info null: (int32_t)0x88000002. Returns 0 or that.
 LUM_API int32_t LumGetTechnoInfo(uint8_t* info);
 

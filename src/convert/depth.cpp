@@ -3,6 +3,7 @@
 #include "arguments.h"
 #include "convert/direct.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -12,7 +13,12 @@ void unpack_to_16(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint
   RowArgs args;
   args.shift = shift;
   args.big_endian = big_endian;
-  kernels.direct.unpack[packing](dst, src, nullptr, count, args);
+  const Packing layout = kPackings[packing];
+  const size_t group_bytes = (layout.group_pixels * layout.bits + 7) / 8;
+  write_pixels(kernels, dst, count, 2, [&](uint8_t* to, size_t x, size_t n) {
+    const size_t at = x / layout.group_pixels * group_bytes;
+    kernels.direct.unpack[packing](to, src + at, nullptr, n, args);
+  });
 }
 
 void samples_16_to_8(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t count,

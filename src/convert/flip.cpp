@@ -6,6 +6,7 @@
 #include "convert/direct.h"
 #include "convert/flat.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -31,8 +32,9 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
           kernels.exchange(dst + y * row_bytes, dst + (height - 1 - y) * row_bytes, row_bytes);
         }
       } else {
+        const RowCopier copy(kernels, row_bytes * height);
         for (size_t y = 0; y < height; ++y) {
-          memcpy(dst + y * row_bytes, src + (height - 1 - y) * row_bytes, row_bytes);
+          copy(dst + y * row_bytes, src + (height - 1 - y) * row_bytes, row_bytes);
         }
       }
       break;
@@ -67,7 +69,8 @@ uint32_t LumCopyRows(uint8_t* dst, const uint8_t* src, uint32_t rowBytes, uint32
   if (dstPitch < rowBytes) return bad_parameter(5);
   if (srcPitch < rowBytes) return bad_parameter(6);
   if (dst != src) {
-    for (size_t i = 0; i < rows; ++i) memcpy(dst + i * dstPitch, src + i * srcPitch, rowBytes);
+    const RowCopier copy(kernels(), size_t{rowBytes} * rows);
+    for (size_t i = 0; i < rows; ++i) copy(dst + i * dstPitch, src + i * srcPitch, rowBytes);
   } else if (dstPitch <= srcPitch) {
     for (size_t i = 0; i < rows; ++i) memmove(dst + i * dstPitch, src + i * srcPitch, rowBytes);
   } else {

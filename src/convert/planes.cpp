@@ -99,16 +99,15 @@ void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const
   const size_t pixel_bytes = size_t{channels} * sample_bytes;
   const bool all =
       std::all_of(planes, planes + channels, [](const uint8_t* plane) { return plane != nullptr; });
-  if (!all || !is_streamed(kernels, count * pixel_bytes)) {
+  if (!all) {
     join(dst, planes, count);
     return;
   }
-  stream_pixels(kernels, dst, count, pixel_bytes, [&](uint8_t* to, size_t x, size_t n) {
+  write_pixels(kernels, dst, count, pixel_bytes, [&](uint8_t* to, size_t x, size_t n) {
     const uint8_t* from[kMaxChannels] = {};
     for (uint32_t i = 0; i < channels; ++i) from[i] = planes[i] + x * sample_bytes;
     join(to, from, n);
   });
-  kernels.end_stream();
 }
 
 }  // namespace lum

@@ -8,21 +8,10 @@
 
 #include "arguments.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
-namespace {
-
-// Line 2 i from second + i * row_bytes, line 2 i + 1 from first + i * row_bytes, in this order.
-void weave(uint8_t* dst, const uint8_t* first, const uint8_t* second, size_t row_bytes,
-           size_t field_rows) {
-  for (size_t i = 0; i < field_rows; ++i) {
-    memmove(dst + 2 * i * row_bytes, second + i * row_bytes, row_bytes);
-    memcpy(dst + (2 * i + 1) * row_bytes, first + i * row_bytes, row_bytes);
-  }
-}
-
-}  // namespace
 
 void flip_vertical(const Kernels& kernels, uint8_t* image, uint32_t row_bytes, uint32_t rows) {
   uint8_t* top = image;
@@ -32,12 +21,16 @@ void flip_vertical(const Kernels& kernels, uint8_t* image, uint32_t row_bytes, u
   }
 }
 
-void interlaced_to_progressive(uint8_t* dst, const uint8_t* src, uint32_t row_bytes,
-                               uint32_t height) {
+void interlaced_to_progressive(const Kernels& kernels, uint8_t* dst, const uint8_t* src,
+                               uint32_t row_bytes, uint32_t height) {
   // Kept: of an odd row length the half is rounded down, so the second field is taken to start
   // height / 2 bytes before the middle of the buffer. 32 bits, as callers' frames are.
   const uint32_t second = height * (row_bytes >> 1);
-  weave(dst, src, src + second, row_bytes, height / 2);
+  const RowCopier copy(kernels, size_t{row_bytes} * height);
+  for (size_t i = 0; i < height / 2; ++i) {
+    copy(dst + 2 * i * row_bytes, src + second + i * row_bytes, row_bytes);
+    copy(dst + (2 * i + 1) * row_bytes, src + i * row_bytes, row_bytes);
+  }
 }
 
 }  // namespace lum
@@ -58,7 +51,7 @@ uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source, uint3
   if (source == nullptr) return bad_parameter(2);
   if (height % 2 != 0) return bad_parameter(4);
   if (destination != source) {
-    interlaced_to_progressive(destination, source, rowBytes, height);
+    interlaced_to_progressive(kernels(), destination, source, rowBytes, height);
     return kSuccess;
   }
   // In place the lines are written from the top, and the second field lies below them until it is
@@ -71,6 +64,10 @@ uint32_t LumInterlacedToProgressive(uint8_t* destination, uint8_t* source, uint3
   const std::unique_ptr<uint8_t, Free> first(static_cast<uint8_t*>(malloc(field_bytes)));
   if (first == nullptr) return kOutOfMemory;
   memcpy(first.get(), source, field_bytes);
-  weave(destination, first.get(), source + field_bytes, rowBytes, height / 2);
+  const uint8_t* const second = source + field_bytes;
+  for (size_t i = 0; i < height / 2; ++i) {
+    memmove(destination + 2 * i * rowBytes, second + i * rowBytes, rowBytes);
+    memcpy(destination + (2 * i + 1) * rowBytes, first.get() + i * rowBytes, rowBytes);
+  }
   return kSuccess;
 }

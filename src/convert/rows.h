@@ -13,8 +13,8 @@ namespace lum {
 void flip_vertical(const Kernels& kernels, uint8_t* image, uint32_t row_bytes, uint32_t rows);
 
 // Frame line 2 i from row i of the second field, line 2 i + 1 from row i of the first. Two buffers.
-void interlaced_to_progressive(uint8_t* dst, const uint8_t* src, uint32_t row_bytes,
-                               uint32_t height);
+void interlaced_to_progressive(const Kernels& kernels, uint8_t* dst, const uint8_t* src,
+                               uint32_t row_bytes, uint32_t height);
 
 }  // namespace lum
 
