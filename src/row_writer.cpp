@@ -12,7 +12,8 @@ constexpr size_t kLeastPixelBytes = 2;
 bool is_worth_streaming(Source source, Sink sink) {
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
   const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;
-  return kSources[static_cast<size_t>(source)].memory_bound && !keeps_bytes &&
+  const bool moves_bytes = source == Source::yuv411 && sink == Sink::uyvy;
+  return (kSources[static_cast<size_t>(source)].memory_bound || moves_bytes) && !keeps_bytes &&
          pixel_bytes(sink) >= kLeastPixelBytes;
 }
 
