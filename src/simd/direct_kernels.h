@@ -71,6 +71,12 @@ struct DirectKernels {
   void (*stream_rows)(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
                       const ByteRows& next);
 
+  // n pixels of rounded means over `factor_y` rows that lie src_row apart and over neighbours, for
+  // [bytes of a sample - 1][channels - 1][log2 of how many neighbours]; n is at least
+  // kBlockSamples. Null where such means are made of sums in memory, by the functions below.
+  void (*bin[2][kMaxChannels][5])(uint8_t* dst, const uint8_t* src, size_t src_row, size_t n,
+                                  uint32_t factor_y);
+
   // sums[i] = or += row[i], for n samples of bytes or of words; `pairs`: row[2 i] + row[2 i + 1].
   // `sums` has room for kBlockSamples more, here and below.
   void (*add8)(uint16_t* sums, const uint8_t* row, size_t n, bool first);
@@ -80,6 +86,9 @@ struct DirectKernels {
   // sums[i] += more[i] for n sums; `more` may lie in `sums`, further on.
   void (*add_sums16)(uint16_t* sums, const uint16_t* more, size_t n);
   void (*add_sums32)(uint32_t* sums, const uint32_t* more, size_t n);
+  // sums[i] = sums[2 i] + sums[2 i + 1] for n sums, those below 2^15 and 2^31.
+  void (*halve16)(uint16_t* sums, size_t n);
+  void (*halve32)(uint32_t* sums, size_t n);
   // dst[i] = (sums[i] + count / 2) / count, count a product of two numbers up to 16.
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
