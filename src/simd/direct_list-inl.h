@@ -76,6 +76,10 @@ constexpr DirectKernels make_direct_kernels() {
   k.pick = pick;
   k.pick_pairs = pick_pairs;
   k.pick_piece = kPieceBytes;
+  k.mix_pairs[0] = mix8_picked<PickedPairs>;
+  k.mix_pairs[1] = mix16_picked<PickedPairs>;
+  k.mix_apart[0] = mix8_picked<PickedApart>;
+  k.mix_apart[1] = mix16_picked<PickedApart>;
   k.mix8 = mix8;
   k.mix16 = mix16;
   k.mix8_evenly = mix8_evenly;

@@ -343,7 +343,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = 16;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
   return load_halves(p + at[0], p + at[1]);
 }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.

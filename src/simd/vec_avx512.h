@@ -364,7 +364,7 @@ LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) {
   return load_four([&](int i) { return p + i * stride; });
 }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
   return load_four([&](int i) { return p + at[i]; });
 }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.

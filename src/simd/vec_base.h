@@ -263,7 +263,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = kLanes;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
   return lanes<U8>([&](int i) { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });

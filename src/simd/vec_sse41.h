@@ -304,7 +304,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = 16;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm_shuffle_epi8(m(v), m(index))); }
 // Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
