@@ -49,7 +49,7 @@ struct DirectKernels {
   // 1/256: red from V, green from U, green from V, blue from U.
   Row studio_to_bgr24[3];
 
-  // By LumPixelLayout; null for those that cannot go there.
+  // By LumPixelLayout; null for those that cannot go there. Of grey, U and V are left alone.
   void (*i420[11])(const I420Rows& rows, size_t n);
 
   // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels -

@@ -22,6 +22,7 @@
 #include "convert/bin_rows-inl.h"
 #include "convert/bin_sums_rows-inl.h"
 #include "convert/flip_rows-inl.h"
+#include "convert/i420_rows-inl.h"
 #include "convert/resample_rows-inl.h"
 #include "convert/turn_rows-inl.h"
 #include "simd/direct_list-inl.h"
