@@ -69,7 +69,8 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
   const RowKernel kernel = kernels.at(mosaic, f.sink);
   args.column = f.red.column;
-  if (size_t{f.width} * f.height <= kStrip && f.width % in.group_pixels == 0) {
+  // Of an even width rows are whole groups, so that they can be taken as one.
+  if (size_t{f.width} * f.height <= kStrip && f.width % 2 == 0) {
     return convert_small_reduced(f, reduce, reduction, kernel, args);
   }
   const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;

@@ -74,7 +74,8 @@ LUM_INLINE uint64_t load_few(const uint8_t* p, size_t n) {
 // follow would have to wait for smaller stores.
 template <bool edge, size_t sample_bytes, size_t room>
 LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
-  for (size_t i = 0; i < room; i += kLanes) store(in + i, U8{});
+  const U8 zero = in_register(U8{});  // g++ would fill by a string instruction, slow to start
+  for (size_t i = 0; i < room; i += kLanes) store(in + i, zero);
   if (n + (edge ? sample_bytes : 0) <= 8) {
     uint64_t v = load_few(row, n);
     if constexpr (edge) {
