@@ -120,6 +120,16 @@ void add_sizes(std::vector<Row>& rows) {
                       }});
     }
     for (const bool linear : {false, true}) {
+      rows.push_back({std::string(linear ? "rows-" : "rows-nearest-") + n.name, 2, 3 * bytes, bytes,
+                      false, false, 2, 1, [=](const Kernels& k, const Frame& f) {
+                        const uint32_t from = f.width / 2 * 3;
+                        for (uint32_t y = 0; y < f.height; ++y) {
+                          resample_row(k, f.dst + y * size_t{f.width} * bytes,
+                                       f.src + y * size_t{from} * bytes, f.width, from, n.pixel,
+                                       0x4000, 0x18000,
+                                       linear ? Resampling::linear : Resampling::nearest);
+                        }
+                      }});
       rows.push_back({std::string(linear ? "resize-" : "resize-nearest-") + n.name, 1, 2 * bytes,
                       bytes, false, false, 2, 3, [=](const Kernels& k, const Frame& f) {
                         resize(k, f.dst, f.src, {f.width, f.height},

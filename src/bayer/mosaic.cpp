@@ -22,6 +22,21 @@ bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1)
 // stack, whatever the width.
 constexpr uint32_t kStrip = 4096;
 
+// A frame that fits a strip is reduced in one go: the calls are what a small one takes.
+void convert_small_reduced(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
+                           RowKernel kernel, const RowArgs& args) {
+  alignas(64) uint8_t reduced[kStrip * sizeof(uint16_t)];
+  reduce(reduced, f.src, nullptr, size_t{f.width} * f.height, reduction.args);
+  const size_t row = f.width * pixel_bytes(reduction.sink), dst_row = f.width * pixel_bytes(f.sink);
+  const uint8_t* upper = reduced;
+  uint8_t* dst = f.dst;
+  for (uint32_t y = 0; y + 1 < f.height; ++y, upper += row, dst += dst_row) {
+    const bool red_above = red_in_row(f, y);
+    kernel(dst, red_above ? upper : upper + row, red_above ? upper + row : upper, f.width, args);
+  }
+  copy_last_row(f);
+}
+
 }  // namespace
 
 Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
@@ -54,6 +69,10 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
   const RowKernel kernel = kernels.at(mosaic, f.sink);
   args.column = f.red.column;
+  // Of an even width rows are whole groups, so that they can be taken as one.
+  if (size_t{f.width} * f.height <= kStrip && f.width % 2 == 0) {
+    return convert_small_reduced(f, reduce, reduction, kernel, args);
+  }
   const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;
   const size_t dst_row = f.width * pixel_bytes(f.sink);
   // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their

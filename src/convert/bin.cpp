@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
-// Binning: rows are summed (in pairs of neighbours where the factor is even), then what neighbours
-// are left, then comes one division a sample.
+// Binning. Where a kernel makes the means in registers, that is all; elsewhere rows are summed in
+// memory (in pairs of neighbours where the factor is even), then what neighbours are left, then
+// comes one division a sample.
 #include <string.h>
 
 #include <algorithm>
@@ -22,15 +23,34 @@ struct Steps {
   using Add = void (*)(Sum* sums, const uint8_t* row, size_t n, bool first);
   Add add, add_pairs;
   void (*add_sums)(Sum* sums, const Sum* more, size_t n);
+  void (*halve)(Sum* sums, size_t n);
   void (*divide)(uint8_t* dst, const Sum* sums, size_t n, uint32_t count);
 };
 
-// sums[i] = the sum of `factor` neighbours, for n sums. The windows that begin at every sample
-// double in width, and where the factor is odd on the way a single sample is added; then every
-// factor-th of them is kept.
+// sums[i] = the sum of 3 neighbours, for n sums of 16 bits: those of a three-channel row, so to
+// speak. 32-bit sums have no such kernel, and need it less.
+void add_threes(const DirectKernels& kernels, const Steps<uint16_t>& steps, uint16_t* sums,
+                size_t n) {
+  alignas(64) uint16_t parts[3][kTileRoom];
+  uint8_t* planes[3];
+  for (size_t i = 0; i < 3; ++i) planes[i] = reinterpret_cast<uint8_t*>(parts[i]);
+  kernels.split[1][1](planes, reinterpret_cast<const uint8_t*>(sums), n);
+  for (size_t i = 1; i < 3; ++i) steps.add_sums(parts[0], parts[i], n);
+  memcpy(sums, parts[0], n * sizeof(uint16_t));
+}
+
+// sums[i] = the sum of `factor` neighbours, for n sums: by halves as far as that goes. With what is
+// odd then, the windows that begin at every sample double in width, and where the factor is odd on
+// the way a single sample is added; every factor-th of them is kept. To pick those one by one is
+// not what takes the time.
 template <class Sum>
-void add_neighbours(const Steps<Sum>& steps, Sum* sums, size_t n, uint32_t factor) {
+void add_neighbours(const DirectKernels& kernels, const Steps<Sum>& steps, Sum* sums, size_t n,
+                    uint32_t factor) {
+  for (; factor % 2 == 0; factor /= 2) steps.halve(sums, n * (factor / 2));
   if (factor == 1) return;
+  if constexpr (sizeof(Sum) == 2) {
+    if (factor == 3) return add_threes(kernels, steps, sums, n);
+  }
   const size_t samples = n * factor;
   alignas(64) Sum single[kTileRoom];
   memcpy(single, sums, samples * sizeof(Sum));
@@ -104,7 +124,7 @@ class Binning {
     }
   }
   void finish(uint8_t* dst, Sum* sums, size_t n) const {
-    add_neighbours(steps_, sums, n, pairs() ? factor_x_ / 2 : factor_x_);
+    add_neighbours(kernels_, steps_, sums, n, pairs() ? factor_x_ / 2 : factor_x_);
     steps_.divide(dst, sums, n, factor_x_ * factor_y_);
   }
 
@@ -118,13 +138,33 @@ class Binning {
 };
 
 template <class Sum>
-void bin_frame(const Kernels& kernels, const Steps<Sum>& steps, uint8_t* dst, const uint8_t* src,
-               FrameSize size, PixelShape pixel, uint32_t factor_x, uint32_t factor_y) {
+void bin_frame(const DirectKernels& kernels, const Steps<Sum>& steps, uint8_t* dst,
+               const uint8_t* src, FrameSize size, PixelShape pixel, uint32_t factor_x,
+               uint32_t factor_y) {
   const size_t n = size.width / factor_x, src_row = size.width * pixel.bytes();
-  Binning<Sum> binning(kernels.direct, steps, pixel, factor_x, factor_y, src_row);
+  Binning<Sum> binning(kernels, steps, pixel, factor_x, factor_y, src_row);
   for (size_t y = 0; y < size.height / factor_y; ++y) {
     binning.row(dst + y * n * pixel.bytes(), src + y * factor_y * src_row, n);
   }
+}
+
+bool bin_in_registers(const DirectKernels& kernels, uint8_t* dst, const uint8_t* src,
+                      FrameSize size, PixelShape pixel, uint32_t factor_x, uint32_t factor_y) {
+  if ((factor_x & (factor_x - 1)) != 0) return false;
+  const size_t src_row = size.width * pixel.bytes();
+  size_t n = size.width / factor_x;
+  const size_t dst_row = n * pixel.bytes();
+  if (factor_x == 1) {  // what channel a sample belongs to does not matter
+    n *= pixel.channels;
+    pixel.channels = 1;
+  }
+  const auto bin_row =
+      kernels.bin[pixel.sample_bytes - 1][pixel.channels - 1][__builtin_ctz(factor_x)];
+  if (bin_row == nullptr || n < kBlockSamples) return false;
+  for (size_t y = 0; y < size.height / factor_y; ++y) {
+    bin_row(dst + y * dst_row, src + y * factor_y * src_row, src_row, n, factor_y);
+  }
+  return true;
 }
 
 }  // namespace
@@ -136,12 +176,15 @@ void bin(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t widt
   const PixelShape pixel = {channels, sample_bytes};
   if (factor_x == 1 && factor_y == 1) {
     memcpy(dst, src, size_t{width} * height * pixel.bytes());
-  } else if (sample_bytes == 1) {
-    bin_frame<uint16_t>(kernels, {k.add8, k.add8_pairs, k.add_sums16, k.divide8}, dst, src, size,
-                        pixel, factor_x, factor_y);
+    return;
+  }
+  if (bin_in_registers(k, dst, src, size, pixel, factor_x, factor_y)) return;
+  if (sample_bytes == 1) {
+    bin_frame<uint16_t>(k, {k.add8, k.add8_pairs, k.add_sums16, k.halve16, k.divide8}, dst, src,
+                        size, pixel, factor_x, factor_y);
   } else {
-    bin_frame<uint32_t>(kernels, {k.add16, k.add16_pairs, k.add_sums32, k.divide16}, dst, src, size,
-                        pixel, factor_x, factor_y);
+    bin_frame<uint32_t>(k, {k.add16, k.add16_pairs, k.add_sums32, k.halve32, k.divide16}, dst, src,
+                        size, pixel, factor_x, factor_y);
   }
 }
 

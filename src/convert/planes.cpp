@@ -1,5 +1,7 @@
 // SPDX-License-Identifier: MIT
 // YUV of any encoding to BGR24, frames to I420, components to planes and back.
+#include <string.h>
+
 #include <algorithm>
 
 #include "arguments.h"
@@ -76,6 +78,12 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
   const size_t y_bytes = size_t{width} * height, chroma_row = width / 2;
   uint8_t* const u = dst + y_bytes;
   uint8_t* const v = u + y_bytes / 4;
+  if (source == Source::mono8) {  // all rows in one go, as two halves
+    const size_t half = y_bytes / 2;
+    kernels.direct.i420[layout]({{src, src + half}, {dst, dst + half}, u, v}, half);
+    memset(u, 128, half);
+    return;
+  }
   for (size_t pair = 0; pair < height / 2; ++pair) {
     I420Rows rows;
     for (size_t i = 0; i < 2; ++i) {

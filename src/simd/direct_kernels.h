@@ -49,7 +49,7 @@ struct DirectKernels {
   // 1/256: red from V, green from U, green from V, blue from U.
   Row studio_to_bgr24[3];
 
-  // By LumPixelLayout; null for those that cannot go there.
+  // By LumPixelLayout; null for those that cannot go there. Of grey, U and V are left alone.
   void (*i420[11])(const I420Rows& rows, size_t n);
 
   // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels -
@@ -71,6 +71,12 @@ struct DirectKernels {
   void (*stream_rows)(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
                       const ByteRows& next);
 
+  // n pixels of rounded means over `factor_y` rows that lie src_row apart and over neighbours, for
+  // [bytes of a sample - 1][channels - 1][log2 of how many neighbours]; n is at least
+  // kBlockSamples. Null where such means are made of sums in memory, by the functions below.
+  void (*bin[2][kMaxChannels][5])(uint8_t* dst, const uint8_t* src, size_t src_row, size_t n,
+                                  uint32_t factor_y);
+
   // sums[i] = or += row[i], for n samples of bytes or of words; `pairs`: row[2 i] + row[2 i + 1].
   // `sums` has room for kBlockSamples more, here and below.
   void (*add8)(uint16_t* sums, const uint8_t* row, size_t n, bool first);
@@ -80,6 +86,9 @@ struct DirectKernels {
   // sums[i] += more[i] for n sums; `more` may lie in `sums`, further on.
   void (*add_sums16)(uint16_t* sums, const uint16_t* more, size_t n);
   void (*add_sums32)(uint32_t* sums, const uint32_t* more, size_t n);
+  // sums[i] = sums[2 i] + sums[2 i + 1] for n sums, those below 2^15 and 2^31.
+  void (*halve16)(uint16_t* sums, size_t n);
+  void (*halve32)(uint32_t* sums, size_t n);
   // dst[i] = (sums[i] + count / 2) / count, count a product of two numbers up to 16.
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
@@ -87,11 +96,11 @@ struct DirectKernels {
   // dst[i] = src[base[i / pick_piece] + index[i]], for n bytes, index[i] below 2 * pick_piece.
   // `base` and `index` have values for kBlockSamples bytes more, and src can be read from each base
   // on for 2 * pick_piece bytes.
-  void (*pick)(uint8_t* dst, const uint8_t* src, const size_t* base, const uint8_t* index,
+  void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                size_t n);
   // The same to a, and to b the bytes that lie `offset` further on. Where that is beyond what can
   // be read, any byte. a and b have room for kBlockSamples bytes more.
-  void (*pick_pairs)(uint8_t* a, uint8_t* b, const uint8_t* src, const size_t* base,
+  void (*pick_pairs)(uint8_t* a, uint8_t* b, const uint8_t* src, const uint32_t* base,
                      const uint8_t* index, uint8_t offset, size_t n);
   size_t pick_piece;
 
@@ -101,6 +110,14 @@ struct DirectKernels {
   void (*mix16)(uint8_t* dst, const uint8_t* a, const uint8_t* b, const uint16_t* f, size_t n);
   void (*mix8_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
   void (*mix16_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
+  // The same of what is picked from src, by two bytes of index for each byte of the result: where
+  // the bytes of a sample of a are, then where those of b; `apart`: 0x80 for b, which is picked
+  // like a from a pixel further on. There is a base for every pick_piece bytes of index, and src
+  // can be read from there on for pick_piece bytes and a pixel. Of words (the second of each two) f
+  // is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
+  using PickingMix = void(uint8_t* dst, const uint8_t* src, const uint32_t* base,
+                          const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n);
+  PickingMix *mix_pairs[2], *mix_apart[2];
 };
 
 }  // namespace lum

@@ -11,6 +11,12 @@ constexpr void add_flips(DirectKernels& k) {
   if constexpr (most > 1) add_flips<most - 1>(k);
 }
 
+template <int sample_bytes, int channels, int most>
+constexpr void add_means(DirectKernels& k) {
+  k.bin[sample_bytes - 1][channels - 1][most] = bin_row<sample_bytes, most, channels>;
+  if constexpr (most > 1) add_means<sample_bytes, channels, most - 1>(k);
+}
+
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
   k.studio_to_bgr24[0] = row<YuvSource<Yuv411Layout, StudioRange>, Packed24<true>>;
@@ -50,17 +56,30 @@ constexpr DirectKernels make_direct_kernels() {
   add_flips<kMaxPixelBytes>(k);
   k.stream_rows = stream_rows;
 
+  add_means<1, 1, 4>(k);
+  add_means<2, 1, 4>(k);
+  k.bin[0][0][0] = bin_row<1, 0, 1>;
+  k.bin[0][1][1] = bin_row<1, 1, 2>;
+  k.bin[0][2][1] = bin_row<1, 1, 3>;
+  k.bin[0][3][1] = bin_row<1, 1, 4>;
+  k.bin[1][1][1] = bin_row<2, 1, 2>;
   k.add8 = add<Samples8>;
   k.add16 = add<Samples16>;
   k.add8_pairs = add<Pairs8>;
   k.add16_pairs = add<Pairs16>;
   k.add_sums16 = add_sums<U16, uint16_t>;
   k.add_sums32 = add_sums<U32, uint32_t>;
+  k.halve16 = halve16;
+  k.halve32 = halve32;
   k.divide8 = divide8;
   k.divide16 = divide16;
   k.pick = pick;
   k.pick_pairs = pick_pairs;
   k.pick_piece = kPieceBytes;
+  k.mix_pairs[0] = mix8_picked<PickedPairs>;
+  k.mix_pairs[1] = mix16_picked<PickedPairs>;
+  k.mix_apart[0] = mix8_picked<PickedApart>;
+  k.mix_apart[1] = mix16_picked<PickedApart>;
   k.mix8 = mix8;
   k.mix16 = mix16;
   k.mix8_evenly = mix8_evenly;

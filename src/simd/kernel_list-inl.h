@@ -20,8 +20,11 @@
 #include "convert/planes_rows-inl.h"
 #include "cygm/cygm_window_sources-inl.h"
 // And on those.
+#include "convert/bin_rows-inl.h"
+#include "convert/bin_sums_rows-inl.h"
 #include "convert/flip_rows-inl.h"
-#include "convert/geometry_rows-inl.h"
+#include "convert/i420_rows-inl.h"
+#include "convert/resample_rows-inl.h"
 #include "convert/turn_rows-inl.h"
 #include "simd/direct_list-inl.h"
 

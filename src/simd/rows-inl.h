@@ -25,6 +25,72 @@ LUM_INLINE void convert_last(const Source& source, uint8_t* dst, const uint8_t* 
   }
 }
 
+// ---- A few bytes, inline: a call takes longer than the copy of as few as small frames have.
+template <class Word>
+LUM_INLINE Word load_word(const uint8_t* p) {
+  Word v;
+  memcpy(&v, p, sizeof v);
+  return v;
+}
+// By moves of a Word that may overlap, n from one to two of them.
+template <class Word>
+LUM_INLINE void copy_two(uint8_t* dst, const uint8_t* src, size_t n) {
+  const Word first = load_word<Word>(src), last = load_word<Word>(src + n - sizeof(Word));
+  memcpy(dst, &first, sizeof first);
+  memcpy(dst + n - sizeof last, &last, sizeof last);
+}
+// n is below `most`, which spares the compiler what cannot be.
+template <size_t most>
+LUM_INLINE void copy_few(uint8_t* dst, const uint8_t* src, size_t n) {
+  if constexpr (most > 16) {
+    if (n > 16) {
+      memcpy(dst, src, n);
+      return;
+    }
+  }
+  if constexpr (most > 8) {
+    if (n >= 8) return copy_two<uint64_t>(dst, src, n);
+  }
+  if (n >= 4) return copy_two<uint32_t>(dst, src, n);
+  if (n >= 2) return copy_two<uint16_t>(dst, src, n);
+  if (n == 1) *dst = *src;
+}
+// Up to 8 bytes as a number, the first one lowest.
+LUM_INLINE uint64_t load_few(const uint8_t* p, size_t n) {
+  if (n == 8) return load_word<uint64_t>(p);
+  if (n >= 4) {
+    const uint64_t last = load_word<uint32_t>(p + n - 4);
+    return load_word<uint32_t>(p) | last << (8 * (n - 4));
+  }
+  if (n >= 2) {
+    const uint64_t last = load_word<uint16_t>(p + n - 2);
+    return load_word<uint16_t>(p) | last << (8 * (n - 2));
+  }
+  return n == 1 ? *p : 0;
+}
+
+// A row of n bytes with zeros behind, up to `room`, which is whole vectors. With `edge`, the sample
+// beyond the row repeats the last but one. What fits a number is stored as one vector: loads that
+// follow would have to wait for smaller stores.
+template <bool edge, size_t sample_bytes, size_t room>
+LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
+  const U8 zero = in_register(U8{});  // g++ would fill by a string instruction, slow to start
+  for (size_t i = 0; i < room; i += kLanes) store(in + i, zero);
+  if (n + (edge ? sample_bytes : 0) <= 8) {
+    uint64_t v = load_few(row, n);
+    if constexpr (edge) {
+      const uint64_t sample = v >> (8 * (n - 2 * sample_bytes)) & ((1u << (8 * sample_bytes)) - 1);
+      v |= sample << (8 * n);
+    }
+    U64 first = {};
+    first[0] = v;
+    store(in, first);
+    return;
+  }
+  copy_few<room>(in, row, n);
+  if (edge) memcpy(in + n, in + n - 2 * sample_bytes, sample_bytes);
+}
+
 // Fewer pixels than a block: through a block of their own on the stack.
 template <class Source, class Sink>
 __attribute__((noinline)) void convert_few(const Source& source, uint8_t* dst, const uint8_t* a,
@@ -32,22 +98,18 @@ __attribute__((noinline)) void convert_few(const Source& source, uint8_t* dst, c
   constexpr size_t kBlockBytes = source_bytes<Source>(kLanes);
   constexpr size_t kSampleBytes = Source::kGroupBytes / Source::kGroupPixels;
   alignas(64) uint8_t out[kLanes * Sink::kPixelBytes];
-  if (Sink::kKeeps) memcpy(out, dst, n * Sink::kPixelBytes);
+  if (Sink::kKeeps) copy_few<sizeof out>(out, dst, n * Sink::kPixelBytes);
   if constexpr (Source::kPadded) {
     Sink::store_block(out, source.block(a, b));
-    memcpy(dst, out, n * Sink::kPixelBytes);
-    return;
+  } else {
+    constexpr size_t kRoom = (kBlockBytes + 2 + kLanes - 1) / kLanes * kLanes;
+    alignas(64) uint8_t in[2][kRoom];
+    const size_t bytes = source_bytes<Source>(n);
+    load_row<Source::kEdge, kSampleBytes>(in[0], a, bytes);
+    if (Source::kRows == 2) load_row<Source::kEdge, kSampleBytes>(in[1], b, bytes);
+    convert_last<Source, Sink>(source, out, in[0], in[Source::kRows - 1]);
   }
-  alignas(64) uint8_t in[2][kBlockBytes + 2] = {};
-  const uint8_t* const rows[2] = {a, b};
-  const size_t bytes = source_bytes<Source>(n);
-  for (int i = 0; i < Source::kRows; ++i) {
-    memcpy(in[i], rows[i], bytes);
-    // The sample beyond the row repeats the last but one.
-    if (Source::kEdge) memcpy(in[i] + bytes, in[i] + bytes - 2 * kSampleBytes, kSampleBytes);
-  }
-  convert_last<Source, Sink>(source, out, in[0], in[1]);
-  memcpy(dst, out, n * Sink::kPixelBytes);
+  copy_few<sizeof out>(dst, out, n * Sink::kPixelBytes);
 }
 
 // in_place: dst may be a, so that no pixel may be converted twice.

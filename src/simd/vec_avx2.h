@@ -146,6 +146,10 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(in_memory_order(_mm256_packus_epi32(m(U8(lo)), m(U8(hi)))));
 }
+// Sums of neighbouring lanes, those of `a` first.
+LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
+  return I32(u8(in_memory_order(_mm256_hadd_epi32(m(a), m(b)))));
+}
 // Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
 // 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
@@ -354,7 +358,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = 16;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
   return load_halves(p + at[0], p + at[1]);
 }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.

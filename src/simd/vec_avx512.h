@@ -159,6 +159,13 @@ LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                       _mm512_packus_epi32(m(U8(lo)), m(U8(hi)))));
 }
+// Sums of neighbouring lanes, those of `a` first.
+LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
+  const __m512i even = _mm512_setr_epi32(0, 2, 4, 6, 8, 10, 12, 14, 16, 18, 20, 22, 24, 26, 28, 30);
+  const __m512i odd = _mm512_add_epi32(even, _mm512_set1_epi32(1));
+  return I32(u8(_mm512_add_epi32(_mm512_permutex2var_epi32(m(a), even, m(b)),
+                                 _mm512_permutex2var_epi32(m(a), odd, m(b)))));
+}
 // Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
 // 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
@@ -378,7 +385,7 @@ LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t stride) {
   return load_four([&](int i) { return p + i * stride; });
 }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) {
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
   return load_four([&](int i) { return p + at[i]; });
 }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.

@@ -157,6 +157,12 @@ LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   constexpr int n = kWords / 2;
   return lanes<U16>([&](int i) { return i < n ? lo[i] : hi[i - n]; });
 }
+// Sums of neighbouring lanes, those of `a` first.
+LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
+  constexpr int n = kLanes / 4;
+  const auto at = [&](int i) { return i < n ? a[i] : b[i - n]; };
+  return lanes<I32>([&](int i) { return at(2 * i) + at(2 * i + 1); });
+}
 // Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order.
 LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
   constexpr int n = kLanes / 4;
@@ -274,7 +280,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = kLanes;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
   return lanes<U8>([&](int i) { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });

@@ -129,6 +129,8 @@ LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
 LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi))); }
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) { return u16(_mm_packus_epi32(m(U8(lo)), m(U8(hi)))); }
+// Sums of neighbouring lanes, those of `a` first.
+LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) { return I32(u8(_mm_hadd_epi32(m(a), m(b)))); }
 // Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
 // 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
@@ -317,7 +319,7 @@ LUM_INLINE U8 reversed(U8 v) {
 constexpr int kPieceBytes = 16;
 LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 // The pieces that begin at p + at[0], p + at[1] ...
-LUM_INLINE U8 load_pieces_at(const uint8_t* p, const size_t* at) { return load<U8>(p + at[0]); }
+LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm_shuffle_epi8(m(v), m(index))); }
 // Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.

@@ -1,0 +1,203 @@
+// SPDX-License-Identifier: MIT
+// 4:2:0 from two rows: Y of each pixel, U and V of each square of 2 x 2,
+//   Y = ((66 R + 129 G + 25 B + 128) >> 8) + 16
+//   U = ((-38 r - 74 g + 112 b + 512) >> 10) + 128, V = ((112 r - 94 g - 18 b + 512) >> 10) + 128
+// with the sums r, g, b over a square. YUV keeps its values, U and V are rounded means.
+namespace lum {
+namespace LUM_LEVEL {
+namespace {
+
+// A source gives kLanes pixels of a row as it has them, and of two such blocks the
+// chroma of their kLanes / 2 squares of 2 x 2 pixels as words.
+struct Chroma {
+  U16 u, v;
+};
+struct GrayBlock {
+  U8 y;
+};
+struct YuvBlock {
+  U8 y, u, v;
+};
+
+// The factors of a grey pixel's three colours added up: ((220 y + 128) >> 8) + 16. The upper half
+// of the product (256 y + 149) 220 is ((220 y + 128.05) >> 8), and bytes beside y are all it takes.
+LUM_INLINE U8 luma_of(const GrayBlock& p) {
+  const U16 factor = multiplier(66 + 129 + 25);
+  const Bytes2 v = interleave(splat8(149), p.y);
+  return pack_sat(I16(mul_hi(U16(v.lo), factor)), I16(mul_hi(U16(v.hi), factor))) + 16;
+}
+LUM_INLINE U8 luma_of(const Rgb8& p) { return studio_luma(p); }
+LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
+LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
+
+// Grey has no chroma: the factors of U and of V add up to 0, and the planes are filled elsewhere.
+struct GrayTo420 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
+  static constexpr bool kChroma = false;
+  static LUM_INLINE GrayBlock block(const uint8_t* p) { return {load<U8>(p)}; }
+  static_assert(StudioU::kRed + StudioU::kGreen + StudioU::kBlue == 0, "U of grey");
+  static_assert(StudioV::kRed + StudioV::kGreen + StudioV::kBlue == 0, "V of grey");
+};
+struct ColourTo420 {
+  static constexpr bool kChroma = true;
+};
+
+LUM_INLINE I16 sum_of_squares(U8 a, U8 b) { return I16(sum_of_pairs(a) + sum_of_pairs(b)); }
+
+// R, G, B, summed over the square: up to 1020, so that the products need 32 bits.
+struct RgbTo420 : ColourTo420 {
+  static LUM_INLINE Chroma chroma(const Rgb8& upper, const Rgb8& lower) {
+    const I16 r = sum_of_squares(upper.r, lower.r), g = sum_of_squares(upper.g, lower.g),
+              b = sum_of_squares(upper.b, lower.b);
+    const Words2 rg = interleave(r, g), b1 = interleave(b, I16(splat16(1)));
+    return {channel<StudioU>(rg, b1), channel<StudioV>(rg, b1)};
+  }
+
+ private:
+  template <class Factors>
+  static LUM_INLINE U16 channel(const Words2& rg, const Words2& b1) {
+    const I16 red_green = I16(splat_words(Factors::kRed, Factors::kGreen));
+    const I16 blue_round = I16(splat_words(Factors::kBlue, 512));
+    return U16(pack_sat((madd(rg.lo, red_green) + madd(b1.lo, blue_round)) >> 10,
+                        (madd(rg.hi, red_green) + madd(b1.hi, blue_round)) >> 10) +
+               128);
+  }
+};
+template <bool bgr>
+struct Rgb24To420 : RgbTo420 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static LUM_INLINE Rgb8 block(const uint8_t* p) {
+    const Bytes3 v = load3(p);
+    return {bgr ? v.c2 : v.c0, v.c1, bgr ? v.c0 : v.c2};
+  }
+};
+template <bool bgr, bool in_pieces = kPieceBytes == 16>
+struct Rgba32To420 : RgbTo420 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
+  static LUM_INLINE Rgb8 block(const uint8_t* p) {
+    U8 c[4];
+    apart(p, c);
+    return {bgr ? c[2] : c[0], c[1], bgr ? c[0] : c[2]};
+  }
+};
+
+// The same without planes. Four vectors of pixels as they lie in memory: each has, in the l-th of
+// the pieces within which interleave() works, every fourth of four pixels from pixel 16 l on, so
+// that packing ends in memory order.
+// The two squares of a piece: their first and second channels, then the third and fourth ones, with
+// the pixels of a pair side by side.
+constexpr LaneTable kSquares = lane_table([](int i) {
+  const int channel = i % 16 / 8 * 2 + i % 4 / 2, pixel = i % 8 / 4 * 2 + i % 2;
+  return i / 16 * 16 + 4 * pixel + channel;
+});
+template <bool bgr>
+struct Rgba32To420<bgr, true> : ColourTo420 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
+  struct Block {
+    U8 quarter[4];
+  };
+  static LUM_INLINE Block block(const uint8_t* p) {
+    Block v;
+    for (int i = 0; i < 4; ++i) v.quarter[i] = load_pieces(p + 16 * i, 64);
+    return v;
+  }
+  static LUM_INLINE Chroma chroma(const Block& upper, const Block& lower) {
+    U64 sums[4];
+    for (int i = 0; i < 4; ++i) {
+      sums[i] = U64(sum_of_squares(shuffle_spans(upper.quarter[i], kSquares),
+                                   shuffle_spans(lower.quarter[i], kSquares)));
+    }
+    const Qwords2 first = interleave(sums[0], sums[1]), second = interleave(sums[2], sums[3]);
+    return {channel<StudioU>(first, second), channel<StudioV>(first, second)};
+  }
+  // The pixel less 128 is the signed factor; the weights add up to 220.
+  friend LUM_INLINE U8 luma_of(const Block& p) {
+    const U8 weights = U8(U32{} + (bgr ? 0x00428119u : 0x00198142u));  // 66, 129, 25
+    const I16 ones = I16(splat16(1));
+    constexpr uint16_t kAdded = 128 * 220 + 128 + 16 * 256;
+    I32 sums[4];
+    for (int i = 0; i < 4; ++i) sums[i] = madd(madd(weights, I8(p.quarter[i] ^ 0x80)), ones);
+    return pack_high(U16(pack_sat(sums[0], sums[1])) + kAdded,
+                     U16(pack_sat(sums[2], sums[3])) + kAdded);
+  }
+
+ private:
+  template <class Factors>
+  static LUM_INLINE U16 channel(const Qwords2& first, const Qwords2& second) {
+    const I16 lower = I16(splat_words(bgr ? Factors::kBlue : Factors::kRed, Factors::kGreen));
+    const I16 upper = I16(splat_words(bgr ? Factors::kRed : Factors::kBlue, 0));
+    const auto of = [&](const Qwords2& v) {
+      return (madd(I16(v.lo), lower) + madd(I16(v.hi), upper) + 512) >> 10;
+    };
+    return U16(pack_sat(of(first), of(second)) + 128);
+  }
+};
+// As U Y V Y; the chroma of two rows is averaged as it lies there.
+template <class Layout>
+struct YuvTo420 : ColourTo420 {
+  static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
+  static LUM_INLINE Wide block(const uint8_t* p) {
+    return {Layout::uyvy(p), Layout::uyvy(p + Layout::kHalf)};
+  }
+  static LUM_INLINE Chroma chroma(const Wide& upper, const Wide& lower) {
+    const U16 lo = U16(avg_up(U8(upper.lo), U8(lower.lo))) & 255;
+    const U16 hi = U16(avg_up(U8(upper.hi), U8(lower.hi))) & 255;
+    const U16 uv = U16(narrow(I16(lo), I16(hi)));
+    return {uv & 255, uv >> 8};
+  }
+};
+struct Yuv444To420 : ColourTo420 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static LUM_INLINE YuvBlock block(const uint8_t* p) {
+    const Bytes3 v = load3(p);
+    return {v.c1, v.c0, v.c2};
+  }
+  static LUM_INLINE Chroma chroma(const YuvBlock& upper, const YuvBlock& lower) {
+    return {U16((sum_of_squares(upper.u, lower.u) + 2) >> 2),
+            U16((sum_of_squares(upper.v, lower.v) + 2) >> 2)};
+  }
+};
+
+template <class Source>
+LUM_INLINE void i420_block(const I420Rows& rows) {
+  const auto upper = Source::block(rows.src[0]), lower = Source::block(rows.src[1]);
+  store(rows.y[0], luma_of(upper));
+  store(rows.y[1], luma_of(lower));
+  if constexpr (Source::kChroma) {
+    const Chroma c = Source::chroma(upper, lower);
+    const U8 uv = narrow(I16(c.u), I16(c.v));
+    uint8_t both[kLanes];
+    store(both, uv);
+    memcpy(rows.u, both, kLanes / 2);
+    memcpy(rows.v, both + kLanes / 2, kLanes / 2);
+  }
+}
+
+template <class Source>
+void i420(const I420Rows& rows, size_t n) {
+  const I420Rows r = rows;  // which no store can change
+  if (n < kLanes) {
+    constexpr size_t kIn = source_bytes<Source>(kLanes);
+    uint8_t in[2][kIn] = {}, y[2][kLanes], u[kLanes / 2], v[kLanes / 2];
+    for (int i = 0; i < 2; ++i) memcpy(in[i], r.src[i], source_bytes<Source>(n));
+    i420_block<Source>({{in[0], in[1]}, {y[0], y[1]}, u, v});
+    for (int i = 0; i < 2; ++i) memcpy(r.y[i], y[i], n);
+    if (!Source::kChroma) return;
+    memcpy(r.u, u, n / 2);
+    memcpy(r.v, v, n / 2);
+    return;
+  }
+  over_row(n, kLanes, [&](size_t x) {
+    const size_t at = source_bytes<Source>(x);
+    for (size_t line = 0; line < source_bytes<Source>(kLanes); line += 64) {
+      prefetch_read(r.src[0] + at + line);
+      prefetch_read(r.src[1] + at + line);
+    }
+    i420_block<Source>(
+        {{r.src[0] + at, r.src[1] + at}, {r.y[0] + x, r.y[1] + x}, r.u + x / 2, r.v + x / 2});
+  });
+}
+
+}  // namespace
+}  // namespace LUM_LEVEL
+}  // namespace lum

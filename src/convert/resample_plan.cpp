@@ -1,0 +1,165 @@
+// SPDX-License-Identifier: MIT
+#include "convert/resample_plan.h"
+
+#include <string.h>
+
+namespace lum {
+namespace {
+
+// Fills in where pixels lie. next_position() counts from the first one on.
+template <class Position>
+void place(Plan& plan, PixelShape pixel, Position next_position) {
+  const uint32_t n = plan.n, channels = pixel.channels, shift = pixel.sample_bytes - 1;
+  uint32_t* const at = plan.at;
+  uint16_t* const f = plan.f;
+  for (uint32_t x = 0; x < n; ++x) {
+    const auto p = next_position();
+    at[x] = static_cast<uint32_t>(p >> 16) * channels << shift;
+    f[x] = fraction(p);
+  }
+  plan.stride = 1;
+}
+// From a value for each pixel to one for each sample, from the back.
+template <class Value>
+void spread(Value* values, uint32_t pixels, uint32_t channels, uint32_t increment) {
+  if (channels == 1) return;
+  Value* to = values + size_t{pixels} * channels;
+  for (uint32_t x = pixels; x-- > 0;) {
+    const Value v = values[x];
+    for (uint32_t c = channels; c-- > 0;) *--to = static_cast<Value>(v + c * increment);
+  }
+}
+
+// Index and bases of a mixing kernel, if each piece's samples lie close enough to each other: with
+// `pairs` up to steps of some two pixels. A sample's index is its distance from the base times
+// `factor`, plus `added`.
+template <class Index>
+bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
+  constexpr uint32_t kSample = sizeof(Index) / 2;
+  const uint32_t piece = static_cast<uint32_t>(k.pick_piece / sizeof(Index));
+  const uint32_t next = pairs ? static_cast<uint32_t>(pixel.bytes()) : 0;
+  const uint32_t samples = plan.n * pixel.channels;
+  if (next + kSample > k.pick_piece) return false;
+  const uint32_t most = static_cast<uint32_t>(k.pick_piece) - next - kSample;
+  const uint32_t of_b = pairs ? next * 0x0101 + 0x0100 : 0x8080, of_a = 0x0100;
+  const uint32_t factor = kSample == 1 ? (pairs ? 0x0101 : 1) : (pairs ? 0x01010101 : 0x0101);
+  const uint32_t added = kSample == 1 ? (of_b & 0xFF) << 8 : of_a | of_b << 16;
+  const uint32_t* at = plan.at;
+  uint32_t x = 0, base = 0;
+  uint8_t* index = plan.index;
+  uint32_t* bases = plan.base;
+  const auto add = [&](uint32_t n) {
+    // Of interleaved samples the first one may lie behind another one, and the last one before.
+    const uint32_t some = std::min(n, pixel.channels);
+    base = *std::min_element(at + x, at + x + some);
+    *bases++ = base;
+    constexpr uint32_t kUsual = 16 / sizeof(Index);
+    Index v[kUsual];
+    const auto fill = [&](uint32_t count) {
+      for (uint32_t i = 0; i < count; ++i) {
+        v[i] = static_cast<Index>((at[x + i] - base) * factor + added);
+      }
+      memcpy(index, v, count * sizeof(Index));
+    };
+    n == kUsual ? fill(kUsual) : fill(n);
+    const uint32_t far = *std::max_element(at + x + n - some, at + x + n) - base;
+    x += n;
+    index += n * sizeof(Index);
+    return far <= most;
+  };
+  while (x + piece <= samples) {
+    if (!add(piece)) return false;
+  }
+  if (x < samples && !add(samples - x)) return false;
+  plan.reach = base + k.pick_piece + pixel.bytes();
+  for (uint32_t i = 0; i < kBlockSamples / piece; ++i) *bases++ = 0;
+  memset(index, 0, kBlockSamples * sizeof(Index));
+  return plan.reach <= kMostReach;
+}
+template <class Index>
+bool add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
+  const size_t kind = pixel.sample_bytes - 1;
+  if (add_pieces<Index>(plan, k, pixel, true)) {
+    plan.mix = k.mix_pairs[kind];
+  } else if (add_pieces<Index>(plan, k, pixel, false)) {
+    plan.mix = k.mix_apart[kind];
+  }
+  return plan.mix != nullptr;
+}
+}  // namespace
+
+void make_plan(Plan& plan, uint64_t first, uint32_t n, uint32_t src_count, PixelShape pixel,
+               int64_t position, uint32_t step, Resampling mode) {
+  const uint64_t rounding = mode == Resampling::nearest ? kHalf : 0;
+  const auto exact = [&](uint64_t x) {
+    return position_of(position, step, first + x, src_count) + rounding;
+  };
+  const uint64_t origin = exact(0) >> 16 << 16;
+  plan.n = n;
+  plan.picks = false;
+  plan.mix = nullptr;
+  plan.first = (origin >> 16) * pixel.bytes();
+  plan.last = (size_t{src_count} - 1) * pixel.bytes() - plan.first;
+  // From there on 32 bits are mostly enough, even without the limits. Positions do not decrease.
+  constexpr int64_t kMost = INT32_MAX / 2;
+  constexpr uint64_t kFar = uint64_t{1} << 62;
+  const int64_t start = position + static_cast<int64_t>(first * step + rounding - origin);
+  if (first * step < kFar && start >= -kMost && start <= kMost && uint64_t{n} * step <= kMost) {
+    const uint64_t end = (uint64_t{src_count - 1} << 16) + rounding - origin;
+    const int32_t by = static_cast<int32_t>(step);
+    const int32_t low = static_cast<int32_t>(exact(0) - origin);
+    const int32_t high = static_cast<int32_t>(std::min<uint64_t>(end, INT32_MAX));
+    place(plan, pixel, [=, p = static_cast<int32_t>(start)]() mutable {
+      const int32_t here = p;
+      p += by;
+      return static_cast<uint32_t>(std::min(std::max(here, low), high));
+    });
+  } else {
+    place(plan, pixel, [&, x = uint64_t{0}]() mutable { return exact(x++) - origin; });
+  }
+  if (mode == Resampling::linear) spread(plan.f, n, pixel.channels, 0);
+}
+
+void add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
+  spread(plan.at, plan.n, pixel.channels, pixel.sample_bytes);
+  plan.stride = pixel.channels;
+  if (pixel.sample_bytes == 1) {
+    add_mixing<uint16_t>(plan, k, pixel);
+  } else if (add_mixing<uint32_t>(plan, k, pixel)) {
+    for (size_t i = plan.n * pixel.channels; i-- > 0;) {
+      const uint16_t f = plan.f[i];
+      plan.f[2 * i] = f ^ 0x8000;
+      plan.f[2 * i + 1] = static_cast<uint16_t>(-f);
+    }
+  }
+}
+
+// As pieces have twice as many bytes to pick from without mixing, steps up to some three pixels do.
+void add_picks(Plan& plan, const DirectKernels& k, PixelShape pixel, size_t row_bytes) {
+  const size_t piece = k.pick_piece, window = 2 * piece;
+  const size_t bytes = plan.n * pixel.bytes(), whole = (bytes + kBlockSamples - 1) / kBlockSamples;
+  if (row_bytes < window) return;
+  // Where a byte of the result lies in the source row.
+  const auto where = [&](size_t i) {
+    return plan.first + plan.at[i / pixel.bytes() * plan.stride] + i % pixel.bytes();
+  };
+  plan.from = std::min(plan.first, row_bytes - window);
+  memset(plan.index, 0, whole * kBlockSamples);
+  for (size_t first = 0; first < whole * kBlockSamples; first += piece) {
+    uint32_t& base = plan.base[first / piece];
+    base = 0;
+    if (first >= bytes) continue;
+    const size_t pixel_begin = where(first) - first % pixel.bytes();
+    const size_t begin = std::min(pixel_begin, row_bytes - window);
+    base = static_cast<uint32_t>(begin - plan.from);
+    const size_t end = std::min(first + piece, bytes);
+    // Of the last pixel and the next one; behind the row's last one there is none, and none is
+    // mixed in.
+    const size_t behind = where(end - 1) - (end - 1) % pixel.bytes() + 2 * pixel.bytes();
+    if (std::min(behind, row_bytes) > begin + window) return;
+    for (size_t i = first; i < end; ++i) plan.index[i] = static_cast<uint8_t>(where(i) - begin);
+  }
+  plan.picks = true;
+}
+
+}  // namespace lum
