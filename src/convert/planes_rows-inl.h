@@ -23,9 +23,33 @@ LUM_INLINE void split_pairs(U16 v0, U16 v1, U16& even, U16& odd) {
   odd = narrow(U32(v0) >> 16, U32(v1) >> 16);
 }
 
+// Two and four channels are brought together within pieces, as 64 or 32 bits of each. A block of
+// several vectors is loaded so that the pieces of the k-th hold every k-th of it: interleaved, they
+// are in memory order.
+constexpr bool kInPieces = kPieceBytes == 16;
+template <int size, int channels>
+constexpr LaneTable kByChannel = lane_table([](int i) {
+  constexpr int kRun = 16 / channels;
+  const int channel = i % 16 / kRun, within = i % kRun;
+  return (within / size * channels + channel) * size + within % size;
+});
+template <int size, int channels>
+LUM_INLINE U8 load_by_channel(const uint8_t* p, int k) {
+  const U8 pieces = load_pieces(p + 16 * k, 16 * channels);
+  return pick_bytes(pieces, load<U8>(kByChannel<size, channels>.v));
+}
+
 template <class V>
 LUM_INLINE void apart(const uint8_t* p, V (&c)[2]) {
-  split_pairs(load<V>(p), load<V>(p + kLanes), c[0], c[1]);
+  if constexpr (kInPieces) {
+    constexpr int kSize = kElementBytes<V>;
+    const auto v =
+        interleave(U64(load_by_channel<kSize, 2>(p, 0)), U64(load_by_channel<kSize, 2>(p, 1)));
+    c[0] = V(v.lo);
+    c[1] = V(v.hi);
+  } else {
+    split_pairs(load<V>(p), load<V>(p + kLanes), c[0], c[1]);
+  }
 }
 LUM_INLINE void apart(const uint8_t* p, U8 (&c)[3]) {
   const Bytes3 v = load3(p);
@@ -41,6 +65,18 @@ LUM_INLINE void apart(const uint8_t* p, U16 (&c)[3]) {
 }
 template <class V>
 LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
+  if constexpr (kInPieces) {
+    constexpr int kSize = kElementBytes<V>;
+    U32 v[4];
+    for (int k = 0; k < 4; ++k) v[k] = U32(load_by_channel<kSize, 4>(p, k));
+    const auto a = interleave(v[0], v[1]), b = interleave(v[2], v[3]);
+    const auto first = interleave(U64(a.lo), U64(b.lo)), second = interleave(U64(a.hi), U64(b.hi));
+    c[0] = V(first.lo);
+    c[1] = V(first.hi);
+    c[2] = V(second.lo);
+    c[3] = V(second.hi);
+    return;
+  }
   V even[2], odd[2];
   split_pairs(load<V>(p), load<V>(p + kLanes), even[0], odd[0]);
   split_pairs(load<V>(p + 2 * kLanes), load<V>(p + 3 * kLanes), even[1], odd[1]);
@@ -63,6 +99,28 @@ LUM_INLINE void together(uint8_t* p, const V (&c)[4]) {
   store(p + 2 * kLanes, zip(even.hi, odd.hi));
 }
 
+template <class V, int channels, bool all>
+LUM_INLINE void split_blocks(uint8_t* const* to, const uint8_t* src, size_t n) {
+  constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
+  uint8_t* planes[channels];  // stores of bytes might change those that are not this function's own
+  for (int i = 0; i < channels; ++i) planes[i] = to[i];
+  over_row(n, kLanes / kSample, [&](size_t x) {
+    for (size_t line = 0; line < kLanes * channels; line += 64) {
+      prefetch_read(src + x * kPixel + line);
+    }
+    V c[channels];
+    apart(src + x * kPixel, c);
+    for (int i = 0; i < channels; ++i) {
+      if (all || planes[i] != nullptr) store(planes[i] + x * kSample, c[i]);
+    }
+  });
+}
+template <int channels>
+LUM_INLINE bool all_present(const uint8_t* const* planes) {
+  bool all = true;
+  for (int i = 0; i < channels; ++i) all = all && planes[i] != nullptr;
+  return all;
+}
 template <class V, int channels>
 void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
@@ -77,16 +135,11 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
     }
     return;
   }
-  over_row(n, kStep, [&](size_t x) {
-    for (size_t line = 0; line < kLanes * channels; line += 64) {
-      prefetch_read(src + x * kPixel + line);
-    }
-    V c[channels];
-    apart(src + x * kPixel, c);
-    for (int i = 0; i < channels; ++i) {
-      if (planes[i] != nullptr) store(planes[i] + x * kSample, c[i]);
-    }
-  });
+  if (all_present<channels>(planes)) {
+    split_blocks<V, channels, true>(planes, src, n);
+  } else {
+    split_blocks<V, channels, false>(planes, src, n);
+  }
 }
 
 // Components without a plane are stored as they were read from dst.
@@ -108,8 +161,6 @@ template <class V, int channels>
 void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
   constexpr size_t kStep = kLanes / kSample;
-  bool all = true;
-  for (int i = 0; i < channels; ++i) all = all && planes[i] != nullptr;
   if (n < kStep) {
     V c[channels];
     uint8_t out[kStep * kPixel] = {};
@@ -122,7 +173,7 @@ void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
     memcpy(dst, out, n * kPixel);
     return;
   }
-  if (all) {
+  if (all_present<channels>(planes)) {
     join_blocks<V, channels, true>(dst, planes, n);
   } else {
     join_blocks<V, channels, false>(dst, planes, n);
