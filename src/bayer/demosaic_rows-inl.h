@@ -190,9 +190,10 @@ inline void along_row(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scra
 
 inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
                         size_t words) {
+  const int16_t *const r0 = z[0], *const r1 = z[1], *const r2 = z[2], *const r3 = z[3],
+                       *const r4 = z[4];
   for (size_t x = 0; x < words; x += kLanes / 2) {
-    const I16 z0 = at(z[0], x), z1 = at(z[1], x), z2 = at(z[2], x), z3 = at(z[3], x),
-              z4 = at(z[4], x);
+    const I16 z0 = at(r0, x), z1 = at(r1, x), z2 = at(r2, x), z3 = at(r3, x), z4 = at(r4, x);
     const I16 near = z2 - z1 - z3;
     store(pv + x, z0 + z4 + near + near);
     store(scratch + x, activity(z0, z1, z3, z4));
@@ -222,14 +223,21 @@ LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far, int shift) 
   return I16(U16(e) << shift);
 }
 
+// Copies of the pointers, which a store cannot change.
+struct Rows3 {
+  explicit Rows3(const int16_t* const rows[3]) : above(rows[0]), here(rows[1]), below(rows[2]) {}
+  const int16_t *above, *here, *below;
+};
+
 inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
                       const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
                       size_t words) {
+  const Rows3 p(pv), h(ah3), v(av3);
   for (size_t x = 0; x < words; x += kLanes / 2) {
-    const I16 mid = at(pv[1], x);
-    store(qv + x, mid + mid - at(pv[0], x) - at(pv[2], x));
-    const I16 gh = at(ah3[0], x) + at(ah3[1], x) + at(ah3[2], x);
-    const I16 gv = at(av3[0], x) + at(av3[1], x) + at(av3[2], x);
+    const I16 mid = at(p.here, x);
+    store(qv + x, mid + mid - at(p.above, x) - at(p.below, x));
+    const I16 gh = at(h.above, x) + at(h.here, x) + at(h.below, x);
+    const I16 gv = at(v.above, x) + at(v.here, x) + at(v.below, x);
     store(e + x, preference(
                      gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }, 12));
     store(act + x, lesser(gh, gv));
@@ -302,7 +310,8 @@ LUM_INLINE Differences mixed(I16 w, const Differences& along, const Differences&
   return {weighted(w, along.first, across.first), weighted(w, along.second, across.second)};
 }
 
-inline void lcaa(const DemosaicTile& t) {
+inline void lcaa(const DemosaicTile& tile) {
+  const DemosaicTile t = tile;  // or each store might change its pointers
   const Columns columns(t.native);
   write_planes(t, [&](size_t x) {
     const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
@@ -344,7 +353,8 @@ LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   return I16(U16(subtract_where_greater(busy, act, u - quarter)) << 13);
 }
 
-inline void lcaav(const DemosaicTile& t) {
+inline void lcaav(const DemosaicTile& tile) {
+  const DemosaicTile t = tile;  // or each store might change its pointers
   const Columns columns(t.native);
   const I16 here = columns.sixteenth_of_native, beside = columns.sixteenth_of_green;
   for (size_t x = 0; x < t.columns + kTileMargin + 1; x += kLanes / 2) {
