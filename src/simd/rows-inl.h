@@ -91,10 +91,12 @@ LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
   if (edge) memcpy(in + n, in + n - 2 * sample_bytes, sample_bytes);
 }
 
-// Fewer pixels than a block: through a block of their own on the stack.
+// Fewer pixels than a block: through a block of their own on the stack. It has a source of its own:
+// were it given the row's, each store of the row's loop might change that one.
 template <class Source, class Sink>
-__attribute__((noinline)) void convert_few(const Source& source, uint8_t* dst, const uint8_t* a,
+__attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, const uint8_t* a,
                                            const uint8_t* b, size_t n) {
+  const Source source(args);
   constexpr size_t kBlockBytes = source_bytes<Source>(kLanes);
   constexpr size_t kSampleBytes = Source::kGroupBytes / Source::kGroupPixels;
   alignas(64) uint8_t out[kLanes * Sink::kPixelBytes];
@@ -115,7 +117,12 @@ __attribute__((noinline)) void convert_few(const Source& source, uint8_t* dst, c
 // in_place: dst may be a, so that no pixel may be converted twice.
 template <class Source, class Sink, bool in_place = false>
 void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
+  if (n < kLanes) {
+    if (n > 0) convert_few<Source, Sink>(args, dst, a, b, n);
+    return;
+  }
   const Source source(args);
+  const ptrdiff_t write_ahead = args.write_ahead;
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kAhead = Source::kEdge ? 1 : 0;
@@ -125,7 +132,7 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
       prefetch_read(a + line);
       if (Source::kRows == 2) prefetch_read(b + line);
     }
-    for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line, args.write_ahead);
+    for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line, write_ahead);
     Sink::store_block(dst, source.block(a, b));
     a += kIn;
     if (Source::kRows == 2) b += kIn;
@@ -136,11 +143,11 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   // An odd row of a mosaic cannot go back to where its last kLanes pixels begin: that is a column
   // of the other colour. Two pixels back are enough for the edge rule.
   const bool odd = Source::kEdge && n % 2 != 0;
-  if (n < kLanes || in_place || odd) {
-    const size_t back = odd && rest == 1 && n > 1 ? 2 : 0;
+  if (in_place || odd) {
+    const size_t back = odd && rest == 1 ? 2 : 0;
     a -= source_bytes<Source>(back);
     b -= Source::kRows == 2 ? source_bytes<Source>(back) : 0;
-    convert_few<Source, Sink>(source, dst - back * Sink::kPixelBytes, a, b, rest + back);
+    convert_few<Source, Sink>(args, dst - back * Sink::kPixelBytes, a, b, rest + back);
     return;
   }
   // The last kLanes pixels, some of them for the second time.
