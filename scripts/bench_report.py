@@ -5,6 +5,7 @@ import pathlib
 import re
 import sys
 
+from bench_operations import counts
 from bench_results import GOALS, Results, geometric_mean
 
 BEGIN = "<!-- tables: begin (written by scripts/bench) -->"
@@ -167,7 +168,32 @@ def cold_rows(results):
     return table(["Row", results.best, "roofline", "ratio"], lines, (1, 2, 3))
 
 
-def page(results, plots):
+def operations(units, level):
+    two_ports = level == GOALS["level"]
+    lines = [[f"`{name}`", f"{c.port_0:g}", f"{c.port_5:g}", f"{c.either:g}",
+              f"{c.least_cycles():g}" if two_ports else "", f"{c.loads:g}", f"{c.stores:g}",
+              f"{c.scalar:g}"] for name, c in counts(units, level)]
+    head = ["Kernel", "multiplications, shifts", "shuffles", "other",
+            "cycles on two ports" if two_ports else "", "loads", "stores", "not vectors"]
+    return lines and table(head, lines, range(1, len(head)))
+
+
+def all_operations(units):
+    """What limits the rows that have no reason to wait for memory."""
+    tables = [(level, operations(units, level)) for level in (GOALS["level"], "avx2")]
+    parts = [folded(f"Operations for 64 pixels, {level}", text) for level, text in tables if text]
+    if not parts:
+        return []
+    return ["### What the loops do",
+            "Counted in the compiled kernels, for 64 pixels, or 64 words of a step of the "
+            "interpolating demosaics. Of 512-bit operations a core begins two in a cycle: "
+            "multiplications and shifts on the one port only, shuffles and comparisons on the "
+            "other only, so the fifth column is what they take at least. A load that is not "
+            "aligned to 64 bytes counts twice for the two that a core does in a cycle. Both arms "
+            "of a branch are counted.", *parts]
+
+
+def page(results, plots, units):
     parts = [machine(results), "## Summary", summary(results), "### Rows that a peer does faster",
              folded("row by row, ns/pixel", lost_to_peers(results)),
              "### Goals", "Times as multiples of the roofline's; the worst of the rows counts.",
@@ -179,6 +205,7 @@ def page(results, plots):
     parts.append(folded("All peers", all_peers(results)))
     if results.cold:
         parts.append(folded(f"Cold frames, {results.cold[0].size}", cold_rows(results)))
+    parts += all_operations(units)
     return "\n\n".join(parts)
 
 
@@ -194,12 +221,14 @@ def main():
     parser = argparse.ArgumentParser(description=__doc__)
     parser.add_argument("results", type=pathlib.Path, help="folder with main.json and the others")
     parser.add_argument("page", type=pathlib.Path, help="the page to write into")
+    parser.add_argument("--units", type=pathlib.Path, default=pathlib.Path(),
+                        help="folder with the compiled kernels, to count their operations")
     options = parser.parse_args()
     results = Results(options.results)
     old = options.page.read_text()
     if BEGIN not in old or END not in old:
         sys.exit(f"{options.page} lacks the lines\n{BEGIN}\n{END}")
-    text = page(results, list(plots_in(options.page.parent, results)))
+    text = page(results, list(plots_in(options.page.parent, results)), options.units)
     options.page.write_text(old[:old.index(BEGIN)] + BEGIN + "\n\n" + text + "\n\n" +
                             old[old.index(END):])
     print(options.page)

@@ -1,0 +1,109 @@
+# SPDX-License-Identifier: MIT
+"""Counts what a block of pixels takes in each kernel, from the instructions of its loop."""
+import pathlib
+import re
+import shutil
+import subprocess
+
+LANES = {"sse41": 16, "avx2": 32, "avx512": 64}
+# Of AVX-512's vector operations two begin in a cycle, on the ports that Intel numbers 0 and 5: the
+# first of these kinds only on port 0, the second only on port 5, all others on either.
+PORT_0 = r"v?p(madd|mul|dp)|v?ps(ll|rl|ra)[wdq]|v?ps(ll|rl|ra)v|vpsh[lr]d|vpabs"
+PORT_5 = (r"v?p(shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|ermt|cmp)|v?pack|"
+          r"v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
+# How many words or pixels the loop of a demosaic's step does, as a part of the lanes.
+STEPS = {"along_row": 2, "down_column": 2, "direction": 2, "lcaa": 1, "lcaav": 2}
+
+
+def functions(unit):
+    """Names and instructions (address, text), as the disassembler shows them."""
+    text = subprocess.run(["objdump", "-d", "--no-show-raw-insn", "-C", str(unit)], check=True,
+                          capture_output=True, text=True).stdout
+    name, body = None, []
+    for line in text.splitlines():
+        start = re.match(r"[0-9a-f]+ <(.*)>:$", line)
+        if start:
+            if name:
+                yield name, body
+            name, body = start.group(1), []
+        instruction = re.match(r"\s*([0-9a-f]+):\s+(\S.*)", line)
+        if name and instruction:
+            body.append((int(instruction.group(1), 16), instruction.group(2)))
+    if name:
+        yield name, body
+
+
+def is_vector(instruction):
+    return re.search(r"%[xyz]mm\d", instruction) is not None
+
+
+def loop(body):
+    """The instructions of the innermost loop with the most vector ones."""
+    index = {address: i for i, (address, _) in enumerate(body)}
+    best = []
+    for i, (address, text) in enumerate(body):
+        jump = re.match(r"j\w+\s+([0-9a-f]+)", text)
+        first = jump and index.get(int(jump.group(1), 16))
+        if first is None or not jump or int(jump.group(1), 16) >= address:
+            continue
+        inside = [t for _, t in body[first:i + 1]]
+        if any(re.match(r"(ret|call|vzeroupper)", t) for t in inside):
+            continue
+        if sum(map(is_vector, inside)) > sum(map(is_vector, best)):
+            best = inside
+    return best
+
+
+class Count:
+    def __init__(self, instructions, factor):
+        self.loads = self.stores = self.port_0 = self.port_5 = self.either = self.scalar = 0
+        for text in instructions:
+            self.add(text, factor)
+
+    def add(self, text, factor):
+        text = re.sub(r"\s*[#<].*", "", text)
+        name, _, operands = text.partition(" ")
+        operands = re.sub(r"\{[^}]*\}", "", operands).strip()
+        if not is_vector(text) and not name.startswith("k"):
+            self.scalar += factor
+            return
+        to_memory = operands.endswith(")") and name not in ("cmp", "test")
+        if to_memory:
+            self.stores += factor
+        elif "(" in operands:
+            self.loads += factor
+        if re.match(r"v?mov(dq|ap|up|[qd]$|nt|hp|lp)", name):
+            return
+        if re.match(PORT_5, name):
+            self.port_5 += factor
+        elif re.match(PORT_0, name):
+            self.port_0 += factor
+        else:
+            self.either += factor
+
+    def least_cycles(self):
+        return max(self.port_0, self.port_5, (self.port_0 + self.port_5 + self.either) / 2)
+
+
+def short(name, level):
+    """`row<Mosaic8, Packed24<true>, false>(...)` as "Mosaic8 to Packed24<true>"."""
+    name = name.replace(f"lum::{level}::(anonymous namespace)::", "")
+    kernel = re.match(r"void row<(.*), (\w+(?:<\w+>)?), (?:true|false)>\(", name)
+    if kernel:
+        return f"{kernel.group(1)} to {kernel.group(2)}"
+    step = re.match(r"(\w+)\(", name)
+    return step.group(1) if step and step.group(1) in STEPS else None
+
+
+def counts(units, level):
+    """Names and counts for 64 pixels, or for 64 words of a demosaic's step."""
+    unit = pathlib.Path(units) / f"kernels_{level}.cpp.o"
+    if not unit.exists() or not shutil.which("objdump"):
+        return []
+    found = []
+    for function, body in functions(unit):
+        name, instructions = short(function, level), loop(body)
+        if name and instructions:
+            step = LANES[level] // STEPS.get(name, 1)
+            found.append((name, Count(instructions, 64 / step)))
+    return sorted(found, key=lambda pair: pair[0])
