@@ -57,10 +57,10 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
 constexpr int kTile = 1024;
 constexpr int kBeside = 8;  // samples that are needed on either side of a tile
 static_assert(kBeside <= kTileMargin, "the margin holds them");
-constexpr int kVectorWords = 32;  // of the widest level; rows are computed in whole vectors
+constexpr int kMostStep = 32;  // words, of the widest level
 constexpr int round_up(int n, int step) { return (n + step - 1) / step * step; }
 constexpr int kRowWords =
-    kTileSlack + round_up(kTileMargin + kTile + kBeside, kVectorWords) + 2 * kTileSlack;
+    kTileSlack + round_up(kTileMargin + kTile + kBeside, kMostStep) + 2 * kTileSlack;
 constexpr ptrdiff_t kPlanePitch = round_up(kTile, 64) + 64;
 
 using WordRow = int16_t[kRowWords];
@@ -94,7 +94,9 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const RowKernel write = kernels.at(Source::planes8, f.sink);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
-  const size_t words = round_up(kTileMargin + static_cast<int>(n) + kBeside, kVectorWords);
+  const int first = kTileMargin - round_up(kBeside, k.step);
+  const size_t words = round_up(kTileMargin + static_cast<int>(n) + kBeside - first, k.step);
+  const auto from = [first](int16_t* row) { return row + first; };
 
   const auto add_samples = [&](int64_t y) {
     const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
@@ -109,12 +111,13 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     for (int64_t i = n + behind; i < n + kBeside; ++i) {
       z[kTileMargin + i] = row[mirrored(x + i, f.width)];
     }
-    k.along_row(z, rows.qh[y], rows.ah3[y], rows.scratch + kTileSlack, words);
+    k.along_row(from(z), from(rows.qh[y]), from(rows.ah3[y]), from(rows.scratch + kTileSlack),
+                words);
   };
   const auto add_columns = [&](int64_t y) {
-    const int16_t* const z[5] = {rows.z[y - 2], rows.z[y - 1], rows.z[y], rows.z[y + 1],
-                                 rows.z[y + 2]};
-    k.down_column(z, rows.pv[y], rows.av3[y], rows.scratch + kTileSlack, words);
+    const int16_t* const z[5] = {from(rows.z[y - 2]), from(rows.z[y - 1]), from(rows.z[y]),
+                                 from(rows.z[y + 1]), from(rows.z[y + 2])};
+    k.down_column(z, from(rows.pv[y]), from(rows.av3[y]), from(rows.scratch + kTileSlack), words);
   };
 
   for (int64_t y = -kReach; y < kReach; ++y) add_samples(y);
@@ -126,6 +129,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   t.act = rows.act + kTileSlack;
   for (int i = 0; i < 5; ++i) t.work[i] = rows.work[i] + kTileSlack;
   for (int i = 0; i < 3; ++i) t.planes[i] = rows.planes + i * kPlanePitch;
+  t.first = static_cast<size_t>(first);
   t.columns = n;
 
   for (int64_t y = 0; y < f.height; ++y) {
@@ -133,11 +137,11 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     if (next < f.height) prefetch_row(f.src + static_cast<size_t>(next) * f.width + x, n);
     add_samples(y + kReach);
     add_columns(y + 1);
-    const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
-    const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
-    const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
-    k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
-                words);
+    const int16_t* const pv[3] = {from(rows.pv[y - 1]), from(rows.pv[y]), from(rows.pv[y + 1])};
+    const int16_t* const ah3[3] = {from(rows.ah3[y - 1]), from(rows.ah3[y]), from(rows.ah3[y + 1])};
+    const int16_t* const av3[3] = {from(rows.av3[y - 1]), from(rows.av3[y]), from(rows.av3[y + 1])};
+    k.direction(pv, ah3, av3, from(rows.qv + kTileSlack), from(rows.e + kTileSlack),
+                from(rows.act + kTileSlack), words);
     for (int i = 0; i < 7; ++i) {
       t.z[i] = rows.z[y + i - 3];
       t.qh[i] = rows.qh[y + i - 3];

@@ -16,6 +16,7 @@
 #include "bayer/corrected_sources-inl.h"
 #include "bayer/corrected_words-inl.h"
 #include "bayer/demosaic_rows-inl.h"
+#include "bayer/directional_rows-inl.h"
 #include "convert/depth_rows-inl.h"
 #include "convert/planes_rows-inl.h"
 #include "cygm/cygm_window_sources-inl.h"
@@ -163,7 +164,7 @@ constexpr Kernels make_kernels() {
   cell(k, Source::cygm_3x3_luma, Sink::mono8_rec601) = row<CygmWindowLuma, Mono8<Rec601>>;
   add_colour<CygmBinned>(k, Source::cygm_binned);
   cell(k, Source::cygm_binned, Sink::uyvy) = row<CygmBinned, Uyvy>;
-  k.demosaic = {widen, along_row, down_column, direction, lcaa, lcaav};
+  k.demosaic = {kLanes / 2, widen, along_row, down_column, direction, lcaa, lcaav};
 
   k.direct = make_direct_kernels();
 

@@ -162,8 +162,8 @@ using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, siz
 constexpr size_t kPaddedBytes = 64;
 
 // The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer
-// is at column -kTileMargin of the tile, with readable words for kTileSlack beyond either end. It
-// is aligned to 64 bytes, and so is column 0.
+// of a tile is at its column -kTileMargin, aligned to 64 bytes as column 0 is, and others are at the
+// first word to compute, aligned to a step. Words can be read for kTileSlack beyond either end.
 constexpr int kTileMargin = 32;
 constexpr int kTileSlack = 32;
 
@@ -175,12 +175,14 @@ struct DemosaicTile {
   const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
   const int16_t* act;    // activity, row y
   int16_t* work[5];      // rows for the kernel's own use
+  size_t first;          // word, on the left, to compute what is needed beside the columns from
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
   size_t columns;        // to write, from column 0 on, rounded up to kPaddedBytes
   uint8_t* planes[3];    // the row's own colour N, green G, the other colour O, from column 0 on
 };
 
 struct DemosaicKernels {
+  int step;  // words are computed so many at a time: `words` is a multiple
   void (*widen)(int16_t* dst, const uint8_t* src, size_t bytes);
   // From a row's samples: qh and the sums over three columns of the activity along the row.
   void (*along_row)(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scratch, size_t words);
