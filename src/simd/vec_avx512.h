@@ -141,8 +141,10 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) {
       _mm512_mask_shuffle_epi8(m(odd), 0x5555555555555555, m(even), m(load<U8>(kUpperBytes.v))));
 }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
+constexpr LaneTable kUpperWords = lane_table([](int i) { return i % 16 | 2; });
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
-  return I16((even >> 16) | (odd & in_register(U32{} + 0xFFFF0000u)));
+  return i16(_mm512_mask_shuffle_epi8(m(U8(odd)), 0x3333333333333333, m(U8(even)),
+                                      m(load<U8>(kUpperWords.v))));
 }
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
