@@ -26,16 +26,10 @@ LUM_INLINE void convert_last(const Source& source, uint8_t* dst, const uint8_t* 
 }
 
 // ---- A few bytes, inline: a call takes longer than the copy of as few as small frames have.
-template <class Word>
-LUM_INLINE Word load_word(const uint8_t* p) {
-  Word v;
-  memcpy(&v, p, sizeof v);
-  return v;
-}
 // By moves of a Word that may overlap, n from one to two of them.
 template <class Word>
 LUM_INLINE void copy_two(uint8_t* dst, const uint8_t* src, size_t n) {
-  const Word first = load_word<Word>(src), last = load_word<Word>(src + n - sizeof(Word));
+  const Word first = load<Word>(src), last = load<Word>(src + n - sizeof(Word));
   memcpy(dst, &first, sizeof first);
   memcpy(dst + n - sizeof last, &last, sizeof last);
 }
@@ -57,14 +51,14 @@ LUM_INLINE void copy_few(uint8_t* dst, const uint8_t* src, size_t n) {
 }
 // Up to 8 bytes as a number, the first one lowest.
 LUM_INLINE uint64_t load_few(const uint8_t* p, size_t n) {
-  if (n == 8) return load_word<uint64_t>(p);
+  if (n == 8) return load<uint64_t>(p);
   if (n >= 4) {
-    const uint64_t last = load_word<uint32_t>(p + n - 4);
-    return load_word<uint32_t>(p) | last << (8 * (n - 4));
+    const uint64_t last = load<uint32_t>(p + n - 4);
+    return load<uint32_t>(p) | last << (8 * (n - 4));
   }
   if (n >= 2) {
-    const uint64_t last = load_word<uint16_t>(p + n - 2);
-    return load_word<uint16_t>(p) | last << (8 * (n - 2));
+    const uint64_t last = load<uint16_t>(p + n - 2);
+    return load<uint16_t>(p) | last << (8 * (n - 2));
   }
   return n == 1 ? *p : 0;
 }
