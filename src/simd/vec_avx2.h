@@ -227,20 +227,34 @@ template <class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
   return U16(shuffle(load_halves(p, p + 4), kWordsOf5<Formula>));
 }
-// Bytes c0 c1 c2 c0 c1 c2 ... apart: in each half channel c takes these bytes of the k-th 16.
-// With elements of `size` bytes.
-constexpr int deinterleave3_index(int size, int k, int c, int i) {
-  const int byte = (i % 16 / size * 3 + c) * size + i % size - 16 * k;
-  return byte < 0 || byte >= 16 ? kNone : byte;
+// Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes, in three times 16 bytes. 3
+// does not divide 16, so a position belongs to another channel in each of the three: one shuffle a
+// channel and blends with constant masks bring them together or apart. The same in both halves.
+constexpr int channel_of(int size, int k, int i) { return (16 * k + i) / size % 3; }
+// Which of the three has channel c at position i.
+constexpr int third_with(int size, int c, int i) {
+  for (int k = 0; k < 3; ++k) {
+    if (channel_of(size, k, i) == c) return k;
+  }
+  return 0;
 }
 template <int size, int k, int c>
-constexpr LaneTable kDeinterleave3 = lane_table([](int i) {
-  return deinterleave3_index(size, k, c, i);
+constexpr LaneTable kOfChannel = lane_table([](int i) {
+  return channel_of(size, k, i % 16) == c ? 0xFF : 0;
+});
+template <int size, int k, int c>
+LUM_INLINE __m256i blend_channel(__m256i others, U8 v) {
+  return _mm256_blendv_epi8(others, m(v), m(load<U8>(kOfChannel<size, k, c>.v)));
+}
+// Elements of channel c, brought together from where the three have them.
+template <int size, int c>
+constexpr LaneTable kGather3 = lane_table([](int i) {
+  return ((i % 16 / size * 3 + c) * size + i % size) % 16;
 });
 template <int size, int c>
 LUM_INLINE U8 channel_of_3(U8 v0, U8 v1, U8 v2) {
-  return shuffle(v0, kDeinterleave3<size, 0, c>) | shuffle(v1, kDeinterleave3<size, 1, c>) |
-         shuffle(v2, kDeinterleave3<size, 2, c>);
+  const __m256i v01 = blend_channel<size, 1, c>(m(v0), v1);
+  return shuffle(u8(blend_channel<size, 2, c>(v01, v2)), kGather3<size, c>);
 }
 template <int size>
 LUM_INLINE Bytes3 load3_bytes(const uint8_t* p) {
@@ -269,16 +283,10 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
 }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 
-// Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte
-// of channel `c` it takes, or kNone when it belongs to another channel. The same in both halves.
-constexpr int interleave3_index(int size, int k, int c, int i) {
-  const int byte = 16 * k + i % 16;
-  const int element = byte / size;
-  return element % 3 == c ? element / 3 * size + byte % size : kNone;
-}
-template <int size, int k, int c>
-constexpr LaneTable kInterleave3 = lane_table([](int i) {
-  return interleave3_index(size, k, c, i);
+template <int size, int c>
+constexpr LaneTable kSpread3 = lane_table([](int i) {
+  const int byte = 16 * third_with(size, c, i % 16) + i % 16;
+  return byte / size / 3 * size + byte % size;
 });
 template <int size, int k>
 constexpr LaneTable kTriplicate = lane_table([](int i) {
@@ -286,15 +294,17 @@ constexpr LaneTable kTriplicate = lane_table([](int i) {
 });
 
 template <int size, int k>
-LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
-  return shuffle(c0, kInterleave3<size, k, 0>) | shuffle(c1, kInterleave3<size, k, 1>) |
-         shuffle(c2, kInterleave3<size, k, 2>);
+LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
+  return u8(blend_channel<size, k, 2>(blend_channel<size, k, 1>(m(c0), c1), c2));
 }
 template <int size>
 LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
-  store_halves(p, p + 48, interleaved3<size, 0>(c0, c1, c2));
-  store_halves(p + 16, p + 64, interleaved3<size, 1>(c0, c1, c2));
-  store_halves(p + 32, p + 80, interleaved3<size, 2>(c0, c1, c2));
+  c0 = shuffle(c0, kSpread3<size, 0>);
+  c1 = shuffle(c1, kSpread3<size, 1>);
+  c2 = shuffle(c2, kSpread3<size, 2>);
+  store_halves(p, p + 48, blend3<size, 0>(c0, c1, c2));
+  store_halves(p + 16, p + 64, blend3<size, 1>(c0, c1, c2));
+  store_halves(p + 32, p + 80, blend3<size, 2>(c0, c1, c2));
 }
 template <int size>
 LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
