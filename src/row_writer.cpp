@@ -4,42 +4,60 @@
 #include "simd/isa.h"
 
 namespace lum {
-namespace {
-
-// A pixel whose fourth byte stays as it is leaves no line to be written as a whole, and one of a
-// single byte is so little to write that the copy takes longer than it saves.
-constexpr size_t kLeastPixelBytes = 2;
-bool is_worth_streaming(Source source, Sink sink) {
-  const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
-  const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;
-  const bool moves_bytes = source == Source::yuv411 && sink == Sink::uyvy;
-  return (kSources[static_cast<size_t>(source)].memory_bound || moves_bytes) && !keeps_bytes &&
-         pixel_bytes(sink) >= kLeastPixelBytes;
-}
-
-}  // namespace
 
 bool is_streamed(const Kernels& kernels, size_t bytes) {
   if (kernels.stream == nullptr) return false;
   return bytes > (kernels.stream_above != 0 ? kernels.stream_above : last_level_cache() / 2);
 }
 
+size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels) {
+  const auto begins_line = [&](size_t x) {
+    return reinterpret_cast<uintptr_t>(dst + x * pixels.bytes) % kCacheLine == 0;
+  };
+  if (begins_line(0)) return 0;
+  const size_t end = std::min(n, kStreamedGroup + kCacheLine * pixels.group);  // then they repeat
+  for (size_t x = kStreamedGroup; x < end; x += pixels.group) {
+    if (begins_line(x)) return x;
+  }
+  return n;
+}
+
 RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t bytes)
     : kernels_(kernels),
       kernel_(kernels.at(source, sink)),
+      streamed_(kernels.streamed[static_cast<size_t>(source)][static_cast<size_t>(sink)]),
       source_(kSources[static_cast<size_t>(source)]),
       pixel_bytes_(lum::pixel_bytes(sink)),
-      streams_(is_worth_streaming(source, sink) && is_streamed(kernels, bytes)) {}
+      streams_(streamed_ != nullptr && is_streamed(kernels, bytes)) {}
 
 void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                        RowArgs args) const {
   args.write_ahead = 0;
   // The last pixel of two rows has no neighbour to be made of, so it is not the last of a piece.
-  const size_t beyond = source_.rows == 2 ? 2 : 0;
-  stream_pixels(kernels_, dst, n, pixel_bytes_, [&](uint8_t* to, size_t x, size_t count) {
-    const size_t at = x / source_.group_pixels * source_.group_bytes;
-    kernel_(to, a + at, b == nullptr ? nullptr : b + at, std::min(count + beyond, n - x), args);
-  });
+  // Their colours take turns from column to column.
+  const bool two_rows = source_.rows == 2;
+  const size_t beyond = two_rows ? 2 : 0;
+  const StreamedPixels pixels = {pixel_bytes_, two_rows ? 2 : source_.group_pixels};
+  const auto source_bytes = [&](size_t x) {
+    return x / source_.group_pixels * source_.group_bytes;
+  };
+  const auto beside = [&](size_t x) { return two_rows ? b + source_bytes(x) : nullptr; };
+  const auto write = [&](uint8_t* to, size_t x, size_t count) {
+    kernel_(to, a + source_bytes(x), beside(x), std::min(count + beyond, n - x), args);
+  };
+  const auto stream = [&](uint8_t* to, size_t x, size_t count) {
+    return streamed_(to, a + source_bytes(x), beside(x), count, args);
+  };
+  // What is written in the ordinary way about the end of a row is one wait for memory unless it is
+  // fetched before.
+  const uint8_t* const end = dst + n * pixel_bytes_;
+  if (reinterpret_cast<uintptr_t>(end) % kCacheLine != 0 && n >= 8 * kStreamedGroup) {
+    const size_t group = kStreamedGroup * pixel_bytes_;
+    for (size_t line = 0; line < group * 7 / 2; line += kCacheLine) {
+      __builtin_prefetch(end - group * 3 / 2 + line, 1);
+    }
+  }
+  stream_pixels(kernels_, dst, n, pixels, write, stream);
 }
 
 }  // namespace lum

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Rows of a frame to memory: by a row kernel as it stands, or past the cache where the frame would
 // not stay in it anyway. An ordinary store to a line that is not cached fetches the line first;
-// whole lines that are streamed are only written, which saves up to half of the traffic. Kernels
-// write where they please, so streamed rows are made in a piece of stack that stays in the
-// first-level cache and copied from there line by line. That pays where memory is the limit: the
-// copy takes its time, and arithmetic does not hide it.
+// whole lines that are streamed are only written, which saves up to half of the traffic. What a
+// row has before its first line that begins with a pixel and behind its last one is written in the
+// ordinary way. Where no line begins with a pixel, as with words at an odd address, rows are made
+// in a piece of stack that stays in the first-level cache and copied from there line by line.
 #ifndef LUM_ROW_WRITER_H
 #define LUM_ROW_WRITER_H
 
@@ -23,32 +23,51 @@ namespace lum {
 // frame from a warm one; this rule loses least over both.
 bool is_streamed(const Kernels& kernels, size_t bytes);
 
-// Streams n pixels of at most 16 bytes that produce(to, x, count) makes, pixels x to x + count - 1
-// at a time; x is a multiple of 64. It may write two pixels more.
-template <class Produce>
-void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t pixel_bytes,
-                   Produce produce) {
-  constexpr size_t kBytes = 6144, kBeyond = 2 * 16, kMultiple = 64, kLine = 64;
-  alignas(kLine) uint8_t stage[kLine + kBytes + kBeyond];
-  const size_t piece = kBytes / pixel_bytes / kMultiple * kMultiple;
-  for (size_t x = 0; x < n; x += piece) {
+// The pixels of a row as they are streamed.
+struct StreamedPixels {
+  size_t bytes;  // of one, at most 16
+  size_t group;  // pixels that cannot be taken apart, at most 4
+};
+
+// How many pixels are before the first line of a cache that is streamed, by whole groups: none or
+// so many that they are a kernel's block. n if no pixel of the n begins a line.
+size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
+
+// Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
+// count - 1, x a multiple of the group; the former may write two pixels more, the latter is a
+// StreamedRowKernel.
+template <class Write, class Stream>
+void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
+                   Write write, Stream stream) {
+  size_t x = pixels_to_line(dst, n, pixels);
+  if (x < n) {
+    if (x > 0) write(dst, 0, x);
+    x += stream(dst + x * pixels.bytes, x, n - x);
+    if (x < n) write(dst + x * pixels.bytes, x, n - x);
+    return;
+  }
+  constexpr size_t kBytes = 6144, kBeyond = 2 * 16;
+  alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
+  const size_t piece = kBytes / pixels.bytes / kStreamedGroup * kStreamedGroup;
+  for (x = 0; x < n; x += piece) {
     const size_t count = std::min(piece, n - x);
-    uint8_t* const to = dst + x * pixel_bytes;
-    uint8_t* const staged = stage + reinterpret_cast<uintptr_t>(to) % kLine;  // lines for lines
-    produce(staged, x, count);
-    kernels.stream(to, staged, count * pixel_bytes);
+    uint8_t* const to = dst + x * pixels.bytes;
+    uint8_t* const staged =
+        stage + reinterpret_cast<uintptr_t>(to) % kCacheLine;  // lines for lines
+    write(staged, x, count);
+    kernels.stream(to, staged, count * pixels.bytes);
   }
 }
 
 // The same past the cache or, where that does not pay, in one go.
-template <class Produce>
-void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t pixel_bytes,
-                  Produce produce) {
-  if (!is_streamed(kernels, n * pixel_bytes)) {
-    produce(dst, 0, n);
+template <class Write, class Stream>
+void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
+                  Write write, Stream stream) {
+  if (!is_streamed(kernels, n * pixels.bytes)) {
+    write(dst, 0, n);
     return;
   }
-  stream_pixels(kernels, dst, n, pixel_bytes, produce);
+  stream_pixels(kernels, dst, n, pixels, write, stream);
   kernels.end_stream();
 }
 
@@ -102,6 +121,7 @@ class RowWriter {
 
   const Kernels& kernels_;
   const RowKernel kernel_;
+  const StreamedRowKernel streamed_;
   const SourceTraits source_;
   const size_t pixel_bytes_;
   const bool streams_;

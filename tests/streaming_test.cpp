@@ -6,9 +6,11 @@
 #include <cstdint>
 #include <functional>
 
-#include "bayer/mosaic.h"
+#include "bayer/binned.h"
+#include "bayer/demosaic.h"
 #include "convert/flat.h"
 #include "convert/rows.h"
+#include "cygm/cygm_window.h"
 #include "direct_support.h"
 
 namespace lum::test {
@@ -27,10 +29,12 @@ std::vector<Conversion> flat_conversions() {
   const Kernels& base = *kernels_of(Level::base);
   for (size_t s = 0; s < kSourceCount; ++s) {
     const Source source = static_cast<Source>(s);
-    if (!kSources[s].memory_bound || kSources[s].rows != 1) continue;
+    const bool from_window = source == Source::bilinear || source == Source::mosaic8_binned ||
+                             source == Source::cygm_binned;
+    if (from_window || kSources[s].rows != 1) continue;
     for (size_t d = 0; d < kSinkCount; ++d) {
       const Sink sink = static_cast<Sink>(d);
-      if (base.at(source, sink) == nullptr) continue;
+      if (!is_memory_bound(source, sink) || base.at(source, sink) == nullptr) continue;
       list.push_back(
           {std::string(kSources[s].name) + " to " + kSinks[d].name, 4, 6,
            [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
@@ -59,16 +63,48 @@ std::vector<Conversion> flat_conversions() {
 
 std::vector<Conversion> frame_conversions() {
   std::vector<Conversion> list;
-  for (const Sink sink : {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}) {
-    list.push_back(
-        {std::string("mosaic to ") + kSinks[static_cast<size_t>(sink)].name, 2, 4,
-         [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
-           convert_mosaic8(k, {dst, src, width, height, red_phase(1), sink});
-         }});
-  }
+  const auto add_mosaic = [&list](const std::string& name, std::initializer_list<Sink> sinks,
+                                  auto convert) {
+    for (const Sink sink : sinks) {
+      list.push_back({name + " to " + kSinks[static_cast<size_t>(sink)].name, 2, 6,
+                      [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                          uint32_t height) {
+                        convert(k, MosaicFrame{dst, src, width, height, red_phase(1), sink});
+                      }});
+    }
+  };
+  const auto as_it_is = [](const Kernels& k, const MosaicFrame& f) { convert_mosaic8(k, f); };
+  const auto packed = [](const Kernels& k, const MosaicFrame& f) {
+    convert_mosaic_reduced(k, f, kReduceMono12Packed, Source::mosaic8);
+  };
+  const auto words = [](const Kernels& k, const MosaicFrame& f) {
+    const Source mosaic = f.sink >= Sink::mono16_rec601 ? Source::mosaic16 : Source::mosaic8;
+    convert_mosaic_reduced(k, f, reduce_mono16(f.sink, 4, 0), mosaic);
+  };
+  const auto bilinear = [](const Kernels& k, const MosaicFrame& f) {
+    convert_demosaic(k, f, DemosaicMode::bilinear);
+  };
+  const auto cygm_binned = [](const Kernels& k, const MosaicFrame& f) {
+    convert_cygm_binned(k, f.sink, f.dst, f.src, f.width, f.height);
+  };
+  add_mosaic("mosaic", {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}, as_it_is);
+  add_mosaic("mosaic of packed words", {Sink::rgb24, Sink::mono16_rec709}, packed);
+  add_mosaic("mosaic of words", {Sink::bgr24, Sink::bgr48, Sink::mono16_rec601}, words);
+  add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, bilinear);
+  add_mosaic("binned", {Sink::bgr24, Sink::rgb24}, convert_mosaic_binned);
+  add_mosaic("binned complementary", {Sink::bgr24, Sink::rgb24}, cygm_binned);
   list.push_back({"upside down", 3, 3,
                   [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
                      uint32_t height) { flip(k, dst, src, width, height, 3, kUpsideDown); }});
+  for (const uint32_t pixel_bytes : {1, 2, 3, 4, 5, 6, 8, 12, 16}) {
+    for (const uint32_t mode : {kMirror, kMirror | kUpsideDown}) {
+      list.push_back(
+          {"flip " + std::to_string(mode) + " of " + std::to_string(pixel_bytes), pixel_bytes,
+           pixel_bytes,
+           [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+               uint32_t height) { flip(k, dst, src, width, height, pixel_bytes, mode); }});
+    }
+  }
   list.push_back(
       {"interlaced to progressive", 3, 3,
        [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
@@ -84,25 +120,25 @@ void compare(const Kernels& kernels, const std::string& level, const Conversion&
   streamed.stream_above = 1;
   const size_t pixels = size_t{width} * height;
   const Bytes src = random_bytes(pixels * conversion.src_bytes, pixels);
-  constexpr size_t kAround = 64;
-  for (const size_t offset : {0, 1, 37}) {
-    Bytes expected = random_bytes(pixels * conversion.dst_bytes + 3 * kAround, 7),
+  // From the beginning of a line of the cache: pixels may begin there, further on, or nowhere.
+  for (const size_t offset : {0, 1, 2, 16, 37}) {
+    Bytes expected = random_bytes(pixels * conversion.dst_bytes + 4 * kCacheLine, 7),
           actual = expected;
-    uint8_t* const to = expected.data() + kAround + offset;
-    const ptrdiff_t moved = actual.data() - expected.data();
-    conversion.run(cached, to, src.data(), width, height);
-    conversion.run(streamed, to + moved, src.data(), width, height);
+    const size_t to_line = -reinterpret_cast<uintptr_t>(actual.data()) % kCacheLine;
+    const size_t at = kCacheLine + to_line + offset;
+    conversion.run(cached, expected.data() + at, src.data(), width, height);
+    conversion.run(streamed, actual.data() + at, src.data(), width, height);
     ASSERT_TRUE(expected == actual) << conversion.name << ", " << width << " x " << height
                                     << ", offset " << offset << ", level " << level;
   }
 }
 
-// The pieces in which rows are streamed have 384 to 6144 pixels.
+// Where no line begins with a pixel, the pieces in which rows are streamed have 384 to 6144 pixels.
 TEST(Streaming, FlatRunsHaveTheSameBytes) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     if (kernels.stream == nullptr) return;
     for (const Conversion& conversion : flat_conversions()) {
-      for (const uint32_t width : {4, 24, 2048, 2052, 6148}) {
+      for (const uint32_t width : {4, 64, 196, 2048, 2052, 6148}) {
         compare(kernels, level, conversion, width, 1);
         if (HasFatalFailure()) return;
       }
@@ -114,7 +150,7 @@ TEST(Streaming, FramesHaveTheSameBytes) {
   at_every_level([](const Kernels& kernels, const std::string& level) {
     if (kernels.stream == nullptr) return;
     for (const Conversion& conversion : frame_conversions()) {
-      for (const uint32_t width : {4, 68, 2048, 2052, 6148}) {
+      for (const uint32_t width : {4, 68, 128, 196, 2048, 2052, 6148}) {
         compare(kernels, level, conversion, width, 8);
         if (HasFatalFailure()) return;
       }

@@ -7,21 +7,23 @@
 #include "arguments.h"
 #include "lum/lum.h"
 #include "mirrored_rows.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
 
 void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
-  const RowKernel kernel = kernels.at(Source::mosaic8_binned, f.sink);
+  const RowWriter write(kernels, Source::mosaic8_binned, f.sink,
+                        frame_bytes(f.width / 2, f.height / 2, f.sink));
   const size_t pixel = pixel_bytes(f.sink);
   using Strip = MirroredStrip<4, 2>;  // rows y - 1 .. y + 2
   Strip strip;
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
-    const auto fetch = [&](int64_t y) {
-      const size_t row = static_cast<size_t>(mirrored(y, f.height));
-      strip.fetch(y, f.src + row * f.width, f.width, x, n);
+    const auto source_row = [&](int64_t y) {
+      return f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
     };
+    const auto fetch = [&](int64_t y) { strip.fetch(y, source_row(y), f.width, x, n); };
     uint8_t* dst = f.dst + x / 2 * pixel;
     fetch(-1);
     fetch(0);
@@ -42,7 +44,8 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
       args.above = far_red - red;
       args.below = blue - red;
       args.below2 = far_blue - red;
-      kernel(dst, red, nullptr, n / 2, args);
+      args.ahead_of_a = distance(red, source_row(y + 3) + x);
+      write(dst, red, nullptr, n / 2, args);
       dst += f.width / 2 * pixel;
     }
   }

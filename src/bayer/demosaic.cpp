@@ -6,11 +6,15 @@
 #include "arguments.h"
 #include "lum/lum.h"
 #include "mirrored_rows.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
 namespace {
 
+const uint8_t* source_row(const MosaicFrame& f, int64_t y) {
+  return f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
+}
 uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
   return f.dst + (size_t{y} * f.width + x) * pixel_bytes(f.sink);
 }
@@ -27,14 +31,11 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
   constexpr int kReach = 2;
   using Strip = MirroredStrip<8, 4>;
   Strip rows;
-  const RowKernel kernel = kernels.at(source, f.sink);
+  const RowWriter write(kernels, source, f.sink, frame_bytes(f.width, f.height, f.sink));
 
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
-    const auto fetch = [&](int64_t y) {
-      const size_t row = static_cast<size_t>(mirrored(y, f.height));
-      rows.fetch(y, f.src + row * f.width, f.width, x, n);
-    };
+    const auto fetch = [&](int64_t y) { rows.fetch(y, source_row(f, y), f.width, x, n); };
     for (int64_t y = -kReach; y < kReach; ++y) fetch(y);
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
@@ -47,7 +48,8 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
       args.above2 = rows[y - 2] - here;
       args.below2 = rows[y + 2] - here;
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      kernel(destination(f, x, row), here, nullptr, n, args);
+      args.ahead_of_a = distance(here, source_row(f, y + kReach + 1) + x);
+      write(destination(f, x, row), here, nullptr, n, args);
     }
   }
 }
@@ -64,11 +66,6 @@ constexpr int kRowWords =
 constexpr ptrdiff_t kPlanePitch = round_up(kTile, 64) + 64;
 
 using WordRow = int16_t[kRowWords];
-
-// Tiles walk down, so that the next row of one is on another page, where no hardware prefetches it.
-void prefetch_row(const uint8_t* row, size_t bytes) {
-  for (size_t line = 0; line < bytes; line += 64) __builtin_prefetch(row + line);
-}
 
 // The last N rows of something, by row number; N is a power of two.
 template <int N>
@@ -99,7 +96,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const auto from = [first](int16_t* row) { return row + first; };
 
   const auto add_samples = [&](int64_t y) {
-    const uint8_t* const row = f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
+    const uint8_t* const row = source_row(f, y);
     int16_t* const z = rows.z[y];
     // Only at the frame's sides is there less than a whole margin to read.
     const uint32_t before = std::min<uint32_t>(kBeside, x);
@@ -133,8 +130,6 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   t.columns = n;
 
   for (int64_t y = 0; y < f.height; ++y) {
-    const int64_t next = y + kReach + 1;
-    if (next < f.height) prefetch_row(f.src + static_cast<size_t>(next) * f.width + x, n);
     add_samples(y + kReach);
     add_columns(y + 1);
     const int16_t* const pv[3] = {from(rows.pv[y - 1]), from(rows.pv[y]), from(rows.pv[y + 1])};
@@ -153,8 +148,10 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
     const uint8_t* const planes = red ? t.planes[0] : t.planes[2];
+    // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
+    args.ahead_of_a = distance(planes, source_row(f, y + kReach + 2) + x);
+    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
     write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
   }
 }

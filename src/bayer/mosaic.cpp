@@ -68,6 +68,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   const SourceTraits& in = kSources[static_cast<size_t>(reduction.source)];
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
   const RowKernel kernel = kernels.at(mosaic, f.sink);
+  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
   args.column = f.red.column;
   // Of an even width rows are whole groups, so that they can be taken as one.
   if (size_t{f.width} * f.height <= kStrip && f.width % 2 == 0) {
@@ -92,7 +93,11 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
       uint8_t* const lower = reduced[(y + 1) & 1];
       reduce(lower, src, nullptr, n, reduction.args);
       const bool red_above = red_in_row(f, y);
-      kernel(dst, red_above ? upper : lower, red_above ? lower : upper, n, args);
+      const uint8_t* const red = red_above ? upper : lower;
+      const uint8_t* const blue = red_above ? lower : upper;
+      args.ahead_of_a = distance(red, src + src_row);
+      args.ahead_of_b = distance(blue, src + src_row + n);
+      write(dst, red, blue, n, args);
       dst += dst_row;
     }
     x += n == left ? n : kStrip;

@@ -141,7 +141,7 @@ LUM_INLINE void means8(uint8_t* dst, const BinRows& r, const Division& divided) 
   const U8 means = narrow(I16(divided(sums8<factor, channels, rows>(r, 0))),
                           I16(divided(sums8<factor, channels, rows>(r, kLeaf))));
   if constexpr (channels == 3) {
-    compress3<false>(dst, means);
+    compress3(dst, means);
   } else {
     store(dst, means);
   }

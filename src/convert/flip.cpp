@@ -10,6 +10,33 @@
 #include "simd/isa.h"
 
 namespace lum {
+namespace {
+
+// Each of `rows` rows of n pixels in reverse order.
+void reverse_rows(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size_t n, size_t rows,
+                  uint32_t pixel_bytes) {
+  const auto reverse = kernels.direct.reverse[pixel_bytes];
+  const auto streamed = kernels.direct.streamed_reverse[pixel_bytes];
+  const size_t row_bytes = n * pixel_bytes;
+  if (dst == src || streamed == nullptr || !is_streamed(kernels, row_bytes * rows)) {
+    reverse(dst, src, n, rows);
+    return;
+  }
+  for (size_t y = 0; y < rows; ++y) {
+    const uint8_t* const end = src + (y + 1) * row_bytes;
+    stream_pixels(
+        kernels, dst + y * row_bytes, n, {pixel_bytes, 1},
+        [&](uint8_t* to, size_t x, size_t count) {
+          reverse(to, end - (x + count) * pixel_bytes, count, 1);
+        },
+        [&](uint8_t* to, size_t x, size_t count) {
+          return streamed(to, end - x * pixel_bytes, count);
+        });
+  }
+  kernels.end_stream();
+}
+
+}  // namespace
 
 void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height,
           uint32_t pixel_bytes, uint32_t mode) {
@@ -18,13 +45,12 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
     transpose(kernels, dst, src, width, height, pixel_bytes, mode);
     return;
   }
-  const auto reverse = kernels.direct.reverse[pixel_bytes];
   switch (mode) {
     case 0:
       copy_block(dst, src, row_bytes * height);
       break;
     case kMirror:
-      reverse(dst, src, width, height);
+      reverse_rows(kernels, dst, src, width, height, pixel_bytes);
       break;
     case kUpsideDown:
       if (dst == src) {
@@ -39,7 +65,7 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
       }
       break;
     default:  // half a turn is the image as one row, reversed
-      reverse(dst, src, size_t{width} * height, 1);
+      reverse_rows(kernels, dst, src, size_t{width} * height, 1, pixel_bytes);
   }
 }
 

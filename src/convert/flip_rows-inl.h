@@ -165,6 +165,35 @@ void reverse(uint8_t* dst, const uint8_t* src, size_t n, size_t rows) {
   }
 }
 
+// Blocks of whole pixels that fill whole vectors: elements, or three channels of them.
+template <int size, class To>
+LUM_INLINE void store_reversed(To to, const uint8_t* end) {
+  if constexpr (size == 3) {
+    const Bytes3 v = load3(end - 3 * kLanes);
+    store3(to, reversed<1>(v.c0), reversed<1>(v.c1), reversed<1>(v.c2));
+  } else if constexpr (size == 6) {
+    const Words3 v = load3_words(end - 3 * kLanes);
+    store3(to, U16(reversed<2>(U8(v.c0))), U16(reversed<2>(U8(v.c1))), U16(reversed<2>(U8(v.c2))));
+  } else {
+    store(to, reversed<size>(load<U8>(end - kLanes)));
+  }
+}
+template <int size>
+constexpr bool kFillsVectors = size == 3 || size == 6 || (size & (size - 1)) == 0;
+template <int size>
+size_t streamed_reverse(uint8_t* dst, const uint8_t* src_end, size_t n) {
+  constexpr size_t kBlock = size % 3 == 0 ? 3 * kLanes : kLanes;
+  const size_t count = streamed_pixels(n);
+  for (size_t x = 0; x < count * size; x += kBlock) {
+    const size_t ahead = x + kPrefetchDistance;
+    for (size_t line = 0; line < kBlock; line += kCacheLine) {
+      __builtin_prefetch(src_end - ahead - line + (ahead < n * size ? 0 : 2 * n * size));
+    }
+    store_reversed<size>(PastCache{dst + x}, src_end - x);
+  }
+  return count;
+}
+
 template <int size>
 constexpr auto reversal() {
   if constexpr ((size & (size - 1)) == 0 && size <= kLanes) {

@@ -104,18 +104,25 @@ void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint
 void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const* planes,
                       uint32_t count, uint32_t channels, uint32_t sample_bytes) {
   const auto join = kernels.direct.join[sample_bytes - 1][channels - 2];
-  const size_t pixel_bytes = size_t{channels} * sample_bytes;
   const bool all =
       std::all_of(planes, planes + channels, [](const uint8_t* plane) { return plane != nullptr; });
   if (!all) {
     join(dst, planes, count);
     return;
   }
-  write_pixels(kernels, dst, count, pixel_bytes, [&](uint8_t* to, size_t x, size_t n) {
-    const uint8_t* from[kMaxChannels] = {};
-    for (uint32_t i = 0; i < channels; ++i) from[i] = planes[i] + x * sample_bytes;
-    join(to, from, n);
-  });
+  struct Planes {
+    const uint8_t* from[kMaxChannels];
+  };
+  const auto planes_at = [&](size_t x) {
+    Planes at = {};
+    for (uint32_t i = 0; i < channels; ++i) at.from[i] = planes[i] + x * sample_bytes;
+    return at;
+  };
+  const auto streamed_join = kernels.direct.streamed_join[sample_bytes - 1][channels - 2];
+  write_pixels(
+      kernels, dst, count, {size_t{channels} * sample_bytes, 1},
+      [&](uint8_t* to, size_t x, size_t n) { join(to, planes_at(x).from, n); },
+      [&](uint8_t* to, size_t x, size_t n) { return streamed_join(to, planes_at(x).from, n); });
 }
 
 }  // namespace lum

@@ -84,16 +84,16 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
   split_pairs(odd[0], odd[1], c[1], c[3]);
 }
 
-template <class V>
-LUM_INLINE void together(uint8_t* p, const V (&c)[2]) {
+template <class To, class V>
+LUM_INLINE void together(To p, const V (&c)[2]) {
   store(p, zip(c[0], c[1]));
 }
-template <class V>
-LUM_INLINE void together(uint8_t* p, const V (&c)[3]) {
+template <class To, class V>
+LUM_INLINE void together(To p, const V (&c)[3]) {
   store3(p, c[0], c[1], c[2]);
 }
-template <class V>
-LUM_INLINE void together(uint8_t* p, const V (&c)[4]) {
+template <class To, class V>
+LUM_INLINE void together(To p, const V (&c)[4]) {
   const auto even = zip(c[0], c[2]), odd = zip(c[1], c[3]);
   store(p, zip(even.lo, odd.lo));
   store(p + 2 * kLanes, zip(even.hi, odd.hi));
@@ -143,18 +143,22 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
 }
 
 // Components without a plane are stored as they were read from dst.
+template <class V, int channels, bool all, class To>
+LUM_INLINE void join_block(To to, const uint8_t* const* planes, size_t at) {
+  V c[channels];
+  if constexpr (!all) apart(to, c);
+  for (int i = 0; i < channels; ++i) {
+    if (all || planes[i] != nullptr) c[i] = load<V>(planes[i] + at);
+  }
+  together(to, c);
+}
 template <class V, int channels, bool all>
 LUM_INLINE void join_blocks(uint8_t* dst, const uint8_t* const* planes, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
   over_row(n, kLanes / kSample, [&](size_t x) {
     uint8_t* const p = dst + x * kPixel;
     for (size_t line = 0; line < kLanes * channels; line += 64) prefetch_write(p + line);
-    V c[channels];
-    if constexpr (!all) apart(p, c);
-    for (int i = 0; i < channels; ++i) {
-      if (all || planes[i] != nullptr) c[i] = load<V>(planes[i] + x * kSample);
-    }
-    together(p, c);
+    join_block<V, channels, all>(p, planes, x * kSample);
   });
 }
 template <class V, int channels>
@@ -169,7 +173,7 @@ void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
     for (int i = 0; i < channels; ++i) {
       if (planes[i] != nullptr) memcpy(&c[i], planes[i], n * kSample);
     }
-    together(out, c);
+    together(&out[0], c);
     memcpy(dst, out, n * kPixel);
     return;
   }
@@ -178,6 +182,15 @@ void join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
   } else {
     join_blocks<V, channels, false>(dst, planes, n);
   }
+}
+template <class V, int channels>
+size_t streamed_join(uint8_t* dst, const uint8_t* const* planes, size_t n) {
+  constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
+  const size_t count = streamed_pixels(n);
+  for (size_t x = 0; x < count; x += kLanes / kSample) {
+    join_block<V, channels, true>(PastCache{dst + x * kPixel}, planes, x * kSample);
+  }
+  return count;
 }
 
 // Sums of neighbouring bytes.

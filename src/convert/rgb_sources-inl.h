@@ -1,5 +1,5 @@
 // SPDX-License-Identifier: MIT
-// Colour sources: R G B, B G R, R G B A, B G R A in memory. All become four-byte pixels, which
+// Colour sources: R G B, B G R, R G B A, B G R A in memory. Most become four-byte pixels, which
 // sinks reorder in one shuffle.
 namespace lum {
 namespace LUM_LEVEL {
@@ -37,6 +37,19 @@ struct Cheaper24 {
 template <bool bgr>
 struct Cheaper24<bgr, false> {
   using Type = Packed24Source<bgr>;
+};
+
+// To the other order of three bytes.
+template <bool bgr>
+struct Swapped24Source {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Swapped24Source(const RowArgs&) {}
+  LUM_INLINE Pixels3<!bgr> block(const uint8_t* a, const uint8_t*) const {
+    const Bytes3 v = load3_swapped(a);
+    return {{v.c0, v.c1, v.c2}};
+  }
 };
 
 template <bool bgr>

@@ -125,7 +125,6 @@ void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t
   }
 }
 
-constexpr size_t kCacheLine = 64;
 struct Prefetcher {
   ByteRows rows;
   size_t x = 0;

@@ -6,6 +6,7 @@
 #include "arguments.h"
 #include "lum/lum.h"
 #include "mirrored_rows.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -50,33 +51,30 @@ constexpr Weights weights(const Shares& shares, bool is_top) {
   return result;
 }
 
-// Calls f(x, y, n, strip) for lines y = 0, step, 2 step ... of every strip of n columns from x on,
-// with lines y - 1 to y + step in the strip; step is 1 or 2.
+// Calls f(x, y, n, line, args) for lines y = 0, step, 2 step ... of every strip of n columns from x
+// on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
   Strip strip;
   for (uint32_t x = 0; x < width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, width - x);
-    const auto fetch = [&](int64_t y) {
+    const auto source_line = [&](int64_t y) {
       const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
-      const uint32_t in_buffer = line / 2 + (line % 2 == 0 ? height / 2 : 0);
-      strip.fetch(y, src + size_t{in_buffer} * width, width, x, n);
+      return src + size_t{line / 2 + (line % 2 == 0 ? height / 2 : 0)} * width;
     };
+    const auto fetch = [&](int64_t y) { strip.fetch(y, source_line(y), width, x, n); };
     fetch(-1);
     fetch(0);
     for (uint32_t y = 0; y < height; y += step) {
       for (uint32_t ahead = 1; ahead <= step; ++ahead) fetch(int64_t{y} + ahead);
-      f(x, y, n, strip);
+      RowArgs args;
+      args.above = strip[y - 1] - strip[y];
+      args.below = strip[y + 1] - strip[y];
+      args.below2 = strip[y + 2] - strip[y];
+      args.ahead_of_a = distance(strip[y], source_line(int64_t{y} + step + 1) + x);
+      f(x, y, n, strip[y], args);
     }
   }
-}
-
-RowArgs neighbours(const Strip& strip, int64_t y) {
-  RowArgs args;
-  args.above = strip[y - 1] - strip[y];
-  args.below = strip[y + 1] - strip[y];
-  args.below2 = strip[y + 2] - strip[y];
-  return args;
 }
 
 uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height) {
@@ -94,32 +92,34 @@ uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height
 void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                       uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3, sink);
-  each_line(src, width, height, 1, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
-    const Weights w = weights(kWindow[y % 4], y == 0);
-    RowArgs args = neighbours(strip, y);
-    args.matrix = w.w[0];
-    kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), strip[y], nullptr, n, args);
-  });
+  each_line(src, width, height, 1,
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+              const Weights w = weights(kWindow[y % 4], y == 0);
+              args.matrix = w.w[0];
+              kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), line, nullptr, n, args);
+            });
 }
 
 void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                          uint32_t width, uint32_t height) {
-  const RowKernel kernel = kernels.at(Source::cygm_binned, sink);
-  each_line(src, width, height, 2, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
-    const Weights w = weights(kBlock[y % 4 / 2], y == 0);
-    RowArgs args = neighbours(strip, y);
-    args.matrix = w.w[0];
-    const size_t at = size_t{y / 2} * (width / 2) + x / 2;
-    kernel(dst + at * pixel_bytes(sink), strip[y], nullptr, n / 2, args);
-  });
+  const RowWriter write(kernels, Source::cygm_binned, sink,
+                        frame_bytes(width / 2, height / 2, sink));
+  each_line(src, width, height, 2,
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+              const Weights w = weights(kBlock[y % 4 / 2], y == 0);
+              args.matrix = w.w[0];
+              const size_t at = size_t{y / 2} * (width / 2) + x / 2;
+              write(dst + at * pixel_bytes(sink), line, nullptr, n / 2, args);
+            });
 }
 
 void convert_cygm_to_luma(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t width,
                           uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3_luma, Sink::mono8_rec601);
-  each_line(src, width, height, 1, [&](uint32_t x, uint32_t y, uint32_t n, const Strip& strip) {
-    kernel(dst + size_t{y} * width + x, strip[y], nullptr, n, neighbours(strip, y));
-  });
+  each_line(src, width, height, 1,
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+              kernel(dst + size_t{y} * width + x, line, nullptr, n, args);
+            });
 }
 
 }  // namespace lum

@@ -19,6 +19,8 @@ struct I420Rows {
 
 // Rows that the library made may be used on beyond their end by up to this many samples.
 constexpr size_t kBlockSamples = 64;
+constexpr size_t kCacheLine = 64;
+constexpr size_t kStreamedGroup = 64;  // as many pixels of any size are whole lines
 constexpr size_t kMaxChannels = 4;
 constexpr size_t kMaxPixelBytes = 16;
 
@@ -42,8 +44,11 @@ struct Transposition {
 };
 
 struct DirectKernels {
+  // As RowKernel and StreamedRowKernel.
   using Row = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                        const RowArgs& args);
+  using StreamedRow = size_t (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                                 const RowArgs& args);
 
   // Studio-range YUV 4:1:1, 4:2:2, 4:4:4 to B, G, R. RowArgs::matrix holds four factors in units of
   // 1/256: red from V, green from U, green from V, blue from U.
@@ -56,15 +61,21 @@ struct DirectKernels {
   // 2]. A null plane is skipped.
   void (*split[2][3])(uint8_t* const* planes, const uint8_t* src, size_t n);
   void (*join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
+  // The same as a StreamedRowKernel, of planes that are all there.
+  size_t (*streamed_join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
 
   // 12- and 10-bit packings to words: shifted up by RowArgs::shift, then of its byte order.
   Row unpack[6];
+  StreamedRow streamed_unpack[6];
   // Words of RowArgs::big_endian to min(255, V >> RowArgs::shift); dst may equal a.
   Row words_to_bytes;
 
   // Each of `rows` rows of n pixels in reverse order, by the bytes of a pixel. dst equal to src, or
   // no overlap.
   void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n, size_t rows);
+  // As a StreamedRowKernel, of the n pixels that end at src_end, the last one first. Null where no
+  // vectors of whole pixels fill lines.
+  size_t (*streamed_reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src_end, size_t n);
   Transposition transpose[kMaxPixelBytes + 1];  // by the bytes of a pixel
 
   // Copies rows past the caches, as far as whole lines of a cache allow, and prefetches `next`.

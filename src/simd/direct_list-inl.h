@@ -7,6 +7,7 @@ namespace {
 template <int most>
 constexpr void add_flips(DirectKernels& k) {
   k.reverse[most] = reverse<decltype(reversal<most>())>;
+  if constexpr (kStreams && kFillsVectors<most>) k.streamed_reverse[most] = streamed_reverse<most>;
   k.transpose[most] = transposition<most>();
   if constexpr (most > 1) add_flips<most - 1>(k);
 }
@@ -15,6 +16,20 @@ template <int sample_bytes, int channels, int most>
 constexpr void add_means(DirectKernels& k) {
   k.bin[sample_bytes - 1][channels - 1][most] = bin_row<sample_bytes, most, channels>;
   if constexpr (most > 1) add_means<sample_bytes, channels, most - 1>(k);
+}
+
+template <class V, int channels>
+constexpr void add_join(DirectKernels& k) {
+  constexpr size_t kSample = kElementBytes<V> - 1;
+  k.join[kSample][channels - 2] = join<V, channels>;
+  if constexpr (kStreams) k.streamed_join[kSample][channels - 2] = streamed_join<V, channels>;
+}
+
+template <class From>
+constexpr void add_unpacking(DirectKernels& k, int packing) {
+  using Packed = Unpacked<From>;
+  k.unpack[packing] = row<Packed, Mono16<Rec601>>;
+  if constexpr (kStreams) k.streamed_unpack[packing] = streamed_row<Packed, Mono16<Rec601>>;
 }
 
 constexpr DirectKernels make_direct_kernels() {
@@ -38,19 +53,19 @@ constexpr DirectKernels make_direct_kernels() {
   k.split[1][0] = split<U16, 2>;
   k.split[1][1] = split<U16, 3>;
   k.split[1][2] = split<U16, 4>;
-  k.join[0][0] = join<U8, 2>;
-  k.join[0][1] = join<U8, 3>;
-  k.join[0][2] = join<U8, 4>;
-  k.join[1][0] = join<U16, 2>;
-  k.join[1][1] = join<U16, 3>;
-  k.join[1][2] = join<U16, 4>;
+  add_join<U8, 2>(k);
+  add_join<U8, 3>(k);
+  add_join<U8, 4>(k);
+  add_join<U16, 2>(k);
+  add_join<U16, 3>(k);
+  add_join<U16, 4>(k);
 
-  k.unpack[0] = row<Unpacked<GigE12>, Mono16<Rec601>>;
-  k.unpack[1] = row<Unpacked<GigE10>, Mono16<Rec601>>;
-  k.unpack[2] = row<Unpacked<Pfnc12>, Mono16<Rec601>>;
-  k.unpack[3] = row<Unpacked<Pfnc10>, Mono16<Rec601>>;
-  k.unpack[4] = row<Unpacked<Mipi12>, Mono16<Rec601>>;
-  k.unpack[5] = row<Unpacked<Mipi10>, Mono16<Rec601>>;
+  add_unpacking<GigE12>(k, 0);
+  add_unpacking<GigE10>(k, 1);
+  add_unpacking<Pfnc12>(k, 2);
+  add_unpacking<Pfnc10>(k, 3);
+  add_unpacking<Mipi12>(k, 4);
+  add_unpacking<Mipi10>(k, 5);
   k.words_to_bytes = row<SaturatedWords, Mono8<Rec601>, true>;
 
   add_flips<kMaxPixelBytes>(k);

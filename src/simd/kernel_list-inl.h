@@ -33,137 +33,158 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-constexpr RowKernel& cell(Kernels& k, Source source, Sink sink) {
-  return k.row[static_cast<size_t>(source)][static_cast<size_t>(sink)];
+template <Source source, Sink sink, class From, class To, bool in_place = false>
+constexpr void add(Kernels& k) {
+  constexpr size_t kSource = static_cast<size_t>(source), kSink = static_cast<size_t>(sink);
+  k.row[kSource][kSink] = row<From, To, in_place>;
+  if constexpr (kStreams && is_memory_bound(source, sink)) {
+    k.streamed[kSource][kSink] = streamed_row<From, To>;
+  }
 }
-
-template <class From>
-constexpr void add_mono8(Kernels& k, Source source) {
-  cell(k, source, Sink::mono8_rec601) = row<From, Mono8<Rec601>>;
-  cell(k, source, Sink::mono8_rec709) = row<From, Mono8<Rec709>>;
+template <Source source, class From>
+constexpr void add_mono8(Kernels& k) {
+  add<source, Sink::mono8_rec601, From, Mono8<Rec601>>(k);
+  add<source, Sink::mono8_rec709, From, Mono8<Rec709>>(k);
 }
 // Grey has no channel order and no luminance to choose: one kernel for each pixel size.
-template <class From>
-constexpr void add_grey_colour(Kernels& k, Source source) {
-  cell(k, source, Sink::bgr24) = cell(k, source, Sink::rgb24) = row<From, Packed24<false>>;
-  cell(k, source, Sink::bgra32) = cell(k, source, Sink::rgba32) = row<From, Packed32<false>>;
+template <Source source, class From>
+constexpr void add_grey_colour(Kernels& k) {
+  add<source, Sink::bgr24, From, Packed24<false>>(k);
+  add<source, Sink::rgb24, From, Packed24<false>>(k);
+  add<source, Sink::bgra32, From, Packed32<false>>(k);
+  add<source, Sink::rgba32, From, Packed32<false>>(k);
 }
-template <class From>
-constexpr void add_grey8(Kernels& k, Source source) {
-  cell(k, source, Sink::mono8_rec601) = cell(k, source, Sink::mono8_rec709) =
-      row<From, Mono8<Rec601>>;
-  add_grey_colour<From>(k, source);
+template <Source source, class From>
+constexpr void add_grey_luma(Kernels& k) {
+  add<source, Sink::mono8_rec601, From, Mono8<Rec601>>(k);
+  add<source, Sink::mono8_rec709, From, Mono8<Rec601>>(k);
 }
-template <class From>
-constexpr void add_colour(Kernels& k, Source source) {
-  add_mono8<From>(k, source);
-  cell(k, source, Sink::bgr24) = row<From, Packed24<true>>;
-  cell(k, source, Sink::rgb24) = row<From, Packed24<false>>;
-  cell(k, source, Sink::bgra32) = row<From, Packed32<true>>;
-  cell(k, source, Sink::rgba32) = row<From, Packed32<false>>;
+template <Source source, class From>
+constexpr void add_grey8(Kernels& k) {
+  add_grey_luma<source, From>(k);
+  add_grey_colour<source, From>(k);
 }
-template <class From>
-constexpr void add_mono16(Kernels& k, Source source) {
-  cell(k, source, Sink::mono16_rec601) = row<From, Mono16<Rec601>>;
-  cell(k, source, Sink::mono16_rec709) = row<From, Mono16<Rec709>>;
+template <Source source, class From>
+constexpr void add_grey16(Kernels& k) {
+  add<source, Sink::mono16_rec601, From, Mono16<Rec601>>(k);
+  add<source, Sink::mono16_rec709, From, Mono16<Rec601>>(k);
+}
+template <Source source, class From>
+constexpr void add_colour(Kernels& k) {
+  add_mono8<source, From>(k);
+  add<source, Sink::bgr24, From, Packed24<true>>(k);
+  add<source, Sink::rgb24, From, Packed24<false>>(k);
+  add<source, Sink::bgra32, From, Packed32<true>>(k);
+  add<source, Sink::rgba32, From, Packed32<false>>(k);
+}
+template <Source source, class From>
+constexpr void add_mono16(Kernels& k) {
+  add<source, Sink::mono16_rec601, From, Mono16<Rec601>>(k);
+  add<source, Sink::mono16_rec709, From, Mono16<Rec709>>(k);
+}
+template <Source source, class From>
+constexpr void add_colour48(Kernels& k) {
+  add<source, Sink::bgr48, From, Packed48<true>>(k);
+  add<source, Sink::rgb48, From, Packed48<false>>(k);
 }
 
 // RGB and BGR memory differ by name only, so `other` shares the kernels of `source` with the names
 // of red and blue exchanged.
 constexpr void share_swapped(Kernels& k, Source source, Source other) {
-  cell(k, other, Sink::bgr24) = cell(k, source, Sink::rgb24);
-  cell(k, other, Sink::rgb24) = cell(k, source, Sink::bgr24);
-  cell(k, other, Sink::bgra32) = cell(k, source, Sink::rgba32);
-  cell(k, other, Sink::rgba32) = cell(k, source, Sink::bgra32);
+  constexpr Sink kSwapped[][2] = {{Sink::bgr24, Sink::rgb24},
+                                  {Sink::rgb24, Sink::bgr24},
+                                  {Sink::bgra32, Sink::rgba32},
+                                  {Sink::rgba32, Sink::bgra32}};
+  const size_t to = static_cast<size_t>(other), from = static_cast<size_t>(source);
+  for (const auto& names : kSwapped) {
+    const size_t sink = static_cast<size_t>(names[0]), same = static_cast<size_t>(names[1]);
+    k.row[to][sink] = k.row[from][same];
+    k.streamed[to][sink] = k.streamed[from][same];
+  }
 }
 
 constexpr Kernels make_kernels() {
   Kernels k{};
-  add_colour<Mosaic8>(k, Source::mosaic8);
-  add_mono8<Mosaic8Pairs>(k, Source::mosaic8);
-  cell(k, Source::mosaic8, Sink::uyvy) = row<Mosaic8Pairs, Uyvy>;
-  add_mono16<Mosaic8Pairs>(k, Source::mosaic8);
+  add_colour<Source::mosaic8, Mosaic8>(k);
+  add_mono8<Source::mosaic8, Mosaic8Pairs>(k);
+  add<Source::mosaic8, Sink::uyvy, Mosaic8Pairs, Uyvy>(k);
+  add_mono16<Source::mosaic8, Mosaic8Pairs>(k);
 
-  add_mono16<Mosaic16>(k, Source::mosaic16);
-  cell(k, Source::mosaic16, Sink::bgr48) = row<Mosaic16, Packed48<true>>;
-  cell(k, Source::mosaic16, Sink::rgb48) = row<Mosaic16, Packed48<false>>;
+  add_mono16<Source::mosaic16, Mosaic16>(k);
+  add_colour48<Source::mosaic16, Mosaic16>(k);
 
-  add_grey_colour<Mono8Source>(k, Source::mono8);
-  cell(k, Source::mono8, Sink::uyvy) = row<Mono8Source, Uyvy>;
+  add_grey_colour<Source::mono8, Mono8Source>(k);
+  add<Source::mono8, Sink::uyvy, Mono8Source, Uyvy>(k);
 
-  add_grey8<Mono12Packed>(k, Source::mono12_packed);
-  cell(k, Source::mono12_packed, Sink::mono16_rec601) =
-      cell(k, Source::mono12_packed, Sink::mono16_rec709) = row<Mono12PackedTo16, Mono16<Rec601>>;
+  add_grey8<Source::mono12_packed, Mono12Packed>(k);
+  add_grey16<Source::mono12_packed, Mono12PackedTo16>(k);
 
-  add_colour<Mono16Tinted>(k, Source::mono16_tinted);
-  cell(k, Source::mono16_tinted, Sink::mono8_rec601) =
-      cell(k, Source::mono16_tinted, Sink::mono8_rec709) = row<Mono16High, Mono8<Rec601>>;
+  add_colour<Source::mono16_tinted, Mono16Tinted>(k);
+  add_grey_luma<Source::mono16_tinted, Mono16High>(k);
 
-  add_grey8<Mono16To8>(k, Source::mono16);
-  cell(k, Source::mono16, Sink::mono16_rec601) = cell(k, Source::mono16, Sink::mono16_rec709) =
-      row<Mono16To16, Mono16<Rec601>>;
-  cell(k, Source::mono16, Sink::bgr48) = cell(k, Source::mono16, Sink::rgb48) =
-      row<Mono16To16, Packed48<false>>;
+  add_grey8<Source::mono16, Mono16To8>(k);
+  add_grey16<Source::mono16, Mono16To16>(k);
+  add<Source::mono16, Sink::bgr48, Mono16To16, Packed48<false>>(k);
+  add<Source::mono16, Sink::rgb48, Mono16To16, Packed48<false>>(k);
 
   using Rgb24 = Packed24Source<false>;
-  add_mono8<Cheaper24<false>::Type>(k, Source::rgb24);
-  cell(k, Source::rgb24, Sink::bgr24) = row<Cheaper24<false>::Type, Packed24<true>, true>;
-  cell(k, Source::rgb24, Sink::rgba32) = row<Rgb24, Packed32<false>>;
-  cell(k, Source::rgb24, Sink::bgra32) = row<Rgb24, Packed32<true>>;
-  add_mono8<Cheaper24<true>::Type>(k, Source::bgr24);
+  add_mono8<Source::rgb24, Cheaper24<false>::Type>(k);
+  add<Source::rgb24, Sink::bgr24, Swapped24Source<false>, Packed24<true>, true>(k);
+  add<Source::rgb24, Sink::rgba32, Rgb24, Packed32<false>>(k);
+  add<Source::rgb24, Sink::bgra32, Rgb24, Packed32<true>>(k);
+  add_mono8<Source::bgr24, Cheaper24<true>::Type>(k);
   share_swapped(k, Source::rgb24, Source::bgr24);
 
   using Rgba32 = Packed32Source<false>;
-  add_mono8<Rgba32>(k, Source::rgba32);
-  cell(k, Source::rgba32, Sink::rgb24) = row<Rgba32, Packed24<false>>;
-  cell(k, Source::rgba32, Sink::bgr24) = row<Rgba32, Packed24<true>>;
-  cell(k, Source::rgba32, Sink::bgra32) = row<Rgba32, Packed32<true>, true>;
-  add_mono8<Packed32Source<true>>(k, Source::bgra32);
+  add_mono8<Source::rgba32, Rgba32>(k);
+  add<Source::rgba32, Sink::rgb24, Rgba32, Packed24<false>>(k);
+  add<Source::rgba32, Sink::bgr24, Rgba32, Packed24<true>>(k);
+  add<Source::rgba32, Sink::bgra32, Rgba32, Packed32<true>, true>(k);
+  add_mono8<Source::bgra32, Packed32Source<true>>(k);
   share_swapped(k, Source::rgba32, Source::bgra32);
 
-  add_colour<Cygm>(k, Source::cygm);
-  cell(k, Source::cygm, Sink::uyvy) = row<Cygm, Uyvy>;
+  add_colour<Source::cygm, Cygm>(k);
+  add<Source::cygm, Sink::uyvy, Cygm, Uyvy>(k);
 
   using Mosaic8Corrected = Corrected8<MosaicPairs8>;
-  add_colour<Mosaic8Corrected>(k, Source::mosaic8_corrected);
-  cell(k, Source::mosaic8_corrected, Sink::uyvy) = row<Mosaic8Corrected, Uyvy>;
-  cell(k, Source::mosaic8_wrapped, Sink::mono8_rec601) =
-      row<Corrected8<MosaicPairs8, true>, Mono8<Rec601>>;
-  add_colour<Mosaic16CorrectedTo8>(k, Source::mosaic16_corrected);
-  cell(k, Source::mosaic16_corrected, Sink::uyvy) = row<Mosaic16CorrectedTo8, Uyvy>;
+  add_colour<Source::mosaic8_corrected, Mosaic8Corrected>(k);
+  add<Source::mosaic8_corrected, Sink::uyvy, Mosaic8Corrected, Uyvy>(k);
+  using Mosaic8Wrapped = Corrected8<MosaicPairs8, true>;
+  add<Source::mosaic8_wrapped, Sink::mono8_rec601, Mosaic8Wrapped, Mono8<Rec601>>(k);
+  add_colour<Source::mosaic16_corrected, Mosaic16CorrectedTo8>(k);
+  add<Source::mosaic16_corrected, Sink::uyvy, Mosaic16CorrectedTo8, Uyvy>(k);
   using Mosaic16Corrected = Corrected16<Mosaic16>;
-  add_mono16<Mosaic16Corrected>(k, Source::mosaic16_corrected);
-  cell(k, Source::mosaic16_corrected, Sink::bgr48) = row<Mosaic16Corrected, Packed48<true>>;
-  cell(k, Source::mosaic16_corrected, Sink::rgb48) = row<Mosaic16Corrected, Packed48<false>>;
-  cell(k, Source::bgr24_corrected, Sink::bgr24) =
-      row<Corrected8<Bgr24Samples>, Packed24<true>, true>;
-  cell(k, Source::bgr48_corrected, Sink::bgr48) =
-      row<Corrected16<Bgr48Samples>, Packed48<true>, true>;
+  add_mono16<Source::mosaic16_corrected, Mosaic16Corrected>(k);
+  add_colour48<Source::mosaic16_corrected, Mosaic16Corrected>(k);
+  using Bgr24Corrected = Corrected8<Bgr24Samples>;
+  add<Source::bgr24_corrected, Sink::bgr24, Bgr24Corrected, Packed24<true>, true>(k);
+  using Bgr48Corrected = Corrected16<Bgr48Samples>;
+  add<Source::bgr48_corrected, Sink::bgr48, Bgr48Corrected, Packed48<true>, true>(k);
 
   // Y is BT.601 luminance already; BT.709 is made from R, G, B.
-  add_colour<YuvSource<Yuv411Layout>>(k, Source::yuv411);
-  cell(k, Source::yuv411, Sink::mono8_rec601) = row<YuvLuma<Yuv411Layout>, Mono8<Rec601>>;
-  cell(k, Source::yuv411, Sink::uyvy) = row<Yuv411To422, Uyvy>;
-  add_colour<YuvSource<Yuv422Layout>>(k, Source::yuv422);
-  cell(k, Source::yuv422, Sink::mono8_rec601) = row<YuvLuma<Yuv422Layout>, Mono8<Rec601>>;
-  add_colour<Yuv444>(k, Source::yuv444);
-  cell(k, Source::yuv444, Sink::mono8_rec601) = row<Yuv444Luma, Mono8<Rec601>>;
-  cell(k, Source::yuv444, Sink::uyvy) = row<Yuv444To422, Uyvy>;
+  add_colour<Source::yuv411, YuvSource<Yuv411Layout>>(k);
+  add<Source::yuv411, Sink::mono8_rec601, YuvLuma<Yuv411Layout>, Mono8<Rec601>>(k);
+  add<Source::yuv411, Sink::uyvy, Yuv411To422, Uyvy>(k);
+  add_colour<Source::yuv422, YuvSource<Yuv422Layout>>(k);
+  add<Source::yuv422, Sink::mono8_rec601, YuvLuma<Yuv422Layout>, Mono8<Rec601>>(k);
+  add_colour<Source::yuv444, Yuv444>(k);
+  add<Source::yuv444, Sink::mono8_rec601, Yuv444Luma, Mono8<Rec601>>(k);
+  add<Source::yuv444, Sink::uyvy, Yuv444To422, Uyvy>(k);
 
-  add_colour<Planes8>(k, Source::planes8);
-  cell(k, Source::planes8, Sink::uyvy) = row<Planes8, Uyvy>;
-  add_colour<Bilinear>(k, Source::bilinear);
-  cell(k, Source::bilinear, Sink::uyvy) = row<Bilinear, Uyvy>;
-  add_colour<PairedChroma>(k, Source::paired_chroma);
-  cell(k, Source::paired_chroma, Sink::uyvy) = row<PairedChroma, Uyvy>;
+  add_colour<Source::planes8, Planes8>(k);
+  add<Source::planes8, Sink::uyvy, Planes8, Uyvy>(k);
+  add_colour<Source::bilinear, Bilinear>(k);
+  add<Source::bilinear, Sink::uyvy, Bilinear, Uyvy>(k);
+  add_colour<Source::paired_chroma, PairedChroma>(k);
+  add<Source::paired_chroma, Sink::uyvy, PairedChroma, Uyvy>(k);
 
-  add_colour<Mosaic8Binned>(k, Source::mosaic8_binned);
-  cell(k, Source::mosaic8_binned, Sink::uyvy) = row<Mosaic8Binned, Uyvy>;
-  add_colour<CygmWindow>(k, Source::cygm_3x3);
-  cell(k, Source::cygm_3x3, Sink::uyvy) = row<CygmWindow, Uyvy>;
-  cell(k, Source::cygm_3x3_luma, Sink::mono8_rec601) = row<CygmWindowLuma, Mono8<Rec601>>;
-  add_colour<CygmBinned>(k, Source::cygm_binned);
-  cell(k, Source::cygm_binned, Sink::uyvy) = row<CygmBinned, Uyvy>;
+  add_colour<Source::mosaic8_binned, Mosaic8Binned>(k);
+  add<Source::mosaic8_binned, Sink::uyvy, Mosaic8Binned, Uyvy>(k);
+  add_colour<Source::cygm_3x3, CygmWindow>(k);
+  add<Source::cygm_3x3, Sink::uyvy, CygmWindow, Uyvy>(k);
+  add<Source::cygm_3x3_luma, Sink::mono8_rec601, CygmWindowLuma, Mono8<Rec601>>(k);
+  add_colour<Source::cygm_binned, CygmBinned>(k);
+  add<Source::cygm_binned, Sink::uyvy, CygmBinned, Uyvy>(k);
   k.demosaic = {kLanes / 2, widen, along_row, down_column, direction, lcaa, lcaav};
 
   k.direct = make_direct_kernels();

@@ -70,7 +70,7 @@ struct SourceTraits {
 };
 constexpr SourceTraits kSources[kSourceCount] = {
     {"mosaic8", 1, 1, 2, 2, true},
-    {"mosaic16", 1, 2, 2, 2, false},
+    {"mosaic16", 1, 2, 2, 2, true},
     {"mono8", 1, 1, 1, 1, true},
     {"mono12_packed", 2, 3, 1, 2, true},
     {"mono16_tinted", 1, 2, 1, 1, true},
@@ -87,14 +87,14 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"yuv422", 2, 4, 1, 2, false},
     {"yuv444", 1, 3, 1, 1, false},
     {"planes8", 1, 1, 1, 1, false},
-    {"bilinear", 2, 2, 1, 2, false},
+    {"bilinear", 2, 2, 1, 2, true},
     {"paired_chroma", 2, 2, 1, 2, false},
     {"bgr24_corrected", 1, 3, 1, 1, false},
     {"bgr48_corrected", 1, 6, 1, 1, false},
-    {"mosaic8_binned", 1, 2, 1, 1, false},
+    {"mosaic8_binned", 1, 2, 1, 1, true},
     {"cygm_3x3", 2, 2, 1, 2, false},
     {"cygm_3x3_luma", 2, 2, 1, 2, false},
-    {"cygm_binned", 1, 2, 1, 1, false},
+    {"cygm_binned", 1, 2, 1, 1, true},
 };
 
 struct SinkTraits {
@@ -113,9 +113,26 @@ constexpr size_t frame_bytes(size_t width, size_t height, Sink sink) {
   return width * height * pixel_bytes(sink);
 }
 
+// Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
+// fourth byte stays as it is leaves no line to be written as a whole, and one of a single byte is
+// little to write. UYVY takes arithmetic unless bytes are only moved.
+constexpr bool is_memory_bound(Source source, Sink sink) {
+  if (sink == Sink::uyvy) return source == Source::mono8 || source == Source::yuv411;
+  const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
+  const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;
+  return kSources[static_cast<size_t>(source)].memory_bound && !keeps_bytes &&
+         pixel_bytes(sink) > 1;
+}
+
 // In bytes. Far enough ahead to cover the latency of memory, near enough to stay in the first-level
 // cache.
 constexpr ptrdiff_t kPrefetchDistance = 2048;
+
+// Bytes from one address to another, of whichever objects.
+inline ptrdiff_t distance(const uint8_t* from, const uint8_t* to) {
+  return static_cast<ptrdiff_t>(reinterpret_cast<uintptr_t>(to) -
+                                reinterpret_cast<uintptr_t>(from));
+}
 
 // What a kernel needs to know beyond its rows; each source reads only what its comment names.
 struct RowArgs {
@@ -145,6 +162,9 @@ struct RowArgs {
   // columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
+  // From what a kernel reads to what it prefetches to be read next; for rows that the library made,
+  // part of what the next ones are made of.
+  ptrdiff_t ahead_of_a = kPrefetchDistance, ahead_of_b = kPrefetchDistance;
   // From what a kernel writes to what it prefetches to be written next; in a tile, the next row.
   ptrdiff_t write_ahead = kPrefetchDistance;
 };
@@ -156,14 +176,19 @@ struct RowArgs {
 using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                            const RowArgs& args);
 
+// The same past the cache to a dst that is aligned to kCacheLine, as many pixels as it returns: all
+// of them, or a multiple of kStreamedGroup.
+using StreamedRowKernel = size_t (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                                     const RowArgs& args);
+
 // kPaddedBytes: sources of rows that the library made itself read on beyond the last pixel, up to
 // this many bytes, twice as many where a pixel has two samples; every other source reads its n
 // pixels only.
 constexpr size_t kPaddedBytes = 64;
 
 // The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer
-// of a tile is at its column -kTileMargin, aligned to 64 bytes as column 0 is, and others are at the
-// first word to compute, aligned to a step. Words can be read for kTileSlack beyond either end.
+// of a tile is at its column -kTileMargin, aligned to 64 bytes as column 0 is, and others are at
+// the first word to compute, aligned to a step. Words can be read for kTileSlack beyond either end.
 constexpr int kTileMargin = 32;
 constexpr int kTileSlack = 32;
 
@@ -199,6 +224,7 @@ struct DemosaicKernels {
 
 struct Kernels {
   RowKernel row[kSourceCount][kSinkCount];  // null where the conversion does not exist or is a copy
+  StreamedRowKernel streamed[kSourceCount][kSinkCount];    // null where that does not pay
   void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes);  // swaps two disjoint byte ranges
   // Copies past the cache, in whole lines but for the ends; what was streamed is visible to other
   // processors after end_stream(). Null where there is no such store.

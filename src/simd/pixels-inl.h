@@ -24,6 +24,12 @@ struct Pixels4 {
   U8 quarter[4];
 };
 
+// Pixels of three bytes, in memory order (bgr tells which).
+template <bool bgr>
+struct Pixels3 {
+  U8 third[3];
+};
+
 // The samples of 2 x 2 blocks as a Bayer mosaic has them side by side, one block a 16-bit lane: red
 // and blue, and the two greens. Even and odd pixels apart; in the lanes of one of them red is the
 // lower byte, in those of the other blue.

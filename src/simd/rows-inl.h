@@ -15,9 +15,8 @@ constexpr size_t source_bytes(size_t pixels) {
   return pixels / Source::kGroupPixels * Source::kGroupBytes;
 }
 
-template <class Source, class Sink>
-LUM_INLINE void convert_last(const Source& source, uint8_t* dst, const uint8_t* a,
-                             const uint8_t* b) {
+template <class Source, class Sink, class To>
+LUM_INLINE void convert_last(const Source& source, To dst, const uint8_t* a, const uint8_t* b) {
   if constexpr (Source::kEdge) {
     Sink::store_block(dst, source.last_block(a, b));
   } else {
@@ -116,15 +115,16 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
     return;
   }
   const Source source(args);
+  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
   const ptrdiff_t write_ahead = args.write_ahead;
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kAhead = Source::kEdge ? 1 : 0;
   size_t x = 0;
   for (; x + kLanes + kAhead <= n; x += kLanes) {
-    for (size_t line = 0; line < kIn && !Source::kPadded; line += 64) {  // padded rows are cached
-      prefetch_read(a + line);
-      if (Source::kRows == 2) prefetch_read(b + line);
+    for (size_t line = 0; line < kIn; line += 64) {
+      prefetch_read(a + line, ahead_of_a);
+      if (Source::kRows == 2) prefetch_read(b + line, ahead_of_b);
     }
     for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line, write_ahead);
     Sink::store_block(dst, source.block(a, b));
@@ -149,6 +149,38 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   a -= source_bytes<Source>(back);
   if (Source::kRows == 2) b -= source_bytes<Source>(back);
   convert_last<Source, Sink>(source, dst - back * Sink::kPixelBytes, a, b);
+}
+
+// How many of n pixels are streamed: whole lines, and either all pixels or so few that the others
+// are a block. A line that is streamed in part would be fetched after all.
+constexpr size_t streamed_pixels(size_t n) {
+  static_assert(kStreamedGroup % kLanes == 0, "whole blocks");
+  if (n % kStreamedGroup == 0) return n;
+  return n < kLanes ? 0 : (n - kLanes) / kStreamedGroup * kStreamedGroup;
+}
+
+// The row past the cache, as many pixels of it as it returns.
+template <class Source, class Sink>
+size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                    const RowArgs& args) {
+  const Source source(args);
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
+  const size_t count = streamed_pixels(n);
+  const size_t last = Source::kEdge && count == n && n > 0 ? n - kLanes : count;
+  for (size_t x = 0; x < last; x += kLanes) {
+    for (size_t line = 0; line < kIn; line += 64) {
+      prefetch_read(a + line, ahead_of_a);
+      if (Source::kRows == 2) prefetch_read(b + line, ahead_of_b);
+    }
+    Sink::store_block(PastCache{dst}, source.block(a, b));
+    a += kIn;
+    if (Source::kRows == 2) b += kIn;
+    dst += kOut;
+  }
+  if (last < count) convert_last<Source, Sink>(source, PastCache{dst}, a, b);
+  return count;
 }
 
 inline void stream(uint8_t* dst, const uint8_t* src, size_t bytes) {

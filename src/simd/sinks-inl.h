@@ -25,15 +25,21 @@ template <bool bgr>
 struct Packed24 {
   static constexpr int kPixelBytes = 3;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store3_same(p, v.y); }
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Gray8& v) {
+    store3_same(p, v.y);
+  }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Rgb8& v) {
     store3(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
   }
-  template <bool source_bgr, bool alpha>
-  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<source_bgr, alpha>& v) {
-    for (int i = 0; i < 4; ++i) {
-      compress3<bgr != source_bgr>(p + i * (kLanes / 4 * 3), v.quarter[i]);
-    }
+  template <class To, bool source_bgr, bool alpha>
+  static LUM_INLINE void store_block(To p, const Pixels4<source_bgr, alpha>& v) {
+    compress3_all<bgr != source_bgr>(p, v.quarter);
+  }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Pixels3<bgr>& v) {
+    for (int i = 0; i < 3; ++i) store(p + static_cast<size_t>(i * kLanes), v.third[i]);
   }
 };
 
@@ -46,12 +52,12 @@ struct Packed32 {
   static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
     store4_keep(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
   }
-  template <bool source_bgr, bool alpha>
-  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<source_bgr, alpha>& v) {
+  template <class To, bool source_bgr, bool alpha>
+  static LUM_INLINE void store_block(To p, const Pixels4<source_bgr, alpha>& v) {
     for (int i = 0; i < 4; ++i) {
       const U8 pixels = bgr != source_bgr ? swap02(v.quarter[i]) : v.quarter[i];
-      if (alpha) {
-        store(p + i * kLanes, pixels);
+      if constexpr (alpha) {
+        store(p + static_cast<size_t>(i * kLanes), pixels);
       } else {
         store_keep(p + i * kLanes, pixels);
       }
@@ -63,14 +69,27 @@ struct Packed32 {
 struct Uyvy {
   static constexpr int kPixelBytes = 2;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store_block(p, to_yuv422(v)); }
-  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Rgb8& v) {
     store_block(p, to_yuv422(v));
   }
-  static LUM_INLINE void store_block(uint8_t* p, const Yuv422& v) { store2(p, v.uv, v.y); }
-  static LUM_INLINE void store_block(uint8_t* p, const Wide& v) { store(p, v); }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const BlockPairs& v) {
+    store_block(p, to_yuv422(v));
+  }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Yuv422& v) {
+    store2(p, v.uv, v.y);
+  }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Wide& v) {
+    store(p, v);
+  }
   // Kept: chroma of a grey source is 0, not the neutral 128; receivers of these frames rely on it.
-  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store2(p, U8{}, v.y); }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Gray8& v) {
+    store2(p, U8{}, v.y);
+  }
 };
 
 // Y as a word in host order
@@ -78,12 +97,17 @@ template <class Luma>
 struct Mono16 {
   static constexpr int kPixelBytes = 2;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) { store(p, v.y); }
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb16& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Gray16& v) {
+    store(p, v.y);
+  }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Rgb16& v) {
     store_block(p, Gray16{luma<Luma>(v)});
   }
   // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.
-  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const BlockPairs& v) {
     store2(p, luma<Luma>(v), U8{});
   }
 };
@@ -93,11 +117,13 @@ template <bool bgr>
 struct Packed48 {
   static constexpr int kPixelBytes = 6;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Gray16& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Gray16& v) {
     store3_same(p, v.y.lo);
     store3_same(p + 3 * kLanes, v.y.hi);
   }
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb16& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Rgb16& v) {
     const Wide& first = bgr ? v.b : v.r;
     const Wide& third = bgr ? v.r : v.b;
     store3(p, first.lo, v.g.lo, third.lo);

@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Vector primitives, level avx2: 32 lanes. Shuffles work within 128-bit halves, so interleaved
-// words stay in the order in which the pack functions take them back, and stores of interleaved
-// pixels go out in halves, which costs less than exchanging halves in registers.
+// words stay in the order in which the pack functions take them back, and interleaved pixels are
+// made in halves that change places on their way to memory.
 #ifndef LUM_SIMD_VEC_AVX2_H
 #define LUM_SIMD_VEC_AVX2_H
 
@@ -281,7 +281,10 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
   return {u16(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x20)),
           u16(_mm256_permute2x128_si256(m(v.lo), m(v.hi), 0x31))};
 }
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
+template <class To>
+LUM_INLINE void store2(To p, U8 even, U8 odd) {
+  store(p, zip(even, odd));
+}
 
 template <int size, int c>
 constexpr LaneTable kSpread3 = lane_table([](int i) {
@@ -289,35 +292,49 @@ constexpr LaneTable kSpread3 = lane_table([](int i) {
   return byte / size / 3 * size + byte % size;
 });
 template <int size, int k>
-constexpr LaneTable kTriplicate = lane_table([](int i) {
-  return (16 * k + i % 16) / size / 3 * size + i % size;
-});
-
-template <int size, int k>
 LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
   return u8(blend_channel<size, k, 2>(blend_channel<size, k, 1>(m(c0), c1), c2));
 }
-template <int size>
-LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+template <int size, class To>
+LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
   c0 = shuffle(c0, kSpread3<size, 0>);
   c1 = shuffle(c1, kSpread3<size, 1>);
   c2 = shuffle(c2, kSpread3<size, 2>);
-  store_halves(p, p + 48, blend3<size, 0>(c0, c1, c2));
-  store_halves(p + 16, p + 64, blend3<size, 1>(c0, c1, c2));
-  store_halves(p + 32, p + 80, blend3<size, 2>(c0, c1, c2));
+  // Each holds 16 bytes of the memory and, in the upper half, the 16 that lie 48 further.
+  const __m256i v0 = m(blend3<size, 0>(c0, c1, c2)), v1 = m(blend3<size, 1>(c0, c1, c2)),
+                v2 = m(blend3<size, 2>(c0, c1, c2));
+  store(p, u8(_mm256_permute2x128_si256(v0, v1, 0x20)));
+  store(p + 32, u8(_mm256_blend_epi32(v2, v0, 0xF0)));
+  store(p + 64, u8(_mm256_permute2x128_si256(v1, v2, 0x31)));
 }
-template <int size>
-LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
-  store_halves(p, p + 48, shuffle(c, kTriplicate<size, 0>));
-  store_halves(p + 16, p + 64, shuffle(c, kTriplicate<size, 1>));
-  store_halves(p + 32, p + 80, shuffle(c, kTriplicate<size, 2>));
+template <int size, int k>
+constexpr LaneTable kTriplicate = lane_table([](int i) {
+  return (32 * k + i % 32) / size / 3 * size % 16 + i % size;
+});
+template <int size, class To>
+LUM_INLINE void store3_same_bytes(To p, U8 c) {
+  const U8 lower = u8(_mm256_permute2x128_si256(m(c), m(c), 0x00));
+  const U8 upper = u8(_mm256_permute2x128_si256(m(c), m(c), 0x11));
+  store(p, shuffle(lower, kTriplicate<size, 0>));
+  store(p + 32, shuffle(c, kTriplicate<size, 1>));
+  store(p + 64, shuffle(upper, kTriplicate<size, 2>));
 }
-LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
-LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+template <class To>
+LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
+  store3_bytes<1>(p, c0, c1, c2);
+}
+template <class To>
+LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
   store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
 }
-LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
-LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+template <class To>
+LUM_INLINE void store3_same(To p, U8 c) {
+  store3_same_bytes<1>(p, c);
+}
+template <class To>
+LUM_INLINE void store3_same(To p, U16 c) {
+  store3_same_bytes<2>(p, U8(c));
+}
 
 // Four-byte pixels whose last byte stays as it is in memory.
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
@@ -347,13 +364,55 @@ constexpr LaneTable kCompress3 = lane_table([](int i) {
   return byte < 0 || byte >= 12 ? kNone : byte / 3 * 4 + (swap ? 2 - byte % 3 : byte % 3);
 });
 LUM_INLINE U8 expand3(const uint8_t* p) { return shuffle(load24(p), kExpand3); }
-template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
-  const __m256i v = m(shuffle(pixels, kCompress3<swap>));
+  const __m256i v = m(shuffle(pixels, kCompress3<false>));
   const __m128i low = _mm256_castsi256_si128(v);
   const __m128i high = _mm_or_si128(_mm256_extracti128_si256(v, 1), _mm_srli_si128(low, 8));
   _mm_storel_epi64(reinterpret_cast<__m128i*>(p), low);
   _mm_storeu_si128(reinterpret_cast<__m128i*>(p + 8), high);
+}
+// The same for kLanes pixels; with `swap` the first and the third byte change places. Each quarter
+// is brought together, begins where the one before it ends, and so shares two vectors.
+template <bool swap, class To>
+LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
+  const auto packed = [&](int i, __m256i order) {
+    return _mm256_permutevar8x32_epi32(m(shuffle(pixels[i], kCompress3<swap>)), order);
+  };
+  const __m256i q0 = packed(0, _mm256_setr_epi32(0, 1, 2, 5, 6, 7, 0, 0));
+  const __m256i q1 = packed(1, _mm256_setr_epi32(2, 5, 6, 7, 0, 0, 0, 1));
+  const __m256i q2 = packed(2, _mm256_setr_epi32(6, 7, 0, 0, 0, 1, 2, 5));
+  const __m256i q3 = packed(3, _mm256_setr_epi32(0, 0, 0, 1, 2, 5, 6, 7));
+  store(p, u8(_mm256_blend_epi32(q0, q1, 0xC0)));
+  store(p + 32, u8(_mm256_blend_epi32(q1, q2, 0xF0)));
+  store(p + 64, u8(_mm256_blend_epi32(q2, q3, 0xFC)));
+}
+// Three vectors of three-byte elements whose first and third byte change places. Those that lie
+// across the border of two halves come from a second load: a half takes what it can from one that
+// begins at first_from(), and the rest from one at second_from().
+constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
+constexpr int first_from(int half) { return half == 0 ? 0 : 16 * half - 2; }
+constexpr int second_from(int half) { return half == 5 ? 80 : 16 * half + 2; }
+constexpr int within_half(int byte) { return byte >= 0 && byte < 16 ? byte : kNone; }
+template <int k>
+constexpr LaneTable kSwapFirst = lane_table([](int i) {
+  return within_half(swapped_byte(32 * k + i % 32) - first_from(2 * k + i % 32 / 16));
+});
+template <int k>
+constexpr LaneTable kSwapSecond = lane_table([](int i) {
+  const bool first = kSwapFirst<k>.v[i] != kNone;
+  return first ? kNone
+               : within_half(swapped_byte(32 * k + i % 32) - second_from(2 * k + i % 32 / 16));
+});
+template <int k>
+LUM_INLINE U8 load_swapped(const uint8_t* p) {
+  const auto load_from = [&](int lower, int upper) {
+    return upper == lower + 16 ? load<U8>(p + lower) : load_halves(p + lower, p + upper);
+  };
+  return shuffle(load_from(first_from(2 * k), first_from(2 * k + 1)), kSwapFirst<k>) |
+         shuffle(load_from(second_from(2 * k), second_from(2 * k + 1)), kSwapSecond<k>);
+}
+LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
+  return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>

@@ -262,7 +262,10 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
   const Bytes2 pairs = pairs_in_memory_order(m(v.lo), m(v.hi));
   return {U16(pairs.lo), U16(pairs.hi)};
 }
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
+template <class To>
+LUM_INLINE void store2(To p, U8 even, U8 odd) {
+  store(p, zip(even, odd));
+}
 
 // Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3
 // does not divide 64, a byte position belongs to a different channel in each of the three, so one
@@ -315,8 +318,8 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
   return {U16(v.c0), U16(v.c1), U16(v.c2)};
 }
 
-template <int size>
-LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+template <int size, class To>
+LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
   c0 = permute(c0, kSpread3<size, 0>);
   c1 = permute(c1, kSpread3<size, 1>);
   c2 = permute(c2, kSpread3<size, 2>);
@@ -324,18 +327,28 @@ LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
   store(p + 64, blend3<size, 1>(c0, c1, c2));
   store(p + 128, blend3<size, 2>(c0, c1, c2));
 }
-template <int size>
-LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
+template <int size, class To>
+LUM_INLINE void store3_same_bytes(To p, U8 c) {
   store(p, permute(c, kTriplicate<size, 0>));
   store(p + 64, permute(c, kTriplicate<size, 1>));
   store(p + 128, permute(c, kTriplicate<size, 2>));
 }
-LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
-LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+template <class To>
+LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
+  store3_bytes<1>(p, c0, c1, c2);
+}
+template <class To>
+LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
   store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
 }
-LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
-LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+template <class To>
+LUM_INLINE void store3_same(To p, U8 c) {
+  store3_same_bytes<1>(p, c);
+}
+template <class To>
+LUM_INLINE void store3_same(To p, U16 c) {
+  store3_same_bytes<2>(p, U8(c));
+}
 
 // Four-byte pixels whose last byte stays as it is in memory.
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
@@ -354,14 +367,59 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 
 // kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
 constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + i % 4 % 3; });
-template <bool swap>
+// They begin at byte `from` of the vector, and go on at its beginning beyond its end.
+template <bool swap, int from>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
-  return i / 3 * 4 % 64 + (swap ? 2 - i % 3 : i % 3);
+  const int byte = (i + 64 - from) % 64;
+  return byte / 3 * 4 % 64 + (swap ? 2 - byte % 3 : byte % 3);
 });
 LUM_INLINE U8 expand3(const uint8_t* p) { return permute(load48(p), kExpand3); }
-template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
-  _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<swap>)));
+  _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<false, 0>)));
+}
+// The same for kLanes pixels; with `swap` the first and the third byte change places. Each quarter
+// begins where the one before it ends, and so shares two vectors.
+template <bool swap, class To>
+LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
+  const __m512i q0 = m(permute(pixels[0], kCompress3<swap, 0>));
+  const __m512i q1 = m(permute(pixels[1], kCompress3<swap, 48>));
+  const __m512i q2 = m(permute(pixels[2], kCompress3<swap, 32>));
+  const __m512i q3 = m(permute(pixels[3], kCompress3<swap, 16>));
+  store(p, u8(_mm512_mask_blend_epi32(0xF000, q0, q1)));
+  store(p + 64, u8(_mm512_mask_blend_epi32(0xFF00, q1, q2)));
+  store(p + 128, u8(_mm512_mask_blend_epi32(0xFFF0, q2, q3)));
+}
+// Three vectors of three-byte elements whose first and third byte change places. Those that lie
+// across the border of two vectors come from a second load: a vector takes what it can from one
+// that begins at first_from(), and the rest from one at second_from().
+constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
+constexpr int first_from(int k) { return k == 0 ? 0 : 64 * k - 2; }
+constexpr int second_from(int k) { return k == 2 ? 128 : 64 * k + 2; }
+constexpr bool is_in_first(int k, int i) {
+  const int byte = swapped_byte(64 * k + i) - first_from(k);
+  return byte >= 0 && byte < 64;
+}
+template <int k>
+constexpr LaneTable kSwapFirst = lane_table([](int i) {
+  return swapped_byte(64 * k + i) - first_from(k);
+});
+template <int k>
+constexpr LaneTable kSwapSecond = lane_table([](int i) {
+  return swapped_byte(64 * k + i) - second_from(k);
+});
+constexpr uint64_t not_in_first(int k) {
+  uint64_t mask = 0;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{!is_in_first(k, i)} << i;
+  return mask;
+}
+template <int k>
+LUM_INLINE U8 load_swapped(const uint8_t* p) {
+  return u8(_mm512_mask_permutexvar_epi8(m(permute(load<U8>(p + first_from(k)), kSwapFirst<k>)),
+                                         not_in_first(k), m(load<U8>(kSwapSecond<k>.v)),
+                                         m(load<U8>(p + second_from(k)))));
+}
+LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
+  return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>

@@ -265,11 +265,27 @@ LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
 LUM_INLINE U8 expand3(const uint8_t* p) {
   return lanes<U8>([&](int i) { return i % 4 == 3 ? 0 : p[i / 4 * 3 + i % 4]; });
 }
-template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   for (int i = 0; i < kLanes; ++i) {
-    if (i % 4 != 3) p[i / 4 * 3 + (swap ? 2 - i % 4 : i % 4)] = pixels[i];
+    if (i % 4 != 3) p[i / 4 * 3 + i % 4] = pixels[i];
   }
+}
+// The same for kLanes pixels; with `swap` the first and the third byte change places.
+template <bool swap>
+LUM_INLINE void compress3_all(uint8_t* p, const U8 (&pixels)[4]) {
+  for (int i = 0; i < 4 * kLanes; ++i) {
+    if (i % 4 != 3) p[i / 4 * 3 + (swap ? 2 - i % 4 : i % 4)] = pixels[i / kLanes][i % kLanes];
+  }
+}
+// Three vectors of three-byte elements whose first and third byte change places.
+LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
+  const auto swapped = [&](int k) {
+    return lanes<U8>([&](int i) {
+      const int byte = kLanes * k + i;
+      return p[byte / 3 * 3 + 2 - byte % 3];
+    });
+  };
+  return {swapped(0), swapped(1), swapped(2)};
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>

@@ -235,7 +235,10 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
   const Words2 v = interleave(I16(a), I16(b));
   return {U16(v.lo), U16(v.hi)};
 }
-LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
+template <class To>
+LUM_INLINE void store2(To p, U8 even, U8 odd) {
+  store(p, zip(even, odd));
+}
 
 // Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte
 // of channel `c` it takes, or kNone when it belongs to another channel.
@@ -258,24 +261,34 @@ LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
   return shuffle(c0, kInterleave3<size, k, 0>) | shuffle(c1, kInterleave3<size, k, 1>) |
          shuffle(c2, kInterleave3<size, k, 2>);
 }
-template <int size>
-LUM_INLINE void store3_bytes(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+template <int size, class To>
+LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
   store(p, interleaved3<size, 0>(c0, c1, c2));
   store(p + 16, interleaved3<size, 1>(c0, c1, c2));
   store(p + 32, interleaved3<size, 2>(c0, c1, c2));
 }
-template <int size>
-LUM_INLINE void store3_same_bytes(uint8_t* p, U8 c) {
+template <int size, class To>
+LUM_INLINE void store3_same_bytes(To p, U8 c) {
   store(p, shuffle(c, kTriplicate<size, 0>));
   store(p + 16, shuffle(c, kTriplicate<size, 1>));
   store(p + 32, shuffle(c, kTriplicate<size, 2>));
 }
-LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store3_bytes<1>(p, c0, c1, c2); }
-LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+template <class To>
+LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
+  store3_bytes<1>(p, c0, c1, c2);
+}
+template <class To>
+LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
   store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
 }
-LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3_same_bytes<1>(p, c); }
-LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3_same_bytes<2>(p, U8(c)); }
+template <class To>
+LUM_INLINE void store3_same(To p, U8 c) {
+  store3_same_bytes<1>(p, c);
+}
+template <class To>
+LUM_INLINE void store3_same(To p, U16 c) {
+  store3_same_bytes<2>(p, U8(c));
+}
 
 // Four-byte pixels whose last byte stays as it is in memory.
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
@@ -294,17 +307,54 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 // kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
 constexpr LaneTable kExpand3 =
     lane_table([](int i) { return i % 4 == 3 ? kNone : i / 4 * 3 + i % 4; });
-template <bool swap>
+// They begin at byte `from` of the vector, and go on at its beginning beyond its end.
+template <bool swap, int from>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
-  return i >= 12 ? kNone : i / 3 * 4 + (swap ? 2 - i % 3 : i % 3);
+  const int byte = (i + 16 - from) % 16;
+  return byte >= 12 ? kNone : byte / 3 * 4 + (swap ? 2 - byte % 3 : byte % 3);
 });
 LUM_INLINE U8 expand3(const uint8_t* p) { return shuffle(load12(p), kExpand3); }
-template <bool swap>
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
-  const __m128i v = m(shuffle(pixels, kCompress3<swap>));
+  const __m128i v = m(shuffle(pixels, kCompress3<false, 0>));
   const int last = _mm_extract_epi32(v, 2);
   _mm_storel_epi64(reinterpret_cast<__m128i*>(p), v);
   memcpy(p + 8, &last, sizeof last);
+}
+// The same for kLanes pixels; with `swap` the first and the third byte change places. Each quarter
+// begins where the one before it ends, and so shares two vectors.
+template <bool swap, class To>
+LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
+  const __m128i q0 = m(shuffle(pixels[0], kCompress3<swap, 0>));
+  const __m128i q1 = m(shuffle(pixels[1], kCompress3<swap, 12>));
+  const __m128i q2 = m(shuffle(pixels[2], kCompress3<swap, 8>));
+  const __m128i q3 = m(shuffle(pixels[3], kCompress3<swap, 4>));
+  store(p, u8(_mm_blend_epi16(q0, q1, 0xC0)));
+  store(p + 16, u8(_mm_blend_epi16(q1, q2, 0xF0)));
+  store(p + 32, u8(_mm_blend_epi16(q2, q3, 0xFC)));
+}
+// Three vectors of three-byte elements whose first and third byte change places. Those that lie
+// across the border of two vectors come from a second load: a vector takes what it can from one
+// that begins at first_from(), and the rest from one at second_from().
+constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
+constexpr int first_from(int k) { return k == 0 ? 0 : 16 * k - 2; }
+constexpr int second_from(int k) { return k == 2 ? 32 : 16 * k + 2; }
+constexpr int within_vector(int byte) { return byte >= 0 && byte < 16 ? byte : kNone; }
+template <int k>
+constexpr LaneTable kSwapFirst = lane_table([](int i) {
+  return within_vector(swapped_byte(16 * k + i % 16) - first_from(k));
+});
+template <int k>
+constexpr LaneTable kSwapSecond = lane_table([](int i) {
+  const bool first = kSwapFirst<k>.v[i] != kNone;
+  return first ? kNone : within_vector(swapped_byte(16 * k + i % 16) - second_from(k));
+});
+template <int k>
+LUM_INLINE U8 load_swapped(const uint8_t* p) {
+  return shuffle(load<U8>(p + first_from(k)), kSwapFirst<k>) |
+         shuffle(load<U8>(p + second_from(k)), kSwapSecond<k>);
+}
+LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
+  return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>

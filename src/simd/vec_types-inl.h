@@ -69,6 +69,24 @@ LUM_INLINE void store(void* p, const Wide& v) {
   store(static_cast<uint8_t*>(p) + kLanes, v.hi);
 }
 
+// An address to store to past the cache, aligned to a vector; stands where a pointer may.
+struct PastCache {
+  uint8_t* p;
+};
+LUM_INLINE PastCache operator+(PastCache to, size_t bytes) { return {to.p + bytes}; }
+LUM_INLINE void stream_vector(uint8_t* p, U8 v);
+template <class V>
+LUM_INLINE void store(PastCache to, V v) {
+  stream_vector(to.p, U8(v));
+}
+LUM_INLINE void store(PastCache to, const Bytes2& v) {
+  store(to, v.lo);
+  store(to + kLanes, v.hi);
+}
+LUM_INLINE void store(PastCache to, const Wide& v) {
+  store(to, v.lo);
+  store(to + kLanes, v.hi);
+}
 LUM_INLINE U8 splat8(unsigned v) { return U8{} + static_cast<uint8_t>(v); }
 LUM_INLINE U16 splat16(unsigned v) { return U16{} + static_cast<uint16_t>(v); }
 
@@ -97,7 +115,9 @@ LUM_INLINE V in_register(V v) {
 LUM_INLINE U16 multiplier(int v) { return in_register(splat16(static_cast<unsigned>(v))); }
 LUM_INLINE I16 times(I16 v, int factor) { return I16(U16(v) * multiplier(factor)); }
 
-LUM_INLINE void prefetch_read(const uint8_t* p) { __builtin_prefetch(p + kPrefetchDistance, 0, 3); }
+LUM_INLINE void prefetch_read(const uint8_t* p, ptrdiff_t ahead = kPrefetchDistance) {
+  __builtin_prefetch(p + ahead, 0, 3);
+}
 LUM_INLINE void prefetch_write(const uint8_t* p, ptrdiff_t ahead = kPrefetchDistance) {
   __builtin_prefetch(p + ahead, 1, 3);
 }
