@@ -159,9 +159,11 @@ LUM_INLINE void bin_row(uint8_t* dst, const BinRows& r, size_t n, const Division
   const uint32_t count = rows != 0 ? rows : r.count;
   over_row(n, kBlock, [&](size_t x) {
     const uint8_t* const first = r.first + x * factor * kPixel;
+    const ptrdiff_t ahead = ahead_in_rows(x * factor * kPixel, n * factor * kPixel, count,
+                                          static_cast<ptrdiff_t>(r.stride));
     for (uint32_t i = 0; i < count; ++i) {
       for (size_t line = 0; line < kBlock * factor * kPixel; line += 64) {
-        prefetch_read(first + i * r.stride + line);
+        prefetch_read(first + i * r.stride + line, ahead);
       }
     }
     const BinRows here = {first, r.stride, r.count};

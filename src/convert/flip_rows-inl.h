@@ -183,11 +183,13 @@ constexpr bool kFillsVectors = size == 3 || size == 6 || (size & (size - 1)) == 
 template <int size>
 size_t streamed_reverse(uint8_t* dst, const uint8_t* src_end, size_t n) {
   constexpr size_t kBlock = size % 3 == 0 ? 3 * kLanes : kLanes;
-  const size_t count = streamed_pixels(n);
+  const size_t count = streamed_pixels(n), bytes = n * size;
+  const size_t distance = bytes < 2 * kPrefetchDistance ? bytes : 2 * kPrefetchDistance;
   for (size_t x = 0; x < count * size; x += kBlock) {
-    const size_t ahead = x + kPrefetchDistance;
+    // What is read next lies to the left, then at the end of the next row.
+    const size_t ahead = x + distance;
     for (size_t line = 0; line < kBlock; line += kCacheLine) {
-      __builtin_prefetch(src_end - ahead - line + (ahead < n * size ? 0 : 2 * n * size));
+      __builtin_prefetch(src_end - ahead - line + (ahead < bytes ? 0 : 2 * bytes));
     }
     store_reversed<size>(PastCache{dst + x}, src_end - x);
   }

@@ -189,9 +189,11 @@ void i420(const I420Rows& rows, size_t n) {
   }
   over_row(n, kLanes, [&](size_t x) {
     const size_t at = source_bytes<Source>(x);
+    const ptrdiff_t ahead =
+        ahead_in_rows(at, source_bytes<Source>(n), 2, distance(r.src[0], r.src[1]));
     for (size_t line = 0; line < source_bytes<Source>(kLanes); line += 64) {
-      prefetch_read(r.src[0] + at + line);
-      prefetch_read(r.src[1] + at + line);
+      prefetch_read(r.src[0] + at + line, ahead);
+      prefetch_read(r.src[1] + at + line, ahead);
     }
     i420_block<Source>(
         {{r.src[0] + at, r.src[1] + at}, {r.y[0] + x, r.y[1] + x}, r.u + x / 2, r.v + x / 2});

@@ -33,6 +33,11 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+template <>
+constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
+template <bool bgr>
+constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
+
 template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {
   constexpr size_t kSource = static_cast<size_t>(source), kSink = static_cast<size_t>(sink);

@@ -15,6 +15,13 @@ constexpr size_t source_bytes(size_t pixels) {
   return pixels / Source::kGroupPixels * Source::kGroupBytes;
 }
 
+// How far beyond byte `at` of a row to prefetch, where `rows` rows are read side by side: what is
+// read after a row's end is behind the last one's.
+LUM_INLINE ptrdiff_t ahead_in_rows(size_t at, size_t row_bytes, size_t rows, ptrdiff_t stride) {
+  const ptrdiff_t skipped = static_cast<ptrdiff_t>(rows - 1) * stride;
+  return at + kPrefetchDistance < row_bytes ? kPrefetchDistance : kPrefetchDistance + skipped;
+}
+
 template <class Source, class Sink, class To>
 LUM_INLINE void convert_last(const Source& source, To dst, const uint8_t* a, const uint8_t* b) {
   if constexpr (Source::kEdge) {
@@ -107,6 +114,10 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
   copy_few<sizeof out>(dst, out, n * Sink::kPixelBytes);
 }
 
+// Whether a destination that keeps bytes is prefetched; not where kLoadsRunAhead says why.
+template <class Source>
+constexpr bool kPrefetchesKept = true;
+
 // in_place: dst may be a, so that no pixel may be converted twice.
 template <class Source, class Sink, bool in_place = false>
 void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
@@ -120,13 +131,16 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kAhead = Source::kEdge ? 1 : 0;
+  constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
   size_t x = 0;
   for (; x + kLanes + kAhead <= n; x += kLanes) {
     for (size_t line = 0; line < kIn; line += 64) {
       prefetch_read(a + line, ahead_of_a);
       if (Source::kRows == 2) prefetch_read(b + line, ahead_of_b);
     }
-    for (size_t line = 0; line < kOut; line += 64) prefetch_write(dst + line, write_ahead);
+    for (size_t line = 0; line < kOut && kPrefetches; line += 64) {
+      prefetch_write(dst + line, write_ahead);
+    }
     Sink::store_block(dst, source.block(a, b));
     a += kIn;
     if (Source::kRows == 2) b += kIn;

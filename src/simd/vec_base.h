@@ -247,7 +247,9 @@ LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) { store_interleaved3(
 LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3(p, c, c, c); }
 LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3(p, c, c, c); }
 
-// Four-byte pixels whose last byte stays as it is in memory.
+// Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
+// little else is done, that nothing need be prefetched:
+constexpr bool kLoadsRunAhead = false;
 LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
   for (int i = 0; i < kLanes; ++i) {
     p[4 * i] = c0[i];

@@ -290,7 +290,9 @@ LUM_INLINE void store3_same(To p, U16 c) {
   store3_same_bytes<2>(p, U8(c));
 }
 
-// Four-byte pixels whose last byte stays as it is in memory.
+// Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
+// little else is done, that nothing need be prefetched:
+constexpr bool kLoadsRunAhead = false;
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   const U8 alpha = U8(U32{} + 0xFF000000u);
   store(p, (load<U8>(p) & alpha) | (pixels & ~alpha));
