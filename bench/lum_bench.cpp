@@ -231,7 +231,8 @@ int main(int argc, char** argv) {
       ->capture_default_str()
       ->check(CLI::PositiveNumber);
   app.add_option("--stream-above", options.measure.stream_above,
-                 "bytes of output above which it is streamed past the cache, where conversions do "
+                 "bytes read and written above which outputs are streamed past the cache, where "
+                 "conversions do "
                  "that; 0: half the last-level cache");
   app.add_option("--rotate", options.measure.rotate,
                  "pairs of buffers, used in turn; many of them make the frames cold")

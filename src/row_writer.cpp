@@ -22,31 +22,31 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
   return n;
 }
 
-RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t bytes)
+RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t src_bytes,
+                     size_t pixels)
     : kernels_(kernels),
       kernel_(kernels.at(source, sink)),
       streamed_(kernels.streamed[static_cast<size_t>(source)][static_cast<size_t>(sink)]),
-      source_(kSources[static_cast<size_t>(source)]),
+      source_(source),
       pixel_bytes_(lum::pixel_bytes(sink)),
-      streams_(streamed_ != nullptr && is_streamed(kernels, bytes)) {}
+      streams_(streamed_ != nullptr &&
+               is_streamed(kernels, src_bytes + pixels * lum::pixel_bytes(sink))) {}
 
 void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                        RowArgs args) const {
   args.write_ahead = 0;
   // The last pixel of two rows has no neighbour to be made of, so it is not the last of a piece.
   // Their colours take turns from column to column.
-  const bool two_rows = source_.rows == 2;
+  const SourceTraits& traits = kSources[static_cast<size_t>(source_)];
+  const bool two_rows = traits.rows == 2;
   const size_t beyond = two_rows ? 2 : 0;
-  const StreamedPixels pixels = {pixel_bytes_, two_rows ? 2 : source_.group_pixels};
-  const auto source_bytes = [&](size_t x) {
-    return x / source_.group_pixels * source_.group_bytes;
-  };
-  const auto beside = [&](size_t x) { return two_rows ? b + source_bytes(x) : nullptr; };
+  const StreamedPixels pixels = {pixel_bytes_, two_rows ? 2 : traits.group_pixels};
+  const auto beside = [&](size_t x) { return two_rows ? b + row_bytes(source_, x) : nullptr; };
   const auto write = [&](uint8_t* to, size_t x, size_t count) {
-    kernel_(to, a + source_bytes(x), beside(x), std::min(count + beyond, n - x), args);
+    kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args);
   };
   const auto stream = [&](uint8_t* to, size_t x, size_t count) {
-    return streamed_(to, a + source_bytes(x), beside(x), count, args);
+    return streamed_(to, a + row_bytes(source_, x), beside(x), count, args);
   };
   // What is written in the ordinary way about the end of a row is one wait for memory unless it is
   // fetched before.

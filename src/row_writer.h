@@ -18,9 +18,9 @@
 
 namespace lum {
 
-// Whether an output of so many bytes is streamed. Up to half the last-level cache it is not: beside
-// its source it may stay there, and what reads it next finds it. A size alone cannot tell a cold
-// frame from a warm one; this rule loses least over both.
+// Whether a conversion that reads and writes so many bytes is streamed. Up to half the last-level
+// cache it is not: the output may stay there, and what reads it next finds it. A size alone cannot
+// tell a cold frame from a warm one; this rule loses least over both.
 bool is_streamed(const Kernels& kernels, size_t bytes);
 
 // The pixels of a row as they are streamed.
@@ -34,20 +34,22 @@ struct StreamedPixels {
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
-// count - 1, x a multiple of the group; the former may write two pixels more, the latter is a
-// StreamedRowKernel.
+// count - 1, x a multiple of the group; the former may write two pixels more unless they are the
+// last, the latter is a StreamedRowKernel.
 template <class Write, class Stream>
 void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
                    Write write, Stream stream) {
+  constexpr size_t kBytes = 6144, kBeyond = 2 * 16;
+  alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
   size_t x = pixels_to_line(dst, n, pixels);
   if (x < n) {
-    if (x > 0) write(dst, 0, x);
+    // By way of the stage, so that nothing is written to a line that is streamed.
+    if (x > 0) write(stage, 0, x);
+    memcpy(dst, stage, x * pixels.bytes);
     x += stream(dst + x * pixels.bytes, x, n - x);
     if (x < n) write(dst + x * pixels.bytes, x, n - x);
     return;
   }
-  constexpr size_t kBytes = 6144, kBeyond = 2 * 16;
-  alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
   const size_t piece = kBytes / pixels.bytes / kStreamedGroup * kStreamedGroup;
   for (x = 0; x < n; x += piece) {
     const size_t count = std::min(piece, n - x);
@@ -59,11 +61,11 @@ void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const Streame
   }
 }
 
-// The same past the cache or, where that does not pay, in one go.
+// The same past the cache or, where that does not pay, in one go; from src_bytes.
 template <class Write, class Stream>
-void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
-                  Write write, Stream stream) {
-  if (!is_streamed(kernels, n * pixels.bytes)) {
+void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t src_bytes,
+                  const StreamedPixels& pixels, Write write, Stream stream) {
+  if (!is_streamed(kernels, src_bytes + n * pixels.bytes)) {
     write(dst, 0, n);
     return;
   }
@@ -71,11 +73,11 @@ void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const Streamed
   kernels.end_stream();
 }
 
-// Copies rows of an output of `bytes` in all.
+// Copies rows, `bytes` in all.
 class RowCopier {
  public:
   RowCopier(const Kernels& kernels, size_t bytes)
-      : kernels_(kernels), streams_(is_streamed(kernels, bytes)) {}
+      : kernels_(kernels), streams_(is_streamed(kernels, 2 * bytes)) {}
   ~RowCopier() {
     if (streams_) kernels_.end_stream();
   }
@@ -97,15 +99,14 @@ class RowCopier {
 
 class RowWriter {
  public:
-  // For an output of `bytes` in all, one frame's.
-  RowWriter(const Kernels& kernels, Source source, Sink sink, size_t bytes);
+  // For one frame: so many pixels, made of src_bytes.
+  RowWriter(const Kernels& kernels, Source source, Sink sink, size_t src_bytes, size_t pixels);
   ~RowWriter() {
     if (streams_) kernels_.end_stream();
   }
   RowWriter(const RowWriter&) = delete;
   RowWriter& operator=(const RowWriter&) = delete;
 
-  bool streams() const { return streams_; }
   // As a row kernel, dst not a.
   void operator()(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                   const RowArgs& args) const {
@@ -122,7 +123,7 @@ class RowWriter {
   const Kernels& kernels_;
   const RowKernel kernel_;
   const StreamedRowKernel streamed_;
-  const SourceTraits source_;
+  const Source source_;
   const size_t pixel_bytes_;
   const bool streams_;
 };

@@ -27,11 +27,6 @@ constexpr size_t kWidest = 2 * 64 + 40;  // twice the lanes of the widest level,
 constexpr size_t kLarge = 4098;
 constexpr ptrdiff_t kMargin = 64;  // bytes around a destination that must not change
 
-size_t row_bytes(Source source, size_t n) {
-  const SourceTraits& traits = kSources[static_cast<size_t>(source)];
-  return n / traits.group_pixels * traits.group_bytes;
-}
-
 bool is_corrected(Source source) {
   return source == Source::mosaic8_corrected || source == Source::mosaic8_wrapped ||
          source == Source::mosaic16_corrected || source == Source::bgr24_corrected ||

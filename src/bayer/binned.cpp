@@ -13,8 +13,8 @@
 namespace lum {
 
 void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
-  const RowWriter write(kernels, Source::mosaic8_binned, f.sink,
-                        frame_bytes(f.width / 2, f.height / 2, f.sink));
+  const RowWriter write(kernels, Source::mosaic8_binned, f.sink, size_t{f.width} * f.height,
+                        size_t{f.width / 2} * (f.height / 2));
   const size_t pixel = pixel_bytes(f.sink);
   using Strip = MirroredStrip<4, 2>;  // rows y - 1 .. y + 2
   Strip strip;

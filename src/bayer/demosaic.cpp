@@ -31,7 +31,8 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
   constexpr int kReach = 2;
   using Strip = MirroredStrip<8, 4>;
   Strip rows;
-  const RowWriter write(kernels, source, f.sink, frame_bytes(f.width, f.height, f.sink));
+  const size_t pixels = size_t{f.width} * f.height;
+  const RowWriter write(kernels, source, f.sink, pixels, pixels);
 
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);

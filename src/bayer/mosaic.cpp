@@ -48,7 +48,8 @@ Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
 }
 
 void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic, RowArgs args) {
-  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
+  const size_t pixels = size_t{f.width} * f.height;
+  const RowWriter write(kernels, mosaic, f.sink, pixels, pixels);
   args.column = f.red.column;
   const size_t row_bytes = f.width * pixel_bytes(f.sink);
   const uint8_t* upper = f.src;
@@ -65,17 +66,16 @@ void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic
 
 void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
                             const Reduction& reduction, Source mosaic, RowArgs args) {
-  const SourceTraits& in = kSources[static_cast<size_t>(reduction.source)];
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
   const RowKernel kernel = kernels.at(mosaic, f.sink);
-  const RowWriter write(kernels, mosaic, f.sink, frame_bytes(f.width, f.height, f.sink));
   args.column = f.red.column;
   // Of an even width rows are whole groups, so that they can be taken as one.
   if (size_t{f.width} * f.height <= kStrip && f.width % 2 == 0) {
     return convert_small_reduced(f, reduce, reduction, kernel, args);
   }
-  const size_t src_row = size_t{f.width} / in.group_pixels * in.group_bytes;
+  const size_t src_row = row_bytes(reduction.source, f.width);
   const size_t dst_row = f.width * pixel_bytes(f.sink);
+  const RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
   // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
   // own values come with the next strip.
   constexpr uint32_t kBeyond = 2;
@@ -84,7 +84,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   for (uint32_t x = 0; x < f.width;) {
     const uint32_t left = f.width - x;
     const uint32_t n = left <= kStrip + kBeyond ? left : kStrip + kBeyond;
-    const uint8_t* src = f.src + size_t{x} / in.group_pixels * in.group_bytes;
+    const uint8_t* src = f.src + row_bytes(reduction.source, x);
     uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
     reduce(reduced[0], src, nullptr, n, reduction.args);
     for (uint32_t y = 0; y + 1 < f.height; ++y) {

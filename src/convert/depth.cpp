@@ -15,10 +15,11 @@ void unpack_to_16(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint
   args.big_endian = big_endian;
   const Packing layout = kPackings[packing];
   const size_t group_bytes = (layout.group_pixels * layout.bits + 7) / 8;
-  const auto at = [&](size_t x) { return src + x / layout.group_pixels * group_bytes; };
+  const auto src_bytes = [&](size_t x) { return x / layout.group_pixels * group_bytes; };
+  const auto at = [&](size_t x) { return src + src_bytes(x); };
   const DirectKernels& direct = kernels.direct;
   write_pixels(
-      kernels, dst, count, {2, layout.group_pixels},
+      kernels, dst, count, src_bytes(count), {2, layout.group_pixels},
       [&](uint8_t* to, size_t x, size_t n) { direct.unpack[packing](to, at(x), nullptr, n, args); },
       [&](uint8_t* to, size_t x, size_t n) {
         return direct.streamed_unpack[packing](to, at(x), nullptr, n, args);

@@ -18,10 +18,10 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
   if (kernel != nullptr && dst == src) {
     kernel(dst, src, nullptr, count, args);
   } else if (kernel != nullptr) {
-    RowWriter(kernels, source, sink, frame_bytes(count, 1, sink))(dst, src, nullptr, count, args);
+    const RowWriter write(kernels, source, sink, row_bytes(source, count), count);
+    write(dst, src, nullptr, count, args);
   } else {
-    const SourceTraits& traits = kSources[static_cast<size_t>(source)];
-    copy_block(dst, src, size_t{count} / traits.group_pixels * traits.group_bytes);
+    copy_block(dst, src, row_bytes(source, count));
   }
 }
 

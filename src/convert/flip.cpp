@@ -18,7 +18,7 @@ void reverse_rows(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size
   const auto reverse = kernels.direct.reverse[pixel_bytes];
   const auto streamed = kernels.direct.streamed_reverse[pixel_bytes];
   const size_t row_bytes = n * pixel_bytes;
-  if (dst == src || streamed == nullptr || !is_streamed(kernels, row_bytes * rows)) {
+  if (dst == src || streamed == nullptr || !is_streamed(kernels, 2 * row_bytes * rows)) {
     reverse(dst, src, n, rows);
     return;
   }

@@ -73,8 +73,7 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
                    uint32_t width, uint32_t height) {
   Source source;
   if (!i420_source(layout, &source)) return;
-  const SourceTraits& in = kSources[static_cast<size_t>(source)];
-  const size_t src_row = size_t{width} / in.group_pixels * in.group_bytes;
+  const size_t src_row = row_bytes(source, width);
   const size_t y_bytes = size_t{width} * height, chroma_row = width / 2;
   uint8_t* const u = dst + y_bytes;
   uint8_t* const v = u + y_bytes / 4;
@@ -119,8 +118,9 @@ void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const
     return at;
   };
   const auto streamed_join = kernels.direct.streamed_join[sample_bytes - 1][channels - 2];
+  const size_t bytes = size_t{count} * channels * sample_bytes;
   write_pixels(
-      kernels, dst, count, {size_t{channels} * sample_bytes, 1},
+      kernels, dst, count, bytes, {size_t{channels} * sample_bytes, 1},
       [&](uint8_t* to, size_t x, size_t n) { join(to, planes_at(x).from, n); },
       [&](uint8_t* to, size_t x, size_t n) { return streamed_join(to, planes_at(x).from, n); });
 }

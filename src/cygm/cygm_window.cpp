@@ -102,8 +102,8 @@ void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uin
 
 void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                          uint32_t width, uint32_t height) {
-  const RowWriter write(kernels, Source::cygm_binned, sink,
-                        frame_bytes(width / 2, height / 2, sink));
+  const RowWriter write(kernels, Source::cygm_binned, sink, size_t{width} * height,
+                        size_t{width / 2} * (height / 2));
   each_line(src, width, height, 2,
             [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
               const Weights w = weights(kBlock[y % 4 / 2], y == 0);

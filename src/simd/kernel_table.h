@@ -109,8 +109,10 @@ constexpr SinkTraits kSinks[kSinkCount] = {
 };
 
 constexpr size_t pixel_bytes(Sink sink) { return kSinks[static_cast<size_t>(sink)].pixel_bytes; }
-constexpr size_t frame_bytes(size_t width, size_t height, Sink sink) {
-  return width * height * pixel_bytes(sink);
+// Of n pixels, n a multiple of group_pixels.
+constexpr size_t row_bytes(Source source, size_t n) {
+  const SourceTraits& traits = kSources[static_cast<size_t>(source)];
+  return n / traits.group_pixels * traits.group_bytes;
 }
 
 // Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
@@ -230,7 +232,8 @@ struct Kernels {
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
   void (*end_stream)();
-  // Outputs of more bytes are streamed; 0: of more than half the last-level cache.
+  // Conversions that read and write more bytes are streamed; 0: more than half the last-level
+  // cache.
   size_t stream_above;
 
   DemosaicKernels demosaic;
