@@ -97,21 +97,19 @@ inline void mix16_evenly(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint1
 }
 
 // ---- Picks and mixes in one: src, base, index, f as DirectKernels has them.
-struct PickedPairs {
+struct Picks {
   const uint8_t* src;
   const uint32_t* base;
   const uint8_t* index;
   size_t pixel_bytes;
+};
+struct PickedPairs : Picks {
   // Those of an index from byte i on: a and b of each sample.
   LUM_INLINE U8 operator()(size_t i) const {
     return pick_bytes(load_pieces_at(src, base + i / kPieceBytes), load<U8>(index + i));
   }
 };
-struct PickedApart {
-  const uint8_t* src;
-  const uint32_t* base;
-  const uint8_t* index;
-  size_t pixel_bytes;
+struct PickedApart : Picks {
   // a alone, and b alone.
   LUM_INLINE Bytes2 operator()(size_t i) const {
     const U8 where = in_register(load<U8>(index + i));
@@ -131,14 +129,14 @@ LUM_INLINE U32 mix_picked(const Bytes2& v, U16 weights) {
 template <class Picked>
 void mix8_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                  const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picked picked = {src, base, index, pixel_bytes};
+  const Picked picked = {{src, base, index, pixel_bytes}};
   const auto half = [&](size_t x) { return mix_picked(picked(2 * x), load<I16>(f + x)); };
   mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 2)); });
 }
 template <class Picked>
 void mix16_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                   const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picked picked = {src, base, index, pixel_bytes};
+  const Picked picked = {{src, base, index, pixel_bytes}};
   const auto half = [&](size_t x) { return mix_picked(picked(4 * x), load<U16>(f + 2 * x)); };
   mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 4)); });
 }

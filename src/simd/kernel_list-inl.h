@@ -46,51 +46,34 @@ constexpr void add(Kernels& k) {
     k.streamed[kSource][kSink] = streamed_row<From, To>;
   }
 }
-template <Source source, class From>
+// Grey has no luminance to choose, and with Second = Rec601 one kernel for both.
+template <Source source, class From, class Second = Rec709>
 constexpr void add_mono8(Kernels& k) {
   add<source, Sink::mono8_rec601, From, Mono8<Rec601>>(k);
-  add<source, Sink::mono8_rec709, From, Mono8<Rec709>>(k);
+  add<source, Sink::mono8_rec709, From, Mono8<Second>>(k);
 }
-// Grey has no channel order and no luminance to choose: one kernel for each pixel size.
-template <Source source, class From>
-constexpr void add_grey_colour(Kernels& k) {
-  add<source, Sink::bgr24, From, Packed24<false>>(k);
+template <Source source, class From, class Second = Rec709>
+constexpr void add_mono16(Kernels& k) {
+  add<source, Sink::mono16_rec601, From, Mono16<Rec601>>(k);
+  add<source, Sink::mono16_rec709, From, Mono16<Second>>(k);
+}
+// Nor has it an order of channels, and with bgr = false one kernel for each pixel size.
+template <Source source, class From, bool bgr = true>
+constexpr void add_packed(Kernels& k) {
+  add<source, Sink::bgr24, From, Packed24<bgr>>(k);
   add<source, Sink::rgb24, From, Packed24<false>>(k);
-  add<source, Sink::bgra32, From, Packed32<false>>(k);
+  add<source, Sink::bgra32, From, Packed32<bgr>>(k);
   add<source, Sink::rgba32, From, Packed32<false>>(k);
 }
-template <Source source, class From>
-constexpr void add_grey_luma(Kernels& k) {
-  add<source, Sink::mono8_rec601, From, Mono8<Rec601>>(k);
-  add<source, Sink::mono8_rec709, From, Mono8<Rec601>>(k);
-}
-template <Source source, class From>
-constexpr void add_grey8(Kernels& k) {
-  add_grey_luma<source, From>(k);
-  add_grey_colour<source, From>(k);
-}
-template <Source source, class From>
-constexpr void add_grey16(Kernels& k) {
-  add<source, Sink::mono16_rec601, From, Mono16<Rec601>>(k);
-  add<source, Sink::mono16_rec709, From, Mono16<Rec601>>(k);
+template <Source source, class From, bool bgr = true>
+constexpr void add_packed48(Kernels& k) {
+  add<source, Sink::bgr48, From, Packed48<bgr>>(k);
+  add<source, Sink::rgb48, From, Packed48<false>>(k);
 }
 template <Source source, class From>
 constexpr void add_colour(Kernels& k) {
   add_mono8<source, From>(k);
-  add<source, Sink::bgr24, From, Packed24<true>>(k);
-  add<source, Sink::rgb24, From, Packed24<false>>(k);
-  add<source, Sink::bgra32, From, Packed32<true>>(k);
-  add<source, Sink::rgba32, From, Packed32<false>>(k);
-}
-template <Source source, class From>
-constexpr void add_mono16(Kernels& k) {
-  add<source, Sink::mono16_rec601, From, Mono16<Rec601>>(k);
-  add<source, Sink::mono16_rec709, From, Mono16<Rec709>>(k);
-}
-template <Source source, class From>
-constexpr void add_colour48(Kernels& k) {
-  add<source, Sink::bgr48, From, Packed48<true>>(k);
-  add<source, Sink::rgb48, From, Packed48<false>>(k);
+  add_packed<source, From>(k);
 }
 
 // RGB and BGR memory differ by name only, so `other` shares the kernels of `source` with the names
@@ -110,27 +93,28 @@ constexpr void share_swapped(Kernels& k, Source source, Source other) {
 
 constexpr Kernels make_kernels() {
   Kernels k{};
-  add_colour<Source::mosaic8, Mosaic8>(k);
   add_mono8<Source::mosaic8, Mosaic8Pairs>(k);
+  add_packed<Source::mosaic8, Mosaic8>(k);
   add<Source::mosaic8, Sink::uyvy, Mosaic8Pairs, Uyvy>(k);
   add_mono16<Source::mosaic8, Mosaic8Pairs>(k);
 
   add_mono16<Source::mosaic16, Mosaic16>(k);
-  add_colour48<Source::mosaic16, Mosaic16>(k);
+  add_packed48<Source::mosaic16, Mosaic16>(k);
 
-  add_grey_colour<Source::mono8, Mono8Source>(k);
+  add_packed<Source::mono8, Mono8Source, false>(k);
   add<Source::mono8, Sink::uyvy, Mono8Source, Uyvy>(k);
 
-  add_grey8<Source::mono12_packed, Mono12Packed>(k);
-  add_grey16<Source::mono12_packed, Mono12PackedTo16>(k);
+  add_mono8<Source::mono12_packed, Mono12Packed, Rec601>(k);
+  add_packed<Source::mono12_packed, Mono12Packed, false>(k);
+  add_mono16<Source::mono12_packed, Mono12PackedTo16, Rec601>(k);
 
-  add_colour<Source::mono16_tinted, Mono16Tinted>(k);
-  add_grey_luma<Source::mono16_tinted, Mono16High>(k);
+  add_mono8<Source::mono16_tinted, Mono16High, Rec601>(k);
+  add_packed<Source::mono16_tinted, Mono16Tinted>(k);
 
-  add_grey8<Source::mono16, Mono16To8>(k);
-  add_grey16<Source::mono16, Mono16To16>(k);
-  add<Source::mono16, Sink::bgr48, Mono16To16, Packed48<false>>(k);
-  add<Source::mono16, Sink::rgb48, Mono16To16, Packed48<false>>(k);
+  add_mono8<Source::mono16, Mono16To8, Rec601>(k);
+  add_packed<Source::mono16, Mono16To8, false>(k);
+  add_mono16<Source::mono16, Mono16To16, Rec601>(k);
+  add_packed48<Source::mono16, Mono16To16, false>(k);
 
   using Rgb24 = Packed24Source<false>;
   add_mono8<Source::rgb24, Cheaper24<false>::Type>(k);
@@ -160,7 +144,7 @@ constexpr Kernels make_kernels() {
   add<Source::mosaic16_corrected, Sink::uyvy, Mosaic16CorrectedTo8, Uyvy>(k);
   using Mosaic16Corrected = Corrected16<Mosaic16>;
   add_mono16<Source::mosaic16_corrected, Mosaic16Corrected>(k);
-  add_colour48<Source::mosaic16_corrected, Mosaic16Corrected>(k);
+  add_packed48<Source::mosaic16_corrected, Mosaic16Corrected>(k);
   using Bgr24Corrected = Corrected8<Bgr24Samples>;
   add<Source::bgr24_corrected, Sink::bgr24, Bgr24Corrected, Packed24<true>, true>(k);
   using Bgr48Corrected = Corrected16<Bgr48Samples>;

@@ -32,7 +32,6 @@ LUM_INLINE U8 u8(__m256i v) { return reinterpret_cast<U8>(v); }
 LUM_INLINE U16 u16(__m256i v) { return reinterpret_cast<U16>(v); }
 LUM_INLINE I16 i16(__m256i v) { return reinterpret_cast<I16>(v); }
 
-constexpr int kNone = 0x80;  // a shuffle index that gives zero
 LUM_INLINE U8 shuffle(U8 v, const LaneTable& t) {
   return u8(_mm256_shuffle_epi8(m(v), m(load<U8>(t.v))));
 }
@@ -388,30 +387,15 @@ LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
   store(p + 32, u8(_mm256_blend_epi32(q1, q2, 0xF0)));
   store(p + 64, u8(_mm256_blend_epi32(q2, q3, 0xFC)));
 }
-// Three vectors of three-byte elements whose first and third byte change places. Those that lie
-// across the border of two halves come from a second load: a half takes what it can from one that
-// begins at first_from(), and the rest from one at second_from().
-constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
-constexpr int first_from(int half) { return half == 0 ? 0 : 16 * half - 2; }
-constexpr int second_from(int half) { return half == 5 ? 80 : 16 * half + 2; }
-constexpr int within_half(int byte) { return byte >= 0 && byte < 16 ? byte : kNone; }
-template <int k>
-constexpr LaneTable kSwapFirst = lane_table([](int i) {
-  return within_half(swapped_byte(32 * k + i % 32) - first_from(2 * k + i % 32 / 16));
-});
-template <int k>
-constexpr LaneTable kSwapSecond = lane_table([](int i) {
-  const bool first = kSwapFirst<k>.v[i] != kNone;
-  return first ? kNone
-               : within_half(swapped_byte(32 * k + i % 32) - second_from(2 * k + i % 32 / 16));
-});
+// Three-byte elements whose first and third byte change places.
 template <int k>
 LUM_INLINE U8 load_swapped(const uint8_t* p) {
   const auto load_from = [&](int lower, int upper) {
     return upper == lower + 16 ? load<U8>(p + lower) : load_halves(p + lower, p + upper);
   };
-  return shuffle(load_from(first_from(2 * k), first_from(2 * k + 1)), kSwapFirst<k>) |
-         shuffle(load_from(second_from(2 * k), second_from(2 * k + 1)), kSwapSecond<k>);
+  constexpr int kLower = 2 * k, kUpper = 2 * k + 1;
+  return shuffle(load_from(first_from<16>(kLower), first_from<16>(kUpper)), kSwapFirst<16, k>) |
+         shuffle(load_from(second_from<16>(kLower), second_from<16>(kUpper)), kSwapSecond<16, k>);
 }
 LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
   return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};

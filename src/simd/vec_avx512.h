@@ -391,34 +391,18 @@ LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
   store(p + 64, u8(_mm512_mask_blend_epi32(0xFF00, q1, q2)));
   store(p + 128, u8(_mm512_mask_blend_epi32(0xFFF0, q2, q3)));
 }
-// Three vectors of three-byte elements whose first and third byte change places. Those that lie
-// across the border of two vectors come from a second load: a vector takes what it can from one
-// that begins at first_from(), and the rest from one at second_from().
-constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
-constexpr int first_from(int k) { return k == 0 ? 0 : 64 * k - 2; }
-constexpr int second_from(int k) { return k == 2 ? 128 : 64 * k + 2; }
-constexpr bool is_in_first(int k, int i) {
-  const int byte = swapped_byte(64 * k + i) - first_from(k);
-  return byte >= 0 && byte < 64;
-}
-template <int k>
-constexpr LaneTable kSwapFirst = lane_table([](int i) {
-  return swapped_byte(64 * k + i) - first_from(k);
-});
-template <int k>
-constexpr LaneTable kSwapSecond = lane_table([](int i) {
-  return swapped_byte(64 * k + i) - second_from(k);
-});
-constexpr uint64_t not_in_first(int k) {
+// Three-byte elements whose first and third byte change places.
+constexpr uint64_t none_of(const LaneTable& t) {
   uint64_t mask = 0;
-  for (int i = 0; i < 64; ++i) mask |= uint64_t{!is_in_first(k, i)} << i;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{t.v[i] == kNone} << i;
   return mask;
 }
 template <int k>
 LUM_INLINE U8 load_swapped(const uint8_t* p) {
-  return u8(_mm512_mask_permutexvar_epi8(m(permute(load<U8>(p + first_from(k)), kSwapFirst<k>)),
-                                         not_in_first(k), m(load<U8>(kSwapSecond<k>.v)),
-                                         m(load<U8>(p + second_from(k)))));
+  constexpr uint64_t kFromSecond = none_of(kSwapFirst<64, k>);
+  return u8(_mm512_mask_permutexvar_epi8(
+      m(permute(load<U8>(p + first_from<64>(k)), kSwapFirst<64, k>)), kFromSecond,
+      m(load<U8>(kSwapSecond<64, k>.v)), m(load<U8>(p + second_from<64>(k)))));
 }
 LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
   return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};

@@ -30,7 +30,6 @@ LUM_INLINE U8 u8(__m128i v) { return reinterpret_cast<U8>(v); }
 LUM_INLINE U16 u16(__m128i v) { return reinterpret_cast<U16>(v); }
 LUM_INLINE I16 i16(__m128i v) { return reinterpret_cast<I16>(v); }
 
-constexpr int kNone = 0x80;  // a shuffle index that gives zero
 LUM_INLINE U8 shuffle(U8 v, const LaneTable& t) {
   return u8(_mm_shuffle_epi8(m(v), m(load<U8>(t.v))));
 }
@@ -334,26 +333,11 @@ LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
   store(p + 16, u8(_mm_blend_epi16(q1, q2, 0xF0)));
   store(p + 32, u8(_mm_blend_epi16(q2, q3, 0xFC)));
 }
-// Three vectors of three-byte elements whose first and third byte change places. Those that lie
-// across the border of two vectors come from a second load: a vector takes what it can from one
-// that begins at first_from(), and the rest from one at second_from().
-constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
-constexpr int first_from(int k) { return k == 0 ? 0 : 16 * k - 2; }
-constexpr int second_from(int k) { return k == 2 ? 32 : 16 * k + 2; }
-constexpr int within_vector(int byte) { return byte >= 0 && byte < 16 ? byte : kNone; }
-template <int k>
-constexpr LaneTable kSwapFirst = lane_table([](int i) {
-  return within_vector(swapped_byte(16 * k + i % 16) - first_from(k));
-});
-template <int k>
-constexpr LaneTable kSwapSecond = lane_table([](int i) {
-  const bool first = kSwapFirst<k>.v[i] != kNone;
-  return first ? kNone : within_vector(swapped_byte(16 * k + i % 16) - second_from(k));
-});
+// Three-byte elements whose first and third byte change places.
 template <int k>
 LUM_INLINE U8 load_swapped(const uint8_t* p) {
-  return shuffle(load<U8>(p + first_from(k)), kSwapFirst<k>) |
-         shuffle(load<U8>(p + second_from(k)), kSwapSecond<k>);
+  return shuffle(load<U8>(p + first_from<16>(k)), kSwapFirst<16, k>) |
+         shuffle(load<U8>(p + second_from<16>(k)), kSwapSecond<16, k>);
 }
 LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
   return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};

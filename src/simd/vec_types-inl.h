@@ -133,6 +133,37 @@ constexpr LaneTable lane_table(Formula formula) {
   return t;
 }
 
+// Three vectors of three-byte elements whose first and third byte change places, by shuffles within
+// spans of so many bytes. Elements that lie across the border of two spans come from a second load:
+// a span takes what it can from one that begins at first_from(), and the rest, where the first
+// table says kNone, from one at second_from().
+constexpr int kNone = 0x80;  // gives zero as an index of shuffles within 16 bytes
+constexpr int swapped_byte(int i) { return i / 3 * 3 + 2 - i % 3; }
+template <int span>
+constexpr int first_from(int k) {
+  return k == 0 ? 0 : span * k - 2;
+}
+template <int span>
+constexpr int second_from(int k) {
+  return (k + 1) * span == 3 * kLanes ? span * k : span * k + 2;
+}
+template <int span>
+constexpr int within_span(int i) {
+  return i >= 0 && i < span ? i : kNone;
+}
+template <int span, int vector>
+constexpr LaneTable kSwapFirst = lane_table([](int i) {
+  const int byte = kLanes * vector + i % kLanes;
+  return within_span<span>(swapped_byte(byte) - first_from<span>(byte / span));
+});
+template <int span, int vector>
+constexpr LaneTable kSwapSecond = lane_table([](int i) {
+  const int byte = kLanes * vector + i % kLanes;
+  return kSwapFirst<span, vector>.v[i] != kNone
+             ? kNone
+             : within_span<span>(swapped_byte(byte) - second_from<span>(byte / span));
+});
+
 }  // namespace
 }  // namespace LUM_LEVEL
 }  // namespace lum
