@@ -53,8 +53,9 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
   const uint8_t* const end = dst + n * pixel_bytes_;
   if (reinterpret_cast<uintptr_t>(end) % kCacheLine != 0 && n >= 8 * kStreamedGroup) {
     const size_t group = kStreamedGroup * pixel_bytes_;
-    for (size_t line = 0; line < group * 7 / 2; line += kCacheLine) {
-      __builtin_prefetch(end - group * 3 / 2 + line, 1);
+    const size_t before = group * 3 / 2, behind = group * 2;  // about as much as is written so
+    for (size_t line = 0; line < before + behind; line += kCacheLine) {
+      __builtin_prefetch(end - before + line, 1);
     }
   }
   stream_pixels(kernels_, dst, n, pixels, write, stream);

@@ -133,6 +133,20 @@ void compare(const Kernels& kernels, const std::string& level, const Conversion&
   }
 }
 
+// Without its kernel a cell would be written in the ordinary way, and nothing below compare it.
+TEST(Streaming, MemoryBoundCellsHaveKernels) {
+  at_every_level([](const Kernels& kernels, const std::string& level) {
+    for (size_t s = 0; s < kSourceCount; ++s) {
+      for (size_t d = 0; d < kSinkCount; ++d) {
+        const bool expected = kernels.stream != nullptr && kernels.row[s][d] != nullptr &&
+                              is_memory_bound(static_cast<Source>(s), static_cast<Sink>(d));
+        EXPECT_EQ(kernels.streamed[s][d] != nullptr, expected)
+            << kSources[s].name << " to " << kSinks[d].name << ", level " << level;
+      }
+    }
+  });
+}
+
 // Where no line begins with a pixel, the pieces in which rows are streamed have 384 to 6144 pixels.
 TEST(Streaming, FlatRunsHaveTheSameBytes) {
   at_every_level([](const Kernels& kernels, const std::string& level) {

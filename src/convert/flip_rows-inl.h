@@ -184,10 +184,10 @@ template <int size>
 size_t streamed_reverse(uint8_t* dst, const uint8_t* src_end, size_t n) {
   constexpr size_t kBlock = size % 3 == 0 ? 3 * kLanes : kLanes;
   const size_t count = streamed_pixels(n), bytes = n * size;
-  const size_t distance = bytes < 2 * kPrefetchDistance ? bytes : 2 * kPrefetchDistance;
+  const size_t reach = bytes < 2 * kPrefetchDistance ? bytes : 2 * kPrefetchDistance;
   for (size_t x = 0; x < count * size; x += kBlock) {
     // What is read next lies to the left, then at the end of the next row.
-    const size_t ahead = x + distance;
+    const size_t ahead = x + reach;
     for (size_t line = 0; line < kBlock; line += kCacheLine) {
       __builtin_prefetch(src_end - ahead - line + (ahead < bytes ? 0 : 2 * bytes));
     }

@@ -117,10 +117,10 @@ class TileRows {
   // Where rows have several tiles the next one begins elsewhere, and the processor does not foresee
   // it.
   void prefetch_below(const uint8_t* row) const {
-    constexpr size_t kLine = 64;
     const size_t length = plan_.at[(plan_.n - 1) * plan_.stride];
     if (length > src_row_ / 2) return;
-    for (size_t i = 0; i < length; i += kLine) __builtin_prefetch(row + src_row_ + plan_.first + i);
+    for (size_t i = 0; i < length; i += kCacheLine)
+      __builtin_prefetch(row + src_row_ + plan_.first + i);
   }
 
   const DirectKernels& kernels_;

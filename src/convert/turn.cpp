@@ -13,7 +13,6 @@ namespace {
 
 // At this distance rows fall on the same lines of a first-level cache.
 constexpr ptrdiff_t kConflict = 4096;
-constexpr size_t kLine = 64;
 constexpr size_t kMostBlockBytes = 64 * 32 * kMaxPixelBytes;
 constexpr size_t kMostColumns = 64;
 
@@ -43,7 +42,7 @@ class Transposer {
     size_t most_rows, most_columns;
     if (kernels_.staged) {
       most_rows = streamed_ ? 256 / size_ : 192;
-      most_columns = streamed_ ? kMostColumns : kLine / size_;
+      most_columns = streamed_ ? kMostColumns : kCacheLine / size_;
     } else if (streamed_) {
       most_rows = 64;
       most_columns = size_ < 8 ? kMostColumns : 32;

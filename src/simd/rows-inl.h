@@ -198,17 +198,17 @@ size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
 }
 
 inline void stream(uint8_t* dst, const uint8_t* src, size_t bytes) {
-  constexpr size_t kLine = 64;
-  const size_t misaligned = reinterpret_cast<uintptr_t>(dst) % kLine;
-  const size_t head = misaligned == 0 ? 0 : kLine - misaligned;
+  const size_t misaligned = reinterpret_cast<uintptr_t>(dst) % kCacheLine;
+  const size_t head = misaligned == 0 ? 0 : kCacheLine - misaligned;
   if (head >= bytes) {
     memcpy(dst, src, bytes);
     return;
   }
   memcpy(dst, src, head);
   size_t i = head;
-  for (; i + kLine <= bytes; i += kLine) {
-    for (size_t j = 0; j < kLine; j += kLanes) stream_vector(dst + i + j, load<U8>(src + i + j));
+  for (; i + kCacheLine <= bytes; i += kCacheLine) {
+    for (size_t j = 0; j < kCacheLine; j += kLanes)
+      stream_vector(dst + i + j, load<U8>(src + i + j));
   }
   memcpy(dst + i, src + i, bytes - i);
 }

@@ -294,11 +294,12 @@ template <int size, int k>
 LUM_INLINE U8 blend3(U8 c0, U8 c1, U8 c2) {
   return u8(blend_channel<size, k, 2>(blend_channel<size, k, 1>(m(c0), c1), c2));
 }
-template <int size, class To>
-LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
-  c0 = shuffle(c0, kSpread3<size, 0>);
-  c1 = shuffle(c1, kSpread3<size, 1>);
-  c2 = shuffle(c2, kSpread3<size, 2>);
+template <class To, class V>
+LUM_INLINE void store3(To p, V first, V second, V third) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c0 = shuffle(U8(first), kSpread3<size, 0>);
+  const U8 c1 = shuffle(U8(second), kSpread3<size, 1>);
+  const U8 c2 = shuffle(U8(third), kSpread3<size, 2>);
   // Each holds 16 bytes of the memory and, in the upper half, the 16 that lie 48 further.
   const __m256i v0 = m(blend3<size, 0>(c0, c1, c2)), v1 = m(blend3<size, 1>(c0, c1, c2)),
                 v2 = m(blend3<size, 2>(c0, c1, c2));
@@ -310,31 +311,16 @@ template <int size, int k>
 constexpr LaneTable kTriplicate = lane_table([](int i) {
   return (32 * k + i % 32) / size / 3 * size % 16 + i % size;
 });
-template <int size, class To>
-LUM_INLINE void store3_same_bytes(To p, U8 c) {
+template <class To, class V>
+LUM_INLINE void store3_same(To p, V same) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c = U8(same);
   const U8 lower = u8(_mm256_permute2x128_si256(m(c), m(c), 0x00));
   const U8 upper = u8(_mm256_permute2x128_si256(m(c), m(c), 0x11));
   store(p, shuffle(lower, kTriplicate<size, 0>));
   store(p + 32, shuffle(c, kTriplicate<size, 1>));
   store(p + 64, shuffle(upper, kTriplicate<size, 2>));
 }
-template <class To>
-LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
-  store3_bytes<1>(p, c0, c1, c2);
-}
-template <class To>
-LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
-  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U8 c) {
-  store3_same_bytes<1>(p, c);
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U16 c) {
-  store3_same_bytes<2>(p, U8(c));
-}
-
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that nothing need be prefetched:
 constexpr bool kLoadsRunAhead = true;

@@ -318,38 +318,24 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
   return {U16(v.c0), U16(v.c1), U16(v.c2)};
 }
 
-template <int size, class To>
-LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
-  c0 = permute(c0, kSpread3<size, 0>);
-  c1 = permute(c1, kSpread3<size, 1>);
-  c2 = permute(c2, kSpread3<size, 2>);
+template <class To, class V>
+LUM_INLINE void store3(To p, V first, V second, V third) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c0 = permute(U8(first), kSpread3<size, 0>);
+  const U8 c1 = permute(U8(second), kSpread3<size, 1>);
+  const U8 c2 = permute(U8(third), kSpread3<size, 2>);
   store(p, blend3<size, 0>(c0, c1, c2));
   store(p + 64, blend3<size, 1>(c0, c1, c2));
   store(p + 128, blend3<size, 2>(c0, c1, c2));
 }
-template <int size, class To>
-LUM_INLINE void store3_same_bytes(To p, U8 c) {
+template <class To, class V>
+LUM_INLINE void store3_same(To p, V same) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c = U8(same);
   store(p, permute(c, kTriplicate<size, 0>));
   store(p + 64, permute(c, kTriplicate<size, 1>));
   store(p + 128, permute(c, kTriplicate<size, 2>));
 }
-template <class To>
-LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
-  store3_bytes<1>(p, c0, c1, c2);
-}
-template <class To>
-LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
-  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U8 c) {
-  store3_same_bytes<1>(p, c);
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U16 c) {
-  store3_same_bytes<2>(p, U8(c));
-}
-
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that nothing need be prefetched:
 constexpr bool kLoadsRunAhead = false;

@@ -228,7 +228,7 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
 }
 
 template <class V>
-LUM_INLINE void store_interleaved3(uint8_t* p, V c0, V c1, V c2) {
+LUM_INLINE void store3(uint8_t* p, V c0, V c1, V c2) {
   V out[3];
   constexpr int n = static_cast<int>(sizeof(V) / sizeof(c0[0]));
   for (int i = 0; i < 3 * n; ++i)
@@ -242,10 +242,10 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
   return {U16(v.lo), U16(v.hi)};
 }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
-LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) { store_interleaved3(p, c0, c1, c2); }
-LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) { store_interleaved3(p, c0, c1, c2); }
-LUM_INLINE void store3_same(uint8_t* p, U8 c) { store3(p, c, c, c); }
-LUM_INLINE void store3_same(uint8_t* p, U16 c) { store3(p, c, c, c); }
+template <class V>
+LUM_INLINE void store3_same(uint8_t* p, V c) {
+  store3(p, c, c, c);
+}
 
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that nothing need be prefetched:

@@ -260,35 +260,22 @@ LUM_INLINE U8 interleaved3(U8 c0, U8 c1, U8 c2) {
   return shuffle(c0, kInterleave3<size, k, 0>) | shuffle(c1, kInterleave3<size, k, 1>) |
          shuffle(c2, kInterleave3<size, k, 2>);
 }
-template <int size, class To>
-LUM_INLINE void store3_bytes(To p, U8 c0, U8 c1, U8 c2) {
+template <class To, class V>
+LUM_INLINE void store3(To p, V first, V second, V third) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c0 = U8(first), c1 = U8(second), c2 = U8(third);
   store(p, interleaved3<size, 0>(c0, c1, c2));
   store(p + 16, interleaved3<size, 1>(c0, c1, c2));
   store(p + 32, interleaved3<size, 2>(c0, c1, c2));
 }
-template <int size, class To>
-LUM_INLINE void store3_same_bytes(To p, U8 c) {
+template <class To, class V>
+LUM_INLINE void store3_same(To p, V same) {
+  constexpr int size = kElementBytes<V>;
+  const U8 c = U8(same);
   store(p, shuffle(c, kTriplicate<size, 0>));
   store(p + 16, shuffle(c, kTriplicate<size, 1>));
   store(p + 32, shuffle(c, kTriplicate<size, 2>));
 }
-template <class To>
-LUM_INLINE void store3(To p, U8 c0, U8 c1, U8 c2) {
-  store3_bytes<1>(p, c0, c1, c2);
-}
-template <class To>
-LUM_INLINE void store3(To p, U16 c0, U16 c1, U16 c2) {
-  store3_bytes<2>(p, U8(c0), U8(c1), U8(c2));
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U8 c) {
-  store3_same_bytes<1>(p, c);
-}
-template <class To>
-LUM_INLINE void store3_same(To p, U16 c) {
-  store3_same_bytes<2>(p, U8(c));
-}
-
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that nothing need be prefetched:
 constexpr bool kLoadsRunAhead = false;
