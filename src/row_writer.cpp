@@ -28,9 +28,24 @@ RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t sr
       kernel_(kernels.at(source, sink)),
       streamed_(kernels.streamed[static_cast<size_t>(source)][static_cast<size_t>(sink)]),
       source_(source),
-      pixel_bytes_(lum::pixel_bytes(sink)),
+      sink_(kSinks[static_cast<size_t>(sink)]),
       streams_(streamed_ != nullptr &&
-               is_streamed(kernels, src_bytes + pixels * lum::pixel_bytes(sink))) {}
+               is_streamed(kernels, src_bytes + pixels * sink_.pixel_bytes)),
+      small_(src_bytes + pixels * sink_.pixel_bytes <= kPrefetchAbove) {}
+
+void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
+                     RowArgs args) const {
+  if (!streams_) {
+    args.rows = count;
+    if (small_) args.write_ahead = 0;
+    kernel_(dst, a, b, n, args);
+    return;
+  }
+  for (; count > 0; --count, dst += n * sink_.pixel_bytes) {
+    stream(dst, a, b, n, args);
+    (a < b ? a : b) += 2 * row_bytes(source_, n);
+  }
+}
 
 void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                        RowArgs args) const {
@@ -40,7 +55,8 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
   const SourceTraits& traits = kSources[static_cast<size_t>(source_)];
   const bool two_rows = traits.rows == 2;
   const size_t beyond = two_rows ? 2 : 0;
-  const StreamedPixels pixels = {pixel_bytes_, two_rows ? 2 : traits.group_pixels};
+  const StreamedPixels pixels = {
+      sink_.pixel_bytes, std::max({two_rows ? 2u : 1u, traits.group_pixels, sink_.group_pixels})};
   const auto beside = [&](size_t x) { return two_rows ? b + row_bytes(source_, x) : nullptr; };
   const auto write = [&](uint8_t* to, size_t x, size_t count) {
     kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args);
@@ -50,9 +66,9 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
   };
   // What is written in the ordinary way about the end of a row is one wait for memory unless it is
   // fetched before.
-  const uint8_t* const end = dst + n * pixel_bytes_;
+  const uint8_t* const end = dst + n * sink_.pixel_bytes;
   if (reinterpret_cast<uintptr_t>(end) % kCacheLine != 0 && n >= 8 * kStreamedGroup) {
-    const size_t group = kStreamedGroup * pixel_bytes_;
+    const size_t group = kStreamedGroup * sink_.pixel_bytes;
     const size_t before = group * 3 / 2, behind = group * 2;  // about as much as is written so
     for (size_t line = 0; line < before + behind; line += kCacheLine) {
       __builtin_prefetch(end - before + line, 1);

@@ -107,6 +107,8 @@ class RowWriter {
   RowWriter(const RowWriter&) = delete;
   RowWriter& operator=(const RowWriter&) = delete;
 
+  bool streams() const { return streams_; }
+
   // As a row kernel, dst not a.
   void operator()(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                   const RowArgs& args) const {
@@ -116,6 +118,9 @@ class RowWriter {
       kernel_(dst, a, b, n, args);
     }
   }
+  // Rows of a frame, one below the other, from a source of two rows: see RowArgs::rows.
+  void rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
+            RowArgs args) const;
 
  private:
   void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, RowArgs args) const;
@@ -124,8 +129,9 @@ class RowWriter {
   const RowKernel kernel_;
   const StreamedRowKernel streamed_;
   const Source source_;
-  const size_t pixel_bytes_;
+  const SinkTraits& sink_;
   const bool streams_;
+  const bool small_;
 };
 
 }  // namespace lum

@@ -24,21 +24,31 @@ struct Conversion {
       run;
 };
 
+// What the sources that correct colours need to know; the others do not look.
+RowArgs with_matrix() {
+  static constexpr int32_t kMatrix[9] = {1590, -430, -136, -210, 1480, -246, -60, -540, 1624};
+  RowArgs args;
+  args.matrix = kMatrix;
+  args.scale = 10;
+  return args;
+}
+
 std::vector<Conversion> flat_conversions() {
   std::vector<Conversion> list;
   const Kernels& base = *kernels_of(Level::base);
   for (size_t s = 0; s < kSourceCount; ++s) {
     const Source source = static_cast<Source>(s);
-    const bool from_window = source == Source::bilinear || source == Source::mosaic8_binned ||
-                             source == Source::cygm_binned;
+    const bool from_window = source == Source::bilinear || source == Source::paired_chroma ||
+                             source == Source::mosaic8_binned || source == Source::cygm_binned;
     if (from_window || kSources[s].rows != 1) continue;
     for (size_t d = 0; d < kSinkCount; ++d) {
       const Sink sink = static_cast<Sink>(d);
       if (!is_memory_bound(source, sink) || base.at(source, sink) == nullptr) continue;
-      list.push_back(
-          {std::string(kSources[s].name) + " to " + kSinks[d].name, 4, 6,
-           [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
-               uint32_t height) { convert_flat(k, source, sink, dst, src, width * height); }});
+      list.push_back({std::string(kSources[s].name) + " to " + kSinks[d].name, 6, 6,
+                      [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                          uint32_t height) {
+                        convert_flat(k, source, sink, dst, src, width * height, with_matrix());
+                      }});
     }
   }
   list.push_back(
@@ -81,8 +91,14 @@ std::vector<Conversion> frame_conversions() {
     const Source mosaic = f.sink >= Sink::mono16_rec601 ? Source::mosaic16 : Source::mosaic8;
     convert_mosaic_reduced(k, f, reduce_mono16(f.sink, 4, 0), mosaic);
   };
+  const auto corrected = [](const Kernels& k, const MosaicFrame& f) {
+    convert_mosaic8(k, f, Source::mosaic8_corrected, with_matrix());
+  };
   const auto bilinear = [](const Kernels& k, const MosaicFrame& f) {
     convert_demosaic(k, f, DemosaicMode::bilinear);
+  };
+  const auto paired = [](const Kernels& k, const MosaicFrame& f) {
+    convert_demosaic(k, f, DemosaicMode::yuv422);
   };
   const auto cygm_binned = [](const Kernels& k, const MosaicFrame& f) {
     convert_cygm_binned(k, f.sink, f.dst, f.src, f.width, f.height);
@@ -90,9 +106,11 @@ std::vector<Conversion> frame_conversions() {
   add_mosaic("mosaic", {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}, as_it_is);
   add_mosaic("mosaic of packed words", {Sink::rgb24, Sink::mono16_rec709}, packed);
   add_mosaic("mosaic of words", {Sink::bgr24, Sink::bgr48, Sink::mono16_rec601}, words);
+  add_mosaic("mosaic by a matrix", {Sink::bgr24, Sink::mono8_rec601}, corrected);
   add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, bilinear);
-  add_mosaic("binned", {Sink::bgr24, Sink::rgb24}, convert_mosaic_binned);
-  add_mosaic("binned complementary", {Sink::bgr24, Sink::rgb24}, cygm_binned);
+  add_mosaic("paired chroma", {Sink::bgr24, Sink::rgb24}, paired);
+  add_mosaic("binned", {Sink::bgr24, Sink::mono8_rec709}, convert_mosaic_binned);
+  add_mosaic("binned complementary", {Sink::bgr24, Sink::mono8_rec709}, cygm_binned);
   list.push_back({"upside down", 3, 3,
                   [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
                      uint32_t height) { flip(k, dst, src, width, height, 3, kUpsideDown); }});

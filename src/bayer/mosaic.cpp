@@ -3,6 +3,8 @@
 
 #include <string.h>
 
+#include <algorithm>
+
 #include "row_writer.h"
 
 namespace lum {
@@ -22,17 +24,28 @@ bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1)
 // stack, whatever the width.
 constexpr uint32_t kStrip = 4096;
 
-// A frame that fits a strip is reduced in one go: the calls are what a small one takes.
-void convert_small_reduced(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
-                           RowKernel kernel, const RowArgs& args) {
-  alignas(64) uint8_t reduced[kStrip * sizeof(uint16_t)];
-  reduce(reduced, f.src, nullptr, size_t{f.width} * f.height, reduction.args);
+// Rows of an even width are whole groups, so that as many as fit the stack are reduced in one go
+// and converted in one go.
+void convert_in_bands(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
+                      const RowWriter& write, const RowArgs& args) {
+  alignas(64) uint8_t band[2 * kStrip * sizeof(uint16_t)];
   const size_t row = f.width * pixel_bytes(reduction.sink), dst_row = f.width * pixel_bytes(f.sink);
-  const uint8_t* upper = reduced;
+  const size_t src_row = row_bytes(reduction.source, f.width);
+  const uint32_t fitting = static_cast<uint32_t>(sizeof band / row);
+  const uint8_t* src = f.src;
   uint8_t* dst = f.dst;
-  for (uint32_t y = 0; y + 1 < f.height; ++y, upper += row, dst += dst_row) {
+  uint32_t kept = 0;  // rows of the band that are there already: 1 after the first
+  for (uint32_t y = 0; y + 1 < f.height;) {
+    const uint32_t rows = std::min(fitting, f.height - y);
+    reduce(band + kept * row, src, nullptr, size_t{f.width} * (rows - kept), reduction.args);
+    src += src_row * (rows - kept);
     const bool red_above = red_in_row(f, y);
-    kernel(dst, red_above ? upper : upper + row, red_above ? upper + row : upper, f.width, args);
+    write.rows(dst, red_above ? band : band + row, red_above ? band + row : band, f.width, rows - 1,
+               args);
+    memcpy(band, band + (rows - 1) * row, row);
+    kept = 1;
+    dst += (rows - 1) * dst_row;
+    y += rows - 1;
   }
   copy_last_row(f);
 }
@@ -51,31 +64,23 @@ void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, mosaic, f.sink, pixels, pixels);
   args.column = f.red.column;
-  const size_t row_bytes = f.width * pixel_bytes(f.sink);
-  const uint8_t* upper = f.src;
-  uint8_t* dst = f.dst;
-  for (uint32_t y = 0; y + 1 < f.height; ++y) {
-    const uint8_t* const lower = upper + f.width;
-    const bool red_above = red_in_row(f, y);
-    write(dst, red_above ? upper : lower, red_above ? lower : upper, f.width, args);
-    dst += row_bytes;
-    upper = lower;
-  }
+  const uint8_t* const second = f.src + f.width;
+  const bool red_above = red_in_row(f, 0);
+  write.rows(f.dst, red_above ? f.src : second, red_above ? second : f.src, f.width, f.height - 1,
+             args);
   copy_last_row(f);
 }
 
 void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
                             const Reduction& reduction, Source mosaic, RowArgs args) {
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
-  const RowKernel kernel = kernels.at(mosaic, f.sink);
   args.column = f.red.column;
-  // Of an even width rows are whole groups, so that they can be taken as one.
-  if (size_t{f.width} * f.height <= kStrip && f.width % 2 == 0) {
-    return convert_small_reduced(f, reduce, reduction, kernel, args);
-  }
   const size_t src_row = row_bytes(reduction.source, f.width);
   const size_t dst_row = f.width * pixel_bytes(f.sink);
   const RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
+  if (!write.streams() && f.width <= kStrip && f.width % 2 == 0) {
+    return convert_in_bands(f, reduce, reduction, write, args);
+  }
   // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
   // own values come with the next strip.
   constexpr uint32_t kBeyond = 2;

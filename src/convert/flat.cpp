@@ -12,16 +12,22 @@ void copy_block(uint8_t* dst, const uint8_t* src, size_t bytes) {
 }
 
 void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst,
-                  const uint8_t* src, uint32_t count, const RowArgs& args) {
+                  const uint8_t* src, uint32_t count, const RowArgs& given) {
   if (count == 0) return;
+  RowArgs args = given;
+  const size_t read = row_bytes(source, count);
+  if (read + count * pixel_bytes(sink) <= kPrefetchAbove) {
+    args.write_ahead = 0;
+    if (read <= size_t{count} * 2) args.ahead_of_a = 0;  // three bytes and more come too slowly
+  }
   const RowKernel kernel = kernels.at(source, sink);
   if (kernel != nullptr && dst == src) {
     kernel(dst, src, nullptr, count, args);
   } else if (kernel != nullptr) {
-    const RowWriter write(kernels, source, sink, row_bytes(source, count), count);
+    const RowWriter write(kernels, source, sink, read, count);
     write(dst, src, nullptr, count, args);
   } else {
-    copy_block(dst, src, row_bytes(source, count));
+    copy_block(dst, src, read);
   }
 }
 

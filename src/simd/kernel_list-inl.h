@@ -37,6 +37,12 @@ template <>
 constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
 template <bool bgr>
 constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
+template <>
+constexpr bool kTakesTwo<Mosaic8> = true;
+template <>
+constexpr bool kTakesTwo<Mosaic8Pairs> = true;
+template <>
+constexpr bool kTakesTwo<Mosaic16> = true;
 
 template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {

@@ -60,41 +60,45 @@ enum class Sink : unsigned {
 };
 constexpr size_t kSinkCount = 11;
 
+// What the conversion of a large frame waits for: the memory; the memory where much is written, in
+// pixels of three bytes and more; its arithmetic.
+enum class Bound : unsigned char { memory, writing, arithmetic };
+
 struct SourceTraits {
   const char* name;
   unsigned group_pixels;  // n is a multiple of this ...
   unsigned group_bytes;   // ... and each row of n pixels has n / group_pixels * group_bytes bytes
   unsigned rows;          // 1: only a is read; 2: a and b
   unsigned min_pixels;    // least n
-  bool memory_bound;      // so little arithmetic that a large frame waits for memory
+  Bound bound;            // what a large frame waits for
 };
 constexpr SourceTraits kSources[kSourceCount] = {
-    {"mosaic8", 1, 1, 2, 2, true},
-    {"mosaic16", 1, 2, 2, 2, true},
-    {"mono8", 1, 1, 1, 1, true},
-    {"mono12_packed", 2, 3, 1, 2, true},
-    {"mono16_tinted", 1, 2, 1, 1, true},
-    {"mono16", 1, 2, 1, 1, true},
-    {"rgb24", 1, 3, 1, 1, true},
-    {"bgr24", 1, 3, 1, 1, true},
-    {"rgba32", 1, 4, 1, 1, true},
-    {"bgra32", 1, 4, 1, 1, true},
-    {"cygm", 1, 1, 2, 2, false},
-    {"mosaic8_corrected", 1, 1, 2, 2, false},
-    {"mosaic8_wrapped", 1, 1, 2, 2, false},
-    {"mosaic16_corrected", 1, 2, 2, 2, false},
-    {"yuv411", 4, 6, 1, 4, false},
-    {"yuv422", 2, 4, 1, 2, false},
-    {"yuv444", 1, 3, 1, 1, false},
-    {"planes8", 1, 1, 1, 1, false},
-    {"bilinear", 2, 2, 1, 2, true},
-    {"paired_chroma", 2, 2, 1, 2, false},
-    {"bgr24_corrected", 1, 3, 1, 1, false},
-    {"bgr48_corrected", 1, 6, 1, 1, false},
-    {"mosaic8_binned", 1, 2, 1, 1, true},
-    {"cygm_3x3", 2, 2, 1, 2, false},
-    {"cygm_3x3_luma", 2, 2, 1, 2, false},
-    {"cygm_binned", 1, 2, 1, 1, true},
+    {"mosaic8", 1, 1, 2, 2, Bound::memory},
+    {"mosaic16", 1, 2, 2, 2, Bound::memory},
+    {"mono8", 1, 1, 1, 1, Bound::memory},
+    {"mono12_packed", 2, 3, 1, 2, Bound::memory},
+    {"mono16_tinted", 1, 2, 1, 1, Bound::memory},
+    {"mono16", 1, 2, 1, 1, Bound::memory},
+    {"rgb24", 1, 3, 1, 1, Bound::memory},
+    {"bgr24", 1, 3, 1, 1, Bound::memory},
+    {"rgba32", 1, 4, 1, 1, Bound::memory},
+    {"bgra32", 1, 4, 1, 1, Bound::memory},
+    {"cygm", 1, 1, 2, 2, Bound::arithmetic},
+    {"mosaic8_corrected", 1, 1, 2, 2, Bound::writing},
+    {"mosaic8_wrapped", 1, 1, 2, 2, Bound::arithmetic},
+    {"mosaic16_corrected", 1, 2, 2, 2, Bound::arithmetic},
+    {"yuv411", 4, 6, 1, 4, Bound::memory},
+    {"yuv422", 2, 4, 1, 2, Bound::memory},
+    {"yuv444", 1, 3, 1, 1, Bound::memory},
+    {"planes8", 1, 1, 1, 1, Bound::arithmetic},
+    {"bilinear", 2, 2, 1, 2, Bound::writing},
+    {"paired_chroma", 2, 2, 1, 2, Bound::writing},
+    {"bgr24_corrected", 1, 3, 1, 1, Bound::writing},
+    {"bgr48_corrected", 1, 6, 1, 1, Bound::writing},
+    {"mosaic8_binned", 1, 2, 1, 1, Bound::memory},
+    {"cygm_3x3", 2, 2, 1, 2, Bound::arithmetic},
+    {"cygm_3x3_luma", 2, 2, 1, 2, Bound::arithmetic},
+    {"cygm_binned", 1, 2, 1, 1, Bound::memory},
 };
 
 struct SinkTraits {
@@ -116,19 +120,24 @@ constexpr size_t row_bytes(Source source, size_t n) {
 }
 
 // Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
-// fourth byte stays as it is leaves no line to be written as a whole, and one of a single byte is
-// little to write. UYVY takes arithmetic unless bytes are only moved.
+// fourth byte stays as it is leaves no line to be written as a whole. UYVY takes arithmetic unless
+// bytes are only moved.
 constexpr bool is_memory_bound(Source source, Sink sink) {
-  if (sink == Sink::uyvy) return source == Source::mono8 || source == Source::yuv411;
+  if (sink == Sink::uyvy) {
+    return source == Source::mono8 || source == Source::yuv411 || source == Source::yuv444;
+  }
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
-  const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;
-  return kSources[static_cast<size_t>(source)].memory_bound && !keeps_bytes &&
-         pixel_bytes(sink) > 1;
+  if ((sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha) return false;
+  const Bound bound = kSources[static_cast<size_t>(source)].bound;
+  return bound == Bound::memory || (bound == Bound::writing && pixel_bytes(sink) > 2);
 }
 
 // In bytes. Far enough ahead to cover the latency of memory, near enough to stay in the first-level
 // cache.
 constexpr ptrdiff_t kPrefetchDistance = 2048;
+// What reads and writes no more bytes is in the second-level cache or comes from the next by
+// itself: there prefetching only takes room from what is waited for.
+constexpr size_t kPrefetchAbove = 2 << 20;
 
 // Bytes from one address to another, of whichever objects.
 inline ptrdiff_t distance(const uint8_t* from, const uint8_t* to) {
@@ -164,6 +173,9 @@ struct RowArgs {
   // columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
+  // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
+  // a and b are by turns.
+  size_t rows = 1;
   // From what a kernel reads to what it prefetches to be read next; for rows that the library made,
   // part of what the next ones are made of.
   ptrdiff_t ahead_of_a = kPrefetchDistance, ahead_of_b = kPrefetchDistance;
@@ -172,9 +184,9 @@ struct RowArgs {
 };
 
 // Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two),
-// writes exactly n pixels of dst; no pointer needs an alignment. In the two-row sources the last
-// pixel has the value of the one before it. dst may equal a only for rgb24 -> bgr24, bgr24 -> rgb24
-// and the corrected B, G, R sources.
+// writes exactly n pixels of dst, or so of each of RowArgs::rows; no pointer needs an alignment. In
+// the two-row sources the last pixel has the value of the one before it. dst may equal a only for
+// rgb24 -> bgr24, bgr24 -> rgb24 and the corrected B, G, R sources.
 using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                            const RowArgs& args);
 

@@ -81,9 +81,11 @@ LUM_INLINE I8 red_blue_weights(const BlockPairs::Half& p, int red, int blue) {
 }
 LUM_INLINE I8 red_blue_weights_in_register(const BlockPairs::Half& p, int red, int blue) {
   const U8 red_first = splat_pair(red, blue), blue_first = splat_pair(blue, red);
-  return I8(red_first ^ ((red_first ^ blue_first) & p.blue_first_mask));
+  return I8(in_register(red_first ^ ((red_first ^ blue_first) & p.blue_first_mask)));
 }
-LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) { return madd(p.greens, I8(splat8(1))); }
+LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) {
+  return madd(p.greens, I8(in_register(splat8(1))));
+}
 
 // The same from samples as they lie in a mosaic: no shuffle is needed, as even and odd pixels end
 // up in the lower and the upper byte of a lane. G is half the sum of the greens, rounded down, so
@@ -91,10 +93,11 @@ LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) { return madd(p.greens, 
 template <class Luma>
 LUM_INLINE U16 luma_times_256(const BlockPairs::Half& p) {
   static_assert(Luma::kGreen % 2 == 0, "half the weight of green");
-  const U16 green = (U16(sum_of_greens(p)) & 0xFFFE) * multiplier(Luma::kGreen / 2);
+  const U16 green =
+      (U16(sum_of_greens(p)) & in_register(splat16(0xFFFE))) * multiplier(Luma::kGreen / 2);
   const U16 sum =
       U16(madd(p.red_blue, red_blue_weights_in_register(p, Luma::kRed, Luma::kBlue))) + green;
-  return Luma::kRound == 0 ? sum : sum + static_cast<uint16_t>(Luma::kRound);
+  return Luma::kRound == 0 ? sum : sum + in_register(splat16(Luma::kRound));
 }
 template <class Luma>
 LUM_INLINE U8 luma(const BlockPairs& p) {
@@ -179,27 +182,29 @@ LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
 }
 
 // From samples as they lie in a mosaic: the lanes of even and odd pixels are the pairs.
-struct YuvWordsOfHalf {
+struct YuvOfHalf {
   U16 y_times_256;
-  I16 u, v;
+  U8 uv;  // U and V, signed, one of each a lane
 };
-LUM_INLINE YuvWordsOfHalf to_yuv(const BlockPairs::Half& p) {
+LUM_INLINE YuvOfHalf to_yuv(const BlockPairs::Half& p) {
   const U16 g = U16(sum_of_greens(p)) >> 1;
-  constexpr int kBeside = 64;
   const U8 green_beside = U8(g | static_cast<uint16_t>(kBeside << 8));
   const U16 y = U16(madd(p.red_blue, red_blue_weights(p, 66, 25))) + g * multiplier(129) +
                 static_cast<uint16_t>(128 + 16 * 256);
   static_assert(2 * kBeside == 128, "rounding of U and V");
-  const I16 u =
-      madd(p.red_blue, red_blue_weights(p, -38, 112)) + madd(green_beside, I8(splat_pair(-74, 2)));
-  const I16 v =
-      madd(p.red_blue, red_blue_weights(p, 112, -18)) + madd(green_beside, I8(splat_pair(-94, 2)));
-  return {y, u >> 8, v >> 8};
+  const I16 u = madd(p.red_blue, red_blue_weights(p, StudioU::kRed, StudioU::kBlue)) +
+                madd(green_beside, I8(splat_pair(StudioU::kGreen, 2)));
+  const I16 v = madd(p.red_blue, red_blue_weights(p, StudioV::kRed, StudioV::kBlue)) +
+                madd(green_beside, I8(splat_pair(StudioV::kGreen, 2)));
+  return {y, upper_bytes(U16(u), U16(v))};
 }
+// (a + b) >> 1 of signed bytes, plus 128. Averages round up, those of complements down; that of a
+// byte plus 128 is the byte ^ 0x7F.
+LUM_INLINE U8 signed_avg_down_plus_128(U8 a, U8 b) { return ~avg_up(a ^ 0x7F, b ^ 0x7F); }
 LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {
-  const YuvWordsOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
-  const U16 u = U16(((even.u + odd.u) >> 1) + 128), v = U16(((even.v + odd.v) >> 1) + 128);
-  return {upper_bytes(even.y_times_256, odd.y_times_256), U8(u | v << 8)};
+  const YuvOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
+  return {upper_bytes(even.y_times_256, odd.y_times_256),
+          signed_avg_down_plus_128(even.uv, odd.uv)};
 }
 
 }  // namespace

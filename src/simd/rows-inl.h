@@ -118,51 +118,129 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
 template <class Source>
 constexpr bool kPrefetchesKept = true;
 
+// What is left of a row of n pixels, kLanes or more, when the blocks of the first x are done.
 // in_place: dst may be a, so that no pixel may be converted twice.
-template <class Source, class Sink, bool in_place = false>
-void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
-  if (n < kLanes) {
-    if (n > 0) convert_few<Source, Sink>(args, dst, a, b, n);
-    return;
-  }
-  const Source source(args);
-  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
-  const ptrdiff_t write_ahead = args.write_ahead;
-  constexpr size_t kIn = source_bytes<Source>(kLanes);
-  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  constexpr size_t kAhead = Source::kEdge ? 1 : 0;
-  constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
-  size_t x = 0;
-  for (; x + kLanes + kAhead <= n; x += kLanes) {
-    for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(a + line, ahead_of_a);
-      if (Source::kRows == 2) prefetch_read(b + line, ahead_of_b);
-    }
-    for (size_t line = 0; line < kOut && kPrefetches; line += 64) {
-      prefetch_write(dst + line, write_ahead);
-    }
-    Sink::store_block(dst, source.block(a, b));
-    a += kIn;
-    if (Source::kRows == 2) b += kIn;
-    dst += kOut;
-  }
+template <class Source, class Sink, bool in_place>
+LUM_INLINE void rest_of_row(const Source& source, uint8_t* dst, const uint8_t* a, const uint8_t* b,
+                            size_t x, size_t n, const RowArgs& args) {
   const size_t rest = n - x;
   if (rest == 0) return;
   // An odd row of a mosaic cannot go back to where its last kLanes pixels begin: that is a column
   // of the other colour. Two pixels back are enough for the edge rule.
   const bool odd = Source::kEdge && n % 2 != 0;
-  if (in_place || odd) {
-    const size_t back = odd && rest == 1 ? 2 : 0;
-    a -= source_bytes<Source>(back);
-    b -= Source::kRows == 2 ? source_bytes<Source>(back) : 0;
-    convert_few<Source, Sink>(args, dst - back * Sink::kPixelBytes, a, b, rest + back);
+  const bool few = in_place || odd;
+  const size_t begin = few ? x - (odd && rest == 1 ? 2 : 0) : n - kLanes;
+  dst += begin * Sink::kPixelBytes;
+  a += source_bytes<Source>(begin);
+  if (Source::kRows == 2) b += source_bytes<Source>(begin);
+  if (few) {
+    convert_few<Source, Sink>(args, dst, a, b, n - begin);
+  } else {
+    convert_last<Source, Sink>(source, dst, a, b);  // some of the pixels for the second time
+  }
+}
+
+// The pixels that are whole blocks of a row with something behind them, if the source needs that.
+template <class Source>
+constexpr size_t whole_blocks(size_t n) {
+  return (n - (Source::kEdge ? 1 : 0)) / kLanes * kLanes;
+}
+
+template <class Source, class Sink, bool in_place>
+LUM_INLINE void one_row(const Source& source, uint8_t* dst, const uint8_t* a, const uint8_t* b,
+                        size_t n, const RowArgs& args) {
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
+  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
+  const ptrdiff_t write_ahead = args.write_ahead;
+  // One pointer walks for both rows: few instructions are what counts in a short loop.
+  const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
+  const size_t x = whole_blocks<Source>(n);
+  const uint8_t* const end = a + source_bytes<Source>(x);
+  uint8_t* to = dst;
+  for (const uint8_t* from = a; from != end; from += kIn, to += kOut) {
+    const uint8_t* const second = Source::kRows == 2 ? from + beside : nullptr;
+    for (size_t line = 0; line < kIn; line += 64) {
+      prefetch_read(from + line, ahead_of_a);
+      if (Source::kRows == 2) prefetch_read(second + line, ahead_of_b);
+    }
+    if (kPrefetches && write_ahead != 0) {
+      for (size_t line = 0; line < kOut; line += 64) prefetch_write(to + line, write_ahead);
+    }
+    Sink::store_block(to, source.block(from, second));
+  }
+  rest_of_row<Source, Sink, in_place>(source, dst, a, b, x, n, args);
+}
+
+// Whether two rows of a frame are taken together, as what the middle one of three source rows is
+// loaded and sorted for serves both.
+template <class Source>
+constexpr bool kTakesTwo = false;
+
+// From rows that lie one below the other; a_above: a is the upper one of the first row's two.
+template <class Source, class Sink, bool a_above>
+LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* upper, size_t n,
+                         const RowArgs& args) {
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
+  const ptrdiff_t write_ahead = args.write_ahead;
+  const size_t x = whole_blocks<Source>(n);
+  const uint8_t* const end = upper + source_bytes<Source>(x);
+  uint8_t* to = dst;
+  for (const uint8_t* from = upper; from != end; from += kIn, to += kOut) {
+    const uint8_t* const middle = from + in_row;
+    const uint8_t* const lower = middle + in_row;
+    for (size_t line = 0; line < kIn; line += 64) {
+      prefetch_read(middle + line);
+      prefetch_read(lower + line);
+    }
+    if (write_ahead != 0) {
+      for (size_t line = 0; line < kOut; line += 64) {
+        prefetch_write(to + line, write_ahead);
+        prefetch_write(to + out_row + line, write_ahead);
+      }
+    }
+    const auto first = a_above ? source.block(from, middle) : source.block(middle, from);
+    const auto second = a_above ? source.block(lower, middle) : source.block(middle, lower);
+    Sink::store_block(to, first);
+    Sink::store_block(to + out_row, second);
+  }
+  const uint8_t* const middle = upper + in_row;
+  const uint8_t* const lower = middle + in_row;
+  rest_of_row<Source, Sink, false>(source, dst, a_above ? upper : middle, a_above ? middle : upper,
+                                   x, n, args);
+  rest_of_row<Source, Sink, false>(source, dst + out_row, a_above ? lower : middle,
+                                   a_above ? middle : lower, x, n, args);
+}
+
+// in_place: dst may be a.
+template <class Source, class Sink, bool in_place = false>
+void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
+  const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
+  size_t rows = Source::kRows == 2 ? args.rows : 1;
+  if (n < kLanes) {
+    for (; n > 0 && rows > 0; --rows, dst += out_row) {
+      convert_few<Source, Sink>(args, dst, a, b, n);
+      (a < b ? a : b) += 2 * in_row;
+    }
     return;
   }
-  // The last kLanes pixels, some of them for the second time.
-  const size_t back = kLanes - rest;
-  a -= source_bytes<Source>(back);
-  if (Source::kRows == 2) b -= source_bytes<Source>(back);
-  convert_last<Source, Sink>(source, dst - back * Sink::kPixelBytes, a, b);
+  const Source source(args);
+  if constexpr (kTakesTwo<Source>) {
+    for (; rows >= 2; rows -= 2, dst += 2 * out_row, a += 2 * in_row, b += 2 * in_row) {
+      if (a < b) {
+        two_rows<Source, Sink, true>(source, dst, a, n, args);
+      } else {
+        two_rows<Source, Sink, false>(source, dst, b, n, args);
+      }
+    }
+  }
+  for (; rows > 0; --rows, dst += out_row) {
+    one_row<Source, Sink, in_place>(source, dst, a, b, n, args);
+    (a < b ? a : b) += 2 * in_row;
+  }
 }
 
 // How many of n pixels are streamed: whole lines, and either all pixels or so few that the others

@@ -11,11 +11,12 @@ template <class Luma>
 struct Mono8 {
   static constexpr int kPixelBytes = 1;
   static constexpr bool kKeeps = false;
-  static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store(p, v.y); }
-  static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) { store(p, luma<Luma>(v)); }
-  static LUM_INLINE void store_block(uint8_t* p, const BlockPairs& v) { store(p, luma<Luma>(v)); }
-  template <bool bgr, bool alpha>
-  static LUM_INLINE void store_block(uint8_t* p, const Pixels4<bgr, alpha>& v) {
+  template <class To>
+  static LUM_INLINE void store_block(To p, const Gray8& v) {
+    store(p, v.y);
+  }
+  template <class To, class Colours>
+  static LUM_INLINE void store_block(To p, const Colours& v) {
     store(p, luma<Luma>(v));
   }
 };
