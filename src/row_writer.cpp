@@ -34,7 +34,7 @@ RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t sr
       small_(src_bytes + pixels * sink_.pixel_bytes <= kPrefetchAbove) {}
 
 void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
-                     RowArgs args) const {
+                     RowArgs& args) const {
   if (!streams_) {
     args.rows = count;
     if (small_) args.write_ahead = 0;

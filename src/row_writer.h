@@ -118,9 +118,10 @@ class RowWriter {
       kernel_(dst, a, b, n, args);
     }
   }
-  // Rows of a frame, one below the other, from a source of two rows: see RowArgs::rows.
+  // Rows of a frame, one below the other, from a source of two rows: see RowArgs::rows, which it
+  // sets, as it does write_ahead.
   void rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
-            RowArgs args) const;
+            RowArgs& args) const;
 
  private:
   void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, RowArgs args) const;

@@ -24,14 +24,21 @@ bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1)
 // stack, whatever the width.
 constexpr uint32_t kStrip = 4096;
 
-// Rows of an even width are whole groups, so that as many as fit the stack are reduced in one go
-// and converted in one go.
+// Rows of an even width are whole groups, so that a band of them is reduced in one go and converted
+// in one go. So many bytes, and what is made of them, stay in the first-level cache: stores that
+// wait for the next one do not hold up what the next band reads.
+constexpr size_t kBand = 6400;
+constexpr uint32_t kFewestRows = 3;  // of which two are made together
+constexpr size_t kWidestOfBand = kBand / kFewestRows;
+
 void convert_in_bands(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
-                      const RowWriter& write, const RowArgs& args) {
-  alignas(64) uint8_t band[2 * kStrip * sizeof(uint16_t)];
+                      const RowWriter& write, RowArgs& args) {
+  alignas(64) uint8_t band[kBand];
   const size_t row = f.width * pixel_bytes(reduction.sink), dst_row = f.width * pixel_bytes(f.sink);
   const size_t src_row = row_bytes(reduction.source, f.width);
-  const uint32_t fitting = static_cast<uint32_t>(sizeof band / row);
+  const uint32_t fitting = row * f.height <= kBand
+                               ? f.height
+                               : static_cast<uint32_t>((kBand / row - 1) & ~size_t{1}) + 1;
   const uint8_t* src = f.src;
   uint8_t* dst = f.dst;
   uint32_t kept = 0;  // rows of the band that are there already: 1 after the first
@@ -39,6 +46,7 @@ void convert_in_bands(const MosaicFrame& f, RowKernel reduce, const Reduction& r
     const uint32_t rows = std::min(fitting, f.height - y);
     reduce(band + kept * row, src, nullptr, size_t{f.width} * (rows - kept), reduction.args);
     src += src_row * (rows - kept);
+    args.ahead_of_a = args.ahead_of_b = distance(band + row, src);  // what the next band is made of
     const bool red_above = red_in_row(f, y);
     write.rows(dst, red_above ? band : band + row, red_above ? band + row : band, f.width, rows - 1,
                args);
@@ -78,7 +86,8 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   const size_t src_row = row_bytes(reduction.source, f.width);
   const size_t dst_row = f.width * pixel_bytes(f.sink);
   const RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
-  if (!write.streams() && f.width <= kStrip && f.width % 2 == 0) {
+  if (!write.streams() && f.width % 2 == 0 &&
+      f.width * pixel_bytes(reduction.sink) <= kWidestOfBand) {
     return convert_in_bands(f, reduce, reduction, write, args);
   }
   // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their

@@ -185,7 +185,7 @@ LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* uppe
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
-  const ptrdiff_t write_ahead = args.write_ahead;
+  const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
   const size_t x = whole_blocks<Source>(n);
   const uint8_t* const end = upper + source_bytes<Source>(x);
   uint8_t* to = dst;
@@ -193,8 +193,8 @@ LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* uppe
     const uint8_t* const middle = from + in_row;
     const uint8_t* const lower = middle + in_row;
     for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(middle + line);
-      prefetch_read(lower + line);
+      prefetch_read(middle + line, ahead_of_a);
+      prefetch_read(lower + line, ahead_of_a);
     }
     if (write_ahead != 0) {
       for (size_t line = 0; line < kOut; line += 64) {
