@@ -28,7 +28,9 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
 // The two demosaics that go from samples to pixels in one step need up to two rows above and below
 // and three samples more on either side.
 void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source source) {
-  constexpr int kReach = 2;
+  // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
+  // the sides of a row, would wait.
+  constexpr int kReach = 2, kAhead = 4;
   using Strip = MirroredStrip<8, 4>;
   Strip rows;
   const size_t pixels = size_t{f.width} * f.height;
@@ -37,10 +39,10 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto fetch = [&](int64_t y) { rows.fetch(y, source_row(f, y), f.width, x, n); };
-    for (int64_t y = -kReach; y < kReach; ++y) fetch(y);
+    for (int64_t y = -kReach; y < kAhead; ++y) fetch(y);
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
-      fetch(y + kReach);
+      fetch(y + kAhead);
       const uint8_t* const here = rows[y];
       RowArgs args;
       args.column = native_column(f, row);
@@ -49,7 +51,7 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
       args.above2 = rows[y - 2] - here;
       args.below2 = rows[y + 2] - here;
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      args.ahead_of_a = distance(here, source_row(f, y + kReach + 1) + x);
+      args.ahead_of_a = distance(here, source_row(f, y + kAhead + 1) + x);
       write(destination(f, x, row), here, nullptr, n, args);
     }
   }

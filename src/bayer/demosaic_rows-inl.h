@@ -50,8 +50,10 @@ struct Bilinear {
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const uint8_t* const up = a + above;
     const uint8_t* const down = a + below;
-    const U8 z = load<U8>(a), left = load<U8>(a - 1), right = load<U8>(a + 1);
-    const U8 n = load<U8>(up), s = load<U8>(down);
+    // In registers, or g++ would load them for each operation: half of these loads cross a line.
+    const U8 z = in_register(load<U8>(a));
+    const U8 left = in_register(load<U8>(a - 1)), right = in_register(load<U8>(a + 1));
+    const U8 n = in_register(load<U8>(up)), s = in_register(load<U8>(down));
     const U8 mean = average4(n, s, choose(native, left, load<U8>(up + across)),
                              choose(native, right, load<U8>(down + across)));
     const U8 mean_of_pair = U8(ordered(U16(mean), exchanged));
