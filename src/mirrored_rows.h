@@ -35,10 +35,10 @@ inline void copy_mirrored(uint8_t* to, const uint8_t* row, int64_t width, int64_
 // N bytes in reverse order.
 template <int N>
 inline void copy_reversed(uint8_t* to, const uint8_t* from) {
-  static_assert(N == 2 || N == 4, "a number of so many bytes");
-  std::conditional_t<N == 2, uint16_t, uint32_t> v;
+  static_assert(N == 2 || N == 4 || N == 8, "a number of so many bytes");
+  std::conditional_t<N == 2, uint16_t, std::conditional_t<N == 4, uint32_t, uint64_t>> v;
   memcpy(&v, from, N);
-  v = N == 2 ? __builtin_bswap16(static_cast<uint16_t>(v)) : __builtin_bswap32(v);
+  v = static_cast<decltype(v)>(__builtin_bswap64(v) >> (64 - 8 * N));
   memcpy(to, &v, N);
 }
 
@@ -47,11 +47,11 @@ inline void copy_reversed(uint8_t* to, const uint8_t* from) {
 void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
 
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
-// on either side.
-template <int kRows, int kBeside>
+// on either side. The byte `aligned` before a row's first one begins a vector.
+template <int kRows, int kBeside, uint32_t columns = 4096, int aligned = 0>
 class MirroredStrip {
  public:
-  static constexpr uint32_t kColumns = 4096;
+  static constexpr uint32_t kColumns = columns;
 
   // Columns x to x + n - 1 of a row and those beside them.
   void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
@@ -69,11 +69,13 @@ class MirroredStrip {
   const uint8_t* operator[](int64_t y) const { return rows_[y & (kRows - 1)] + kBefore; }
 
  private:
-  static constexpr int kBefore = 64;  // keeps the rows aligned
+  static constexpr int kBefore = 64 + aligned;
 
   uint8_t* at(int64_t y) { return rows_[y & (kRows - 1)] + kBefore; }
 
-  alignas(64) uint8_t rows_[kRows][kBefore + kColumns + 2 * kPaddedBytes] = {};
+  static constexpr size_t kRowBytes = (kBefore + kColumns + 2 * kPaddedBytes + 63) / 64 * 64;
+
+  alignas(64) uint8_t rows_[kRows][kRowBytes] = {};
 };
 
 }  // namespace lum
