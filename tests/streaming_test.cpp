@@ -29,7 +29,8 @@ std::vector<Conversion> flat_conversions() {
   const Kernels& base = *kernels_of(Level::base);
   for (size_t s = 0; s < kSourceCount; ++s) {
     const Source source = static_cast<Source>(s);
-    const bool from_window = source == Source::bilinear || source == Source::mosaic8_binned ||
+    const bool from_window = source == Source::bilinear || source == Source::paired_chroma ||
+                             source == Source::planes8 || source == Source::mosaic8_binned ||
                              source == Source::cygm_binned;
     if (from_window || kSources[s].rows != 1) continue;
     for (size_t d = 0; d < kSinkCount; ++d) {
@@ -81,8 +82,8 @@ std::vector<Conversion> frame_conversions() {
     const Source mosaic = f.sink >= Sink::mono16_rec601 ? Source::mosaic16 : Source::mosaic8;
     convert_mosaic_reduced(k, f, reduce_mono16(f.sink, 4, 0), mosaic);
   };
-  const auto bilinear = [](const Kernels& k, const MosaicFrame& f) {
-    convert_demosaic(k, f, DemosaicMode::bilinear);
+  const auto demosaic = [](DemosaicMode mode) {
+    return [mode](const Kernels& k, const MosaicFrame& f) { convert_demosaic(k, f, mode); };
   };
   const auto cygm_binned = [](const Kernels& k, const MosaicFrame& f) {
     convert_cygm_binned(k, f.sink, f.dst, f.src, f.width, f.height);
@@ -90,7 +91,10 @@ std::vector<Conversion> frame_conversions() {
   add_mosaic("mosaic", {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}, as_it_is);
   add_mosaic("mosaic of packed words", {Sink::rgb24, Sink::mono16_rec709}, packed);
   add_mosaic("mosaic of words", {Sink::bgr24, Sink::bgr48, Sink::mono16_rec601}, words);
-  add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, bilinear);
+  add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, demosaic(DemosaicMode::bilinear));
+  add_mosaic("yuv422", {Sink::bgr24}, demosaic(DemosaicMode::yuv422));
+  add_mosaic("lcaa", {Sink::bgr24, Sink::bgra32}, demosaic(DemosaicMode::lcaa));
+  add_mosaic("lcaav", {Sink::rgb24}, demosaic(DemosaicMode::lcaav));
   add_mosaic("binned", {Sink::bgr24, Sink::rgb24}, convert_mosaic_binned);
   add_mosaic("binned complementary", {Sink::bgr24, Sink::rgb24}, cygm_binned);
   list.push_back({"upside down", 3, 3,
@@ -139,7 +143,8 @@ TEST(Streaming, MemoryBoundCellsHaveKernels) {
     for (size_t s = 0; s < kSourceCount; ++s) {
       for (size_t d = 0; d < kSinkCount; ++d) {
         const bool expected = kernels.stream != nullptr && kernels.row[s][d] != nullptr &&
-                              is_memory_bound(static_cast<Source>(s), static_cast<Sink>(d));
+                              is_memory_bound(static_cast<Source>(s), static_cast<Sink>(d),
+                                              2 * kernels.demosaic.step);
         EXPECT_EQ(kernels.streamed[s][d] != nullptr, expected)
             << kSources[s].name << " to " << kSinks[d].name << ", level " << level;
       }

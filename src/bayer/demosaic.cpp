@@ -100,7 +100,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   // samples are fetched: as in convert_in_one_step(), before they are needed.
   const int reach = mode == DemosaicMode::lcaa ? 1 : 3;
   constexpr int kAhead = 5;
-  const RowKernel write = kernels.at(Source::planes8, f.sink);
+  const size_t pixels = size_t{f.width} * f.height;
+  const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
   const size_t words = static_cast<size_t>(tile_words(static_cast<int>(n), k.step));

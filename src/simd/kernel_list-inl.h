@@ -42,7 +42,7 @@ template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {
   constexpr size_t kSource = static_cast<size_t>(source), kSink = static_cast<size_t>(sink);
   k.row[kSource][kSink] = row<From, To, in_place>;
-  if constexpr (kStreams && is_memory_bound(source, sink)) {
+  if constexpr (kStreams && is_memory_bound(source, sink, kLanes)) {
     k.streamed[kSource][kSink] = streamed_row<From, To>;
   }
 }

@@ -86,9 +86,9 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"yuv411", 4, 6, 1, 4, false},
     {"yuv422", 2, 4, 1, 2, false},
     {"yuv444", 1, 3, 1, 1, false},
-    {"planes8", 1, 1, 1, 1, false},
+    {"planes8", 1, 1, 1, 1, true},
     {"bilinear", 2, 2, 1, 2, true},
-    {"paired_chroma", 2, 2, 1, 2, false},
+    {"paired_chroma", 2, 2, 1, 2, true},
     {"bgr24_corrected", 1, 3, 1, 1, false},
     {"bgr48_corrected", 1, 6, 1, 1, false},
     {"mosaic8_binned", 1, 2, 1, 1, true},
@@ -117,8 +117,10 @@ constexpr size_t row_bytes(Source source, size_t n) {
 
 // Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
 // fourth byte stays as it is leaves no line to be written as a whole, and one of a single byte is
-// little to write. UYVY takes arithmetic unless bytes are only moved.
-constexpr bool is_memory_bound(Source source, Sink sink) {
+// little to write. UYVY takes arithmetic unless bytes are only moved. Paired chroma takes so much
+// that only vectors of 64 lanes wait.
+constexpr bool is_memory_bound(Source source, Sink sink, int lanes = 64) {
+  if (source == Source::paired_chroma && lanes < 64) return false;
   if (sink == Sink::uyvy) return source == Source::mono8 || source == Source::yuv411;
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
   const bool keeps_bytes = (sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha;
