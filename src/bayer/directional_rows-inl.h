@@ -164,6 +164,8 @@ struct Halves {
 
   static LUM_INLINE I16 native(const Columns& v) { return native_even ? v.even : v.odd; }
   static LUM_INLINE I16 green(const Columns& v) { return native_even ? v.odd : v.even; }
+  static LUM_INLINE I16 even(I16 native, I16 green) { return native_even ? native : green; }
+  static LUM_INLINE I16 odd(I16 native, I16 green) { return native_even ? green : native; }
   // Limited to bytes.
   static LUM_INLINE U8 bytes(I16 native, I16 green) {
     return native_even ? alternate_sat(native, green) : alternate_sat(green, native);
@@ -252,12 +254,20 @@ LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   return I16(U16(subtract_where_greater(busy, act, u - quarter)) << 13);
 }
 
+struct SharpAndSmooth {
+  Differences sharp, smooth;
+  I16 calm;
+};
+// `share`: of the smooth set.
+LUM_INLINE Differences chosen(I16 share, const SharpAndSmooth& v) {
+  return mixed(share, v.smooth, v.sharp);
+}
 // Native or green pixels: `own` is their half of the rows and `other` that of the pixels beside
 // them. The samples beside are left and right, or the other way round.
 template <bool is_native>
-LUM_INLINE void sharp_and_smooth(const DemosaicTile& t, size_t word, ptrdiff_t own, ptrdiff_t other,
-                                 ptrdiff_t beside, I16 z, I16 z_above, I16 z_below, I16 z_beside,
-                                 I16 z_beyond) {
+LUM_INLINE SharpAndSmooth sharp_and_smooth(const DemosaicTile& t, size_t word, ptrdiff_t own,
+                                           ptrdiff_t other, ptrdiff_t beside, I16 z, I16 z_above,
+                                           I16 z_below, I16 z_beside, I16 z_beyond) {
   const ptrdiff_t x = static_cast<ptrdiff_t>(word);
   const int16_t *const own_qv = t.qv + own, *const other_qv = t.qv + other;
   const I16 w = at(t.e + other, x) + at(t.e + other, x + beside);
@@ -288,37 +298,99 @@ LUM_INLINE void sharp_and_smooth(const DemosaicTile& t, size_t word, ptrdiff_t o
            smooth4(at(other_qv, x - beside), qv_a, qv_b, at(other_qv, x + 2 * beside)));
   const Differences smooth = mixed(w, row, column);
 
-  store(t.work[0] + own + x, sharp.first);
-  store(t.work[1] + own + x, sharp.second);
-  store(t.work[2] + own + x, smooth.first);
-  store(t.work[3] + own + x, smooth.second);
-  store(t.work[4] + own + x, calmness(at(t.act + own, x), smooth));
+  return {sharp, smooth, calmness(at(t.act + own, x), smooth)};
+}
+
+struct Samples {
+  const uint8_t* p;
+  Columns z, above, below;
+};
+LUM_INLINE Samples samples_of(const DemosaicTile& t, size_t x) {
+  return {t.z[3] + 2 * x, load_columns(t.z[3] + 2 * x), load_columns(t.z[2] + 2 * x),
+          load_columns(t.z[4] + 2 * x)};
+}
+template <class Half>
+LUM_INLINE SharpAndSmooth native_of(const DemosaicTile& t, size_t x, const Samples& s) {
+  return sharp_and_smooth<true>(t, x, Half::kNative, Half::kGreen, Half::kBesideNative,
+                                Half::native(s.z), Half::native(s.above), Half::native(s.below),
+                                Half::green(s.z),
+                                Half::green(load_columns(s.p + 2 * Half::kBesideNative)));
+}
+template <class Half>
+LUM_INLINE SharpAndSmooth green_of(const DemosaicTile& t, size_t x, const Samples& s) {
+  return sharp_and_smooth<false>(t, x, Half::kGreen, Half::kNative, Half::kBesideGreen,
+                                 Half::green(s.z), Half::green(s.above), Half::green(s.below),
+                                 Half::native(s.z),
+                                 Half::native(load_columns(s.p + 2 * Half::kBesideGreen)));
+}
+
+// With many registers a vector waits in them for the calmness of the next one, whose first columns
+// are beside its last ones: rows of words more would not fit the first-level cache.
+struct NativeAndGreen {
+  SharpAndSmooth native, green;
+};
+template <class Half>
+LUM_INLINE NativeAndGreen both_of(const DemosaicTile& t, size_t x) {
+  const Samples s = samples_of(t, x);
+  return {native_of<Half>(t, x, s), green_of<Half>(t, x, s)};
+}
+template <class Half>
+LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
+  const auto write = [&](size_t x, I16 odd_before, const NativeAndGreen& v, I16 even_behind) {
+    const I16 even = Half::even(v.native.calm, v.green.calm);
+    const I16 odd = Half::odd(v.native.calm, v.green.calm);
+    const Columns share = {words_before(odd_before, odd) + odd,
+                           even + words_behind(even, even_behind)};
+    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), chosen(Half::native(share), v.native),
+                       chosen(Half::green(share), v.green));
+  };
+  I16 odd_before = {};
+  NativeAndGreen here = both_of<Half>(t, 0);
+  size_t x = kLanes / 2;
+  for (; x < t.words; x += kLanes / 2) {
+    const NativeAndGreen next = both_of<Half>(t, x);
+    write(x - kLanes / 2, odd_before, here, Half::even(next.native.calm, next.green.calm));
+    odd_before = Half::odd(here.native.calm, here.green.calm);
+    here = next;
+  }
+  write(x - kLanes / 2, odd_before, here, I16{});
+}
+
+template <class Half>
+LUM_INLINE void lcaav_in_two_passes(const DemosaicTile& t) {
+  const auto keep = [&t](ptrdiff_t x, const SharpAndSmooth& v) {
+    store(t.work[0] + x, v.sharp.first);
+    store(t.work[1] + x, v.sharp.second);
+    store(t.work[2] + x, v.smooth.first);
+    store(t.work[3] + x, v.smooth.second);
+    store(t.work[4] + x, v.calm);
+  };
+  for (size_t word = 0; word < t.words; word += kLanes / 2) {
+    const ptrdiff_t x = static_cast<ptrdiff_t>(word);
+    const Samples s = samples_of(t, word);
+    keep(x + Half::kNative, native_of<Half>(t, word, s));
+    keep(x + Half::kGreen, green_of<Half>(t, word, s));
+  }
+  for (size_t word = 0; word < t.words; word += kLanes / 2) {
+    const ptrdiff_t x = static_cast<ptrdiff_t>(word);
+    const auto of = [&](ptrdiff_t own, ptrdiff_t other, ptrdiff_t beside) {
+      const int16_t* const calm = t.work[4] + other;
+      return mixed(at(calm, x) + at(calm, x + beside),
+                   {at(t.work[2] + own, x), at(t.work[3] + own, x)},
+                   {at(t.work[0] + own, x), at(t.work[1] + own, x)});
+    };
+    write_planes<Half>(t, word, load_columns(t.z[3] + 2 * x),
+                       of(Half::kNative, Half::kGreen, Half::kBesideNative),
+                       of(Half::kGreen, Half::kNative, Half::kBesideGreen));
+  }
 }
 
 template <class Half>
 LUM_INLINE void lcaav_row(const DemosaicTile& t) {
-  for (size_t x = 0; x < t.words; x += kLanes / 2) {
-    const uint8_t* const p = t.z[3] + 2 * x;
-    const Columns z = load_columns(p), above = load_columns(t.z[2] + 2 * x),
-                  below = load_columns(t.z[4] + 2 * x);
-    sharp_and_smooth<true>(t, x, Half::kNative, Half::kGreen, Half::kBesideNative, Half::native(z),
-                           Half::native(above), Half::native(below), Half::green(z),
-                           Half::green(load_columns(p + 2 * Half::kBesideNative)));
-    sharp_and_smooth<false>(t, x, Half::kGreen, Half::kNative, Half::kBesideGreen, Half::green(z),
-                            Half::green(above), Half::green(below), Half::native(z),
-                            Half::native(load_columns(p + 2 * Half::kBesideGreen)));
-  }
-  for (size_t x = 0; x < t.words; x += kLanes / 2) {
-    const auto chosen = [&](ptrdiff_t own, ptrdiff_t other, ptrdiff_t beside) -> Differences {
-      const int16_t* const calm = t.work[4] + other;
-      // Of the smooth set.
-      const I16 share = at(calm, x) + at(calm, static_cast<ptrdiff_t>(x) + beside);
-      return {weighted(share, at(t.work[2] + own, x), at(t.work[0] + own, x)),
-              weighted(share, at(t.work[3] + own, x), at(t.work[1] + own, x))};
-    };
-    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x),
-                       chosen(Half::kNative, Half::kGreen, Half::kBesideNative),
-                       chosen(Half::kGreen, Half::kNative, Half::kBesideGreen));
+  if constexpr (kManyRegisters) {
+    lcaav_at_once<Half>(t);
+  } else {
+    lcaav_in_two_passes<Half>(t);
   }
 }
 

@@ -206,7 +206,7 @@ struct DemosaicTile {
   const int16_t* qv;     // differences down the column, row y
   const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
   const int16_t* act;    // activity, row y
-  int16_t* work[5];      // rows for the kernel's own use
+  int16_t* work[5];      // rows for the kernel's own use, where registers are few
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
   size_t words;          // of a half, to compute
   uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
