@@ -9,6 +9,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <type_traits>
 
 #include "simd/kernel_table.h"
 
@@ -31,25 +32,50 @@ inline void copy_mirrored(uint8_t* to, const uint8_t* row, int64_t width, int64_
   for (int64_t i = end; i < count; ++i) to[i] = row[mirrored(first + i, width)];
 }
 
+// N bytes in reverse order.
+template <int N>
+inline void copy_reversed(uint8_t* to, const uint8_t* from) {
+  static_assert(N == 2 || N == 4 || N == 8, "a number of so many bytes");
+  std::conditional_t<N == 2, uint16_t, std::conditional_t<N == 4, uint32_t, uint64_t>> v;
+  memcpy(&v, from, N);
+  v = static_cast<decltype(v)>(__builtin_bswap64(v) >> (64 - 8 * N));
+  memcpy(to, &v, N);
+}
+
+// Not inline: what g++ makes of a memcpy() whose length it knows to be moderate is a string
+// instruction, which is slow to start.
+void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
+
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
-// on either side.
-template <int kRows, int kBeside>
+// on either side. The byte `aligned` before a row's first one begins a vector.
+template <int kRows, int kBeside, uint32_t columns = 4096, int aligned = 0>
 class MirroredStrip {
  public:
-  static constexpr uint32_t kColumns = 4096;
+  static constexpr uint32_t kColumns = columns;
 
   // Columns x to x + n - 1 of a row and those beside them.
   void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
-    copy_mirrored(at(y) - kBeside, row, width, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
+    uint8_t* const to = at(y);
+    const uint32_t rest = width - x - n;
+    if (width <= kBeside || (rest > 0 && rest < kBeside)) {
+      copy_mirrored(to - kBeside, row, width, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
+      return;
+    }
+    const uint32_t before = x == 0 ? 0 : kBeside, behind = rest == 0 ? 0 : kBeside;
+    copy_bytes(to - before, row + x - before, before + n + behind);
+    if (before == 0) copy_reversed<kBeside>(to - kBeside, row + 1);
+    if (behind == 0) copy_reversed<kBeside>(to + n, row + width - 1 - kBeside);
   }
   const uint8_t* operator[](int64_t y) const { return rows_[y & (kRows - 1)] + kBefore; }
 
  private:
-  static constexpr int kBefore = 64;  // keeps the rows aligned
+  static constexpr int kBefore = 64 + aligned;
 
   uint8_t* at(int64_t y) { return rows_[y & (kRows - 1)] + kBefore; }
 
-  alignas(64) uint8_t rows_[kRows][kBefore + kColumns + 2 * kPaddedBytes] = {};
+  static constexpr size_t kRowBytes = (kBefore + kColumns + 2 * kPaddedBytes + 63) / 64 * 64;
+
+  alignas(64) uint8_t rows_[kRows][kRowBytes] = {};
 };
 
 }  // namespace lum

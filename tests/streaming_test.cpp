@@ -39,7 +39,8 @@ std::vector<Conversion> flat_conversions() {
   for (size_t s = 0; s < kSourceCount; ++s) {
     const Source source = static_cast<Source>(s);
     const bool from_window = source == Source::bilinear || source == Source::paired_chroma ||
-                             source == Source::mosaic8_binned || source == Source::cygm_binned;
+                             source == Source::planes8 || source == Source::mosaic8_binned ||
+                             source == Source::cygm_binned;
     if (from_window || kSources[s].rows != 1) continue;
     for (size_t d = 0; d < kSinkCount; ++d) {
       const Sink sink = static_cast<Sink>(d);
@@ -94,11 +95,8 @@ std::vector<Conversion> frame_conversions() {
   const auto corrected = [](const Kernels& k, const MosaicFrame& f) {
     convert_mosaic8(k, f, Source::mosaic8_corrected, with_matrix());
   };
-  const auto bilinear = [](const Kernels& k, const MosaicFrame& f) {
-    convert_demosaic(k, f, DemosaicMode::bilinear);
-  };
-  const auto paired = [](const Kernels& k, const MosaicFrame& f) {
-    convert_demosaic(k, f, DemosaicMode::yuv422);
+  const auto demosaic = [](DemosaicMode mode) {
+    return [mode](const Kernels& k, const MosaicFrame& f) { convert_demosaic(k, f, mode); };
   };
   const auto cygm_binned = [](const Kernels& k, const MosaicFrame& f) {
     convert_cygm_binned(k, f.sink, f.dst, f.src, f.width, f.height);
@@ -107,8 +105,10 @@ std::vector<Conversion> frame_conversions() {
   add_mosaic("mosaic of packed words", {Sink::rgb24, Sink::mono16_rec709}, packed);
   add_mosaic("mosaic of words", {Sink::bgr24, Sink::bgr48, Sink::mono16_rec601}, words);
   add_mosaic("mosaic by a matrix", {Sink::bgr24, Sink::mono8_rec601}, corrected);
-  add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, bilinear);
-  add_mosaic("paired chroma", {Sink::bgr24, Sink::rgb24}, paired);
+  add_mosaic("3x3", {Sink::bgr24, Sink::rgb24}, demosaic(DemosaicMode::bilinear));
+  add_mosaic("yuv422", {Sink::bgr24}, demosaic(DemosaicMode::yuv422));
+  add_mosaic("lcaa", {Sink::bgr24, Sink::bgra32}, demosaic(DemosaicMode::lcaa));
+  add_mosaic("lcaav", {Sink::bgr24}, demosaic(DemosaicMode::lcaav));
   add_mosaic("binned", {Sink::bgr24, Sink::mono8_rec709}, convert_mosaic_binned);
   add_mosaic("binned complementary", {Sink::bgr24, Sink::mono8_rec709}, cygm_binned);
   list.push_back({"upside down", 3, 3,
@@ -157,7 +157,8 @@ TEST(Streaming, MemoryBoundCellsHaveKernels) {
     for (size_t s = 0; s < kSourceCount; ++s) {
       for (size_t d = 0; d < kSinkCount; ++d) {
         const bool expected = kernels.stream != nullptr && kernels.row[s][d] != nullptr &&
-                              is_memory_bound(static_cast<Source>(s), static_cast<Sink>(d));
+                              is_memory_bound(static_cast<Source>(s), static_cast<Sink>(d),
+                                              2 * kernels.demosaic.step);
         EXPECT_EQ(kernels.streamed[s][d] != nullptr, expected)
             << kSources[s].name << " to " << kSinks[d].name << ", level " << level;
       }

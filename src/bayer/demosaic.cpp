@@ -28,7 +28,9 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
 // The two demosaics that go from samples to pixels in one step need up to two rows above and below
 // and three samples more on either side.
 void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source source) {
-  constexpr int kReach = 2;
+  // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
+  // the sides of a row, would wait.
+  constexpr int kReach = 2, kAhead = 4;
   using Strip = MirroredStrip<8, 4>;
   Strip rows;
   const size_t pixels = size_t{f.width} * f.height;
@@ -37,10 +39,10 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto fetch = [&](int64_t y) { rows.fetch(y, source_row(f, y), f.width, x, n); };
-    for (int64_t y = -kReach; y < kReach; ++y) fetch(y);
+    for (int64_t y = -kReach; y < kAhead; ++y) fetch(y);
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
-      fetch(y + kReach);
+      fetch(y + kAhead);
       const uint8_t* const here = rows[y];
       RowArgs args;
       args.column = native_column(f, row);
@@ -49,7 +51,7 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
       args.above2 = rows[y - 2] - here;
       args.below2 = rows[y + 2] - here;
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      args.ahead_of_a = distance(here, source_row(f, y + kReach + 1) + x);
+      args.ahead_of_a = distance(here, source_row(f, y + kAhead + 1) + x);
       write(destination(f, x, row), here, nullptr, n, args);
     }
   }
@@ -62,63 +64,60 @@ constexpr int kBeside = 8;  // samples that are needed on either side of a tile
 static_assert(kBeside <= kTileMargin, "the margin holds them");
 constexpr int kMostStep = 32;  // words, of the widest level
 constexpr int round_up(int n, int step) { return (n + step - 1) / step * step; }
-constexpr int kRowWords =
-    kTileSlack + round_up(kTileMargin + kTile + kBeside, kMostStep) + 2 * kTileSlack;
-constexpr ptrdiff_t kPlanePitch = round_up(kTile, 64) + 64;
+// Words of a half, from the margin on.
+constexpr int tile_words(int columns, int step) {
+  return round_up((kTileMargin + columns + kBeside + 1) / 2, step);
+}
+static_assert(tile_words(kTile, kMostStep) <= kMostTileWords, "room for a tile");
+constexpr int kRowWords = 3 * kTileSlack + 2 * kMostTileWords;
+constexpr ptrdiff_t kPlanePitch = 2 * kMostTileWords + 64;
 
+// Its first words are slack.
 using WordRow = int16_t[kRowWords];
 
-// The last N rows of something, by row number; N is a power of two.
+// The last rows of something, by row number: N of them or fewer, powers of two. Fewer stay in the
+// first-level cache.
 template <int N>
 struct Ring {
   alignas(64) WordRow rows[N];
-  int16_t* operator[](int64_t y) { return rows[y & (N - 1)] + kTileSlack; }
+  int64_t used = N;
+  int16_t* operator[](int64_t y) { return rows[y & (used - 1)] + kTileSlack; }
 };
 
 struct TileRows {
-  Ring<8> z, qh, ah3, av3;
-  Ring<4> pv;
-  alignas(64) WordRow qv, e, act, scratch, work[5];
+  MirroredStrip<8, kBeside, kTile, kTileMargin> z;
+  Ring<8> qh, ah3;
+  Ring<4> pv, av3;
+  alignas(64) WordRow qv, e, act, work[5];
   alignas(64) uint8_t planes[3 * kPlanePitch];
 };
-
-// How far below the row that is written a mode's rows must be known.
-constexpr int kReach = 3;
 
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
                   TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
   const auto step = mode == DemosaicMode::lcaa ? k.lcaa : k.lcaav;
-  const RowKernel write = kernels.at(Source::planes8, f.sink);
+  // How far below the row that is written the differences along a row must be known, and how far
+  // samples are fetched: as in convert_in_one_step(), before they are needed.
+  const int reach = mode == DemosaicMode::lcaa ? 1 : 3;
+  constexpr int kAhead = 5;
+  const size_t pixels = size_t{f.width} * f.height;
+  const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
-  const int first = kTileMargin - round_up(kBeside, k.step);
-  const size_t words = round_up(kTileMargin + static_cast<int>(n) + kBeside - first, k.step);
-  const auto from = [first](int16_t* row) { return row + first; };
+  const size_t words = static_cast<size_t>(tile_words(static_cast<int>(n), k.step));
 
-  const auto add_samples = [&](int64_t y) {
-    const uint8_t* const row = source_row(f, y);
-    int16_t* const z = rows.z[y];
-    // Only at the frame's sides is there less than a whole margin to read.
-    const uint32_t before = std::min<uint32_t>(kBeside, x);
-    const uint32_t behind = std::min<uint32_t>(kBeside, f.width - x - n);
-    for (int64_t i = -kBeside; i < -int64_t{before}; ++i) {
-      z[kTileMargin + i] = row[mirrored(x + i, f.width)];
-    }
-    k.widen(z + kTileMargin - before, row + x - before, before + n + behind);
-    for (int64_t i = n + behind; i < n + kBeside; ++i) {
-      z[kTileMargin + i] = row[mirrored(x + i, f.width)];
-    }
-    k.along_row(from(z), from(rows.qh[y]), from(rows.ah3[y]), from(rows.scratch + kTileSlack),
-                words);
-  };
+  const auto samples = [&](int64_t y) { return rows.z[y] - kTileMargin; };
+  const auto fetch = [&](int64_t y) { rows.z.fetch(y, source_row(f, y), f.width, x, n); };
+  const auto add_row = [&](int64_t y) { k.along_row(samples(y), rows.qh[y], rows.ah3[y], words); };
   const auto add_columns = [&](int64_t y) {
-    const int16_t* const z[5] = {from(rows.z[y - 2]), from(rows.z[y - 1]), from(rows.z[y]),
-                                 from(rows.z[y + 1]), from(rows.z[y + 2])};
-    k.down_column(z, from(rows.pv[y]), from(rows.av3[y]), from(rows.scratch + kTileSlack), words);
+    const uint8_t* const z[5] = {samples(y - 2), samples(y - 1), samples(y), samples(y + 1),
+                                 samples(y + 2)};
+    k.down_column(z, rows.pv[y], rows.av3[y], words);
   };
 
-  for (int64_t y = -kReach; y < kReach; ++y) add_samples(y);
+  rows.qh.used = rows.ah3.used = mode == DemosaicMode::lcaa ? 4 : 8;
+  for (int64_t y = -3; y < kAhead; ++y) fetch(y);
+  for (int64_t y = -reach; y <= reach; ++y) add_row(y);
   add_columns(-1);
   add_columns(0);
   DemosaicTile t = {};
@@ -127,19 +126,19 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   t.act = rows.act + kTileSlack;
   for (int i = 0; i < 5; ++i) t.work[i] = rows.work[i] + kTileSlack;
   for (int i = 0; i < 3; ++i) t.planes[i] = rows.planes + i * kPlanePitch;
-  t.first = static_cast<size_t>(first);
-  t.columns = n;
+  t.words = words;
 
   for (int64_t y = 0; y < f.height; ++y) {
-    add_samples(y + kReach);
+    fetch(y + kAhead);
     add_columns(y + 1);
-    const int16_t* const pv[3] = {from(rows.pv[y - 1]), from(rows.pv[y]), from(rows.pv[y + 1])};
-    const int16_t* const ah3[3] = {from(rows.ah3[y - 1]), from(rows.ah3[y]), from(rows.ah3[y + 1])};
-    const int16_t* const av3[3] = {from(rows.av3[y - 1]), from(rows.av3[y]), from(rows.av3[y + 1])};
-    k.direction(pv, ah3, av3, from(rows.qv + kTileSlack), from(rows.e + kTileSlack),
-                from(rows.act + kTileSlack), words);
+    const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
+    const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
+    const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
+    k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
+                words);
+    add_row(y + reach + 1);  // here, so that the direction is stored when its neighbours are read
     for (int i = 0; i < 7; ++i) {
-      t.z[i] = rows.z[y + i - 3];
+      t.z[i] = samples(y + i - 3);
       t.qh[i] = rows.qh[y + i - 3];
     }
     t.native = native_column(f, static_cast<uint32_t>(y));
@@ -149,9 +148,9 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    const uint8_t* const planes = red ? t.planes[0] : t.planes[2];
+    const uint8_t* const planes = (red ? t.planes[0] : t.planes[2]) + kTileMargin;
     // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
-    args.ahead_of_a = distance(planes, source_row(f, y + kReach + 2) + x);
+    args.ahead_of_a = distance(planes, source_row(f, y + kAhead + 1) + x);
     args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
     write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
   }

@@ -50,8 +50,10 @@ struct Bilinear {
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const uint8_t* const up = a + above;
     const uint8_t* const down = a + below;
-    const U8 z = load<U8>(a), left = load<U8>(a - 1), right = load<U8>(a + 1);
-    const U8 n = load<U8>(up), s = load<U8>(down);
+    // In registers, or g++ would load them for each operation: half of these loads cross a line.
+    const U8 z = in_register(load<U8>(a));
+    const U8 left = in_register(load<U8>(a - 1)), right = in_register(load<U8>(a + 1));
+    const U8 n = in_register(load<U8>(up)), s = in_register(load<U8>(down));
     const U8 mean = average4(n, s, choose(native, left, load<U8>(up + across)),
                              choose(native, right, load<U8>(down + across)));
     const U8 mean_of_pair = U8(ordered(U16(mean), exchanged));
@@ -100,19 +102,17 @@ struct PairedChroma {
 
   // Adds the weighted samples of a row's pairs to the left, here and to the right.
   template <const PairKernel& kernel, bool green_first_, int row, int pair>
-  static LUM_INLINE void add_pair(const uint8_t* p, I16& sum) {
+  static LUM_INLINE void add_pair(U8 samples, I16& sum) {
     constexpr int column = green_first_ ? 5 - 2 * pair : 2 * pair;
     constexpr int w0 = kernel.row[row][column];
     constexpr int w1 = kernel.row[row][green_first_ ? column - 1 : column + 1];
-    if constexpr (w0 != 0 || w1 != 0) {
-      sum += madd(load<U8>(p + 2 * pair - 2), I8(splat_pair(w0, w1)));
-    }
+    if constexpr (w0 != 0 || w1 != 0) sum += madd(samples, I8(splat_pair(w0, w1)));
   }
   template <const PairKernel& kernel, bool green_first_, int row>
   static LUM_INLINE void add_row(const uint8_t* p, I16& sum) {
-    add_pair<kernel, green_first_, row, 0>(p, sum);
-    add_pair<kernel, green_first_, row, 1>(p, sum);
-    add_pair<kernel, green_first_, row, 2>(p, sum);
+    add_pair<kernel, green_first_, row, 0>(load<U8>(p - 2), sum);
+    add_pair<kernel, green_first_, row, 1>(load<U8>(p), sum);
+    add_pair<kernel, green_first_, row, 2>(load<U8>(p + 2), sum);
   }
   template <const PairKernel& kernel, bool green_first_>
   LUM_INLINE I16 difference(const uint8_t* a) const {
@@ -125,10 +125,43 @@ struct PairedChroma {
     return (near + far) >> 5;
   }
 
+  // Both differences at once, where all weights stay in registers: each sample is loaded once, and
+  // most of these loads cross a line.
+  struct Differences {
+    I16 own, other;
+  };
+  template <bool green_first_, int row, int pair>
+  static LUM_INLINE void add_pair_to_both(const uint8_t* p, Differences& sums) {
+    // Two rows away nothing is asked of the pair on one side.
+    if constexpr (row == 2 && pair == (green_first_ ? 2 : 0)) return;
+    const U8 samples = in_register(load<U8>(p + 2 * pair - 2));
+    add_pair<kGreenMinusOwn, green_first_, row, pair>(samples, sums.own);
+    add_pair<kGreenMinusOther, green_first_, row, pair>(samples, sums.other);
+  }
+  template <bool green_first_, int row>
+  static LUM_INLINE void add_row_to_both(const uint8_t* p, Differences& sums) {
+    add_pair_to_both<green_first_, row, 0>(p, sums);
+    add_pair_to_both<green_first_, row, 1>(p, sums);
+    add_pair_to_both<green_first_, row, 2>(p, sums);
+  }
+  template <bool green_first_>
+  LUM_INLINE Differences differences(const uint8_t* a) const {
+    if constexpr (!kManyRegisters) {
+      const I16 own = difference<kGreenMinusOwn, green_first_>(a);
+      return {own, difference<kGreenMinusOther, green_first_>(a)};
+    }
+    Differences near = {I16{} + 16, I16{} + 16}, far = {};
+    add_row_to_both<green_first_, 0>(a, near);
+    add_row_to_both<green_first_, 1>(a + offsets[1], far);
+    add_row_to_both<green_first_, 1>(a + offsets[2], near);
+    add_row_to_both<green_first_, 2>(a + offsets[3], far);
+    add_row_to_both<green_first_, 2>(a + offsets[4], near);
+    return {(near.own + far.own) >> 5, (near.other + far.other) >> 5};
+  }
+
   template <bool green_first_>
   LUM_INLINE Colours colours(const uint8_t* a) const {
-    const I16 d1 = difference<kGreenMinusOwn, green_first_>(a);
-    const I16 d2 = difference<kGreenMinusOther, green_first_>(a);
+    const auto [d1, d2] = differences<green_first_>(a);
     const U16 z = load<U16>(a);
     const I16 first = I16(z & 255), second = I16(z >> 8);
     const I16 native = green_first_ ? second : first, green = green_first_ ? first : second;

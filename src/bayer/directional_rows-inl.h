@@ -7,59 +7,98 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-inline void widen(int16_t* dst, const uint8_t* src, size_t bytes) {
-  constexpr size_t kStep = kLanes / 2;
-  size_t x = 0;
-  for (; x + kStep <= bytes; x += kStep) store(dst + x, load_widened(src + x));
-  if (x == bytes) return;
-  if (bytes >= kStep) {
-    store(dst + bytes - kStep, load_widened(src + bytes - kStep));
-  } else {
-    for (; x < bytes; ++x) dst[x] = src[x];
-  }
-}
-
+// Rows of words have their even and their odd columns apart, so that a neighbour beside a pixel is
+// in the other half and most loads of neighbours are aligned.
 LUM_INLINE I16 at(const int16_t* row, ptrdiff_t x) { return load<I16>(row + x); }
 
-// Sums of three neighbours of `row`, into `sums`.
-LUM_INLINE void sum_columns(const int16_t* row, int16_t* sums, size_t words) {
-  for (size_t x = 0; x < words; x += kLanes / 2) {
-    const int16_t* const p = row + x;
-    store(sums + x, at(p, -1) + at(p, 0) + at(p, 1));
+struct Columns {
+  I16 even, odd;
+};
+LUM_INLINE Columns columns_of(U8 samples) {
+  const U16 pairs = U16(samples);
+  return {I16(pairs & 255), I16(pairs >> 8)};
+}
+LUM_INLINE Columns load_columns(const uint8_t* p) { return columns_of(in_register(load<U8>(p))); }
+LUM_INLINE void store_columns(int16_t* row, const Columns& v) {
+  store(row, v.even);
+  store(row + kOddColumns, v.odd);
+}
+
+// Sums of three neighbours, made along with what is added: loads beside what has just been stored
+// would wait for it.
+class ColumnSums {
+ public:
+  // v, which begins at word x, gives the sums of its even columns and those of the odd columns of
+  // the vector before; finish() gives the last ones.
+  LUM_INLINE void add(int16_t* sums, size_t x, const Columns& v) {
+    const I16 both = v.even + v.odd;
+    store(sums + x, both + words_before(last_.odd, v.odd));
+    store_odd(sums, x, v.even);
+    both_ = both;
+    last_ = v;
   }
+  LUM_INLINE void finish(int16_t* sums, size_t words) const { store_odd(sums, words, I16{}); }
+
+ private:
+  LUM_INLINE void store_odd(int16_t* sums, size_t x, I16 behind) const {
+    store(sums + kOddColumns + x - kLanes / 2, both_ + words_behind(last_.even, behind));
+  }
+
+  Columns last_ = {};
+  I16 both_ = {};
+};
+
+// Samples of two columns by their weights.
+LUM_INLINE I16 weighed(U8 samples, int even, int odd) {
+  return madd(samples, I8(splat_pair(even, odd)));
 }
 
 // Five samples in line, two before to two behind:
 //   p = z0 - 2 z1 + 2 z2 - 2 z3 + z4, sixteen times a colour difference after the low-pass that
-//   follows a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
+//   follows; a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
+//   qh = 2 p(x) - p(x - 1) - p(x + 1), as one filter [-1 4 -7 8 -7 4 -1]
+inline void along_row(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words) {
+  ColumnSums sums;
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    const uint8_t* const p = z + 2 * x;
+    const U8 m4 = in_register(load<U8>(p - 4)), m2 = in_register(load<U8>(p - 2)),
+             here = in_register(load<U8>(p)), p2 = in_register(load<U8>(p + 2)),
+             p4 = in_register(load<U8>(p + 4));
+    store_columns(
+        qh + x,
+        {weighed(m4, 0, -1) + weighed(m2, 4, -7) + weighed(here, 8, -7) + weighed(p2, 4, -1),
+         weighed(m2, -1, 4) + weighed(here, -7, 8) + weighed(p2, -7, 4) + weighed(p4, -1, 0)});
+    sums.add(ah3, x,
+             {absolute(weighed(m2, 1, -2) + weighed(here, 0, 2) + weighed(p2, -1, 0)),
+              absolute(weighed(m2, 0, 1) + weighed(here, -2, 0) + weighed(p2, 2, -1))});
+  }
+  sums.finish(ah3, words);
+}
+
+LUM_INLINE I16 low_pass(I16 z0, I16 z1, I16 z2, I16 z3, I16 z4) {
+  const I16 near = z2 - z1 - z3;
+  return z0 + z4 + near + near;
+}
 LUM_INLINE I16 activity(I16 z0, I16 z1, I16 z3, I16 z4) {
   const I16 inner = z3 - z1;
   return absolute(z0 - z4 + inner + inner);
 }
 
-// qh = 2 p(x) - p(x - 1) - p(x + 1), as one filter [-1 4 -7 8 -7 4 -1].
-inline void along_row(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scratch, size_t words) {
-  for (size_t x = 0; x < words; x += kLanes / 2) {
-    const int16_t* const p = z + x;
-    const I16 m2 = at(p, -2), m1 = at(p, -1), p1 = at(p, 1), p2 = at(p, 2);
-    const I16 s1 = m1 + p1, s2 = m2 + p2, s3 = at(p, -3) + at(p, 3);
-    store(qh + x, ((at(p, 0) - s1) << 3) + s1 + (s2 << 2) - s3);
-    store(scratch + x, activity(m2, m1, p1, p2));
-  }
-  sum_columns(scratch, ah3, words);
-}
-
-inline void down_column(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
-                        size_t words) {
-  const int16_t *const r0 = z[0], *const r1 = z[1], *const r2 = z[2], *const r3 = z[3],
+inline void down_column(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words) {
+  ColumnSums sums;
+  const uint8_t *const r0 = z[0], *const r1 = z[1], *const r2 = z[2], *const r3 = z[3],
                        *const r4 = z[4];
   for (size_t x = 0; x < words; x += kLanes / 2) {
-    const I16 z0 = at(r0, x), z1 = at(r1, x), z2 = at(r2, x), z3 = at(r3, x), z4 = at(r4, x);
-    const I16 near = z2 - z1 - z3;
-    store(pv + x, z0 + z4 + near + near);
-    store(scratch + x, activity(z0, z1, z3, z4));
+    const Columns z0 = load_columns(r0 + 2 * x), z1 = load_columns(r1 + 2 * x),
+                  z2 = load_columns(r2 + 2 * x), z3 = load_columns(r3 + 2 * x),
+                  z4 = load_columns(r4 + 2 * x);
+    store_columns(pv + x, {low_pass(z0.even, z1.even, z2.even, z3.even, z4.even),
+                           low_pass(z0.odd, z1.odd, z2.odd, z3.odd, z4.odd)});
+    sums.add(
+        av3, x,
+        {activity(z0.even, z1.even, z3.even, z4.even), activity(z0.odd, z1.odd, z3.odd, z4.odd)});
   }
-  sum_columns(scratch, av3, words);
+  sums.finish(av3, words);
 }
 
 // Weights are negative, in units of 2^-15, so that all of a weight, -1, fits a word: what rounding
@@ -94,7 +133,7 @@ inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
                       const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
                       size_t words) {
   const Rows3 p(pv), h(ah3), v(av3);
-  for (size_t x = 0; x < words; x += kLanes / 2) {
+  const auto half = [&](ptrdiff_t x) {
     const I16 mid = at(p.here, x);
     store(qv + x, mid + mid - at(p.above, x) - at(p.below, x));
     const I16 gh = at(h.above, x) + at(h.here, x) + at(h.below, x);
@@ -102,6 +141,10 @@ inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
     store(e + x, preference(
                      gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }, 12));
     store(act + x, lesser(gh, gv));
+  };
+  for (size_t x = 0; x < words; x += kLanes / 2) {
+    half(static_cast<ptrdiff_t>(x));
+    half(static_cast<ptrdiff_t>(x) + kOddColumns);
   }
 }
 
@@ -111,76 +154,73 @@ struct Differences {
   I16 first, second;
 };
 
-// The columns that hold the row's own colour and those that hold green, as factors: a product with
-// none is cheaper than a choice.
-struct Columns {
-  explicit Columns(unsigned parity_of_native)
-      : native(even_lanes(parity_of_native)),
-        sixteenth_of_native(chosen(kSixteenth, 0)),
-        sixteenth_of_green(chosen(0, kSixteenth)),
-        sign(chosen(1, -1)) {}
+// Where a row has its native and its green columns. The neighbours of a pixel in word x of its half
+// are in words x and x + beside of the other half.
+template <bool native_even>
+struct Halves {
+  static constexpr ptrdiff_t kNative = native_even ? 0 : kOddColumns;
+  static constexpr ptrdiff_t kGreen = kOddColumns - kNative;
+  static constexpr ptrdiff_t kBesideNative = native_even ? -1 : 1, kBesideGreen = -kBesideNative;
 
-  Mask native;
-  I16 sixteenth_of_native, sixteenth_of_green;  // of mul_round()
-  I16 sign;                                     // -1 where green is
-
- private:
-  static constexpr int kSixteenth = 1 << 11;
-  LUM_INLINE I16 chosen(int in_native, int in_green) const {
-    U16 x, y;
-    cross16(native, splat16(static_cast<unsigned>(in_native)),
-            splat16(static_cast<unsigned>(in_green)), x, y);
-    return I16(x);
+  static LUM_INLINE I16 native(const Columns& v) { return native_even ? v.even : v.odd; }
+  static LUM_INLINE I16 green(const Columns& v) { return native_even ? v.odd : v.even; }
+  static LUM_INLINE I16 even(I16 native, I16 green) { return native_even ? native : green; }
+  static LUM_INLINE I16 odd(I16 native, I16 green) { return native_even ? green : native; }
+  // Limited to bytes.
+  static LUM_INLINE U8 bytes(I16 native, I16 green) {
+    return native_even ? alternate_sat(native, green) : alternate_sat(green, native);
   }
 };
 
-// Colours of half a block before they are limited.
-struct Colours {
-  I16 n, g, o;
-};
 // With d1 = (first + 8) >> 4 and d2 alike:
 //   native: N = z, G = z - d1, O = G + d2     green: N = z - d1, G = z, O = G - d2
-LUM_INLINE Colours colours_from(const Columns& c, I16 z, const Differences& x) {
-  const I16 g = z - mul_round(x.first, c.sixteenth_of_native);
-  return {z - mul_round(x.first, c.sixteenth_of_green), g, g + rounded(x.second, 4) * c.sign};
-}
-
-// half(x) gives the colours of columns x .. x + kLanes / 2 - 1 of the tile's word rows.
 template <class Half>
-LUM_INLINE void write_planes(const DemosaicTile& t, Half half) {
-  for (size_t x = 0; x < t.columns; x += kLanes) {
-    const Colours lo = half(x + kTileMargin), hi = half(x + kTileMargin + kLanes / 2);
-    store(t.planes[0] + x, narrow(lo.n, hi.n));
-    store(t.planes[1] + x, narrow(lo.g, hi.g));
-    store(t.planes[2] + x, narrow(lo.o, hi.o));
-  }
+LUM_INLINE void write_planes(const DemosaicTile& t, size_t x, const Columns& z,
+                             const Differences& native, const Differences& green) {
+  const I16 native_z = Half::native(z), green_z = Half::green(z);
+  const I16 g = native_z - rounded(native.first, 4);
+  store(t.planes[0] + 2 * x, Half::bytes(native_z, green_z - rounded(green.first, 4)));
+  store(t.planes[1] + 2 * x, Half::bytes(g, green_z));
+  store(t.planes[2] + 2 * x,
+        Half::bytes(g + rounded(native.second, 4), green_z - rounded(green.second, 4)));
 }
 
 // -((a + b + 1) >> 1), which is half of -(a + b), rounded down.
 LUM_INLINE I16 negated_average(I16 a, I16 b) { return mul_hi(a + b, I16{} + (-32768)); }
 
-// Differences down the column by a pixel's own line and by the lines beside it: which of the two is
-// the first depends on what the pixel holds.
-LUM_INLINE Differences down(const Mask& native, I16 own, I16 beside) {
-  U16 first, second;
-  cross16(native, U16(own), U16(beside), first, second);
-  return {I16(first), I16(second)};
-}
-
 LUM_INLINE Differences mixed(I16 w, const Differences& along, const Differences& across) {
   return {weighted(w, along.first, across.first), weighted(w, along.second, across.second)};
 }
 
+template <class Half>
+LUM_INLINE void lcaa_row(const DemosaicTile& t) {
+  for (size_t x = 0; x < t.words; x += kLanes / 2) {
+    const auto row = [&](ptrdiff_t half) -> Differences {
+      return {at(t.qh[3] + half, x), negated_average(at(t.qh[2] + half, x), at(t.qh[4] + half, x))};
+    };
+    const auto two = [x](const int16_t* row, ptrdiff_t beside, auto of) {
+      return of(at(row, x), at(row, static_cast<ptrdiff_t>(x) + beside));
+    };
+    const auto sum = [](I16 a, I16 b) { return a + b; };
+    const int16_t *const e_native = t.e + Half::kNative, *const e_green = t.e + Half::kGreen;
+    const int16_t *const qv_native = t.qv + Half::kNative, *const qv_green = t.qv + Half::kGreen;
+    const Differences native =
+        mixed(two(e_green, Half::kBesideNative, sum), row(Half::kNative),
+              {at(qv_native, x), two(qv_green, Half::kBesideNative, negated_average)});
+    const Differences green =
+        mixed(two(e_native, Half::kBesideGreen, sum), row(Half::kGreen),
+              {two(qv_native, Half::kBesideGreen, negated_average), at(qv_green, x)});
+    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), native, green);
+  }
+}
+
 inline void lcaa(const DemosaicTile& tile) {
   const DemosaicTile t = tile;  // or each store might change its pointers
-  const Columns columns(t.native);
-  write_planes(t, [&](size_t x) {
-    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
-    const Differences row = {at(t.qh[3], x), negated_average(at(t.qh[2], x), at(t.qh[4], x))};
-    const Differences column =
-        down(columns.native, at(t.qv, x), negated_average(at(t.qv, x - 1), at(t.qv, x + 1)));
-    return colours_from(columns, at(t.z[3], x), mixed(w, row, column));
-  });
+  if (t.native == 0) {
+    lcaa_row<Halves<true>>(t);
+  } else {
+    lcaa_row<Halves<false>>(t);
+  }
 }
 
 // Which of two neighbouring lines to lean to, by how far their green is from the pixel's: the
@@ -190,8 +230,8 @@ LUM_INLINE I16 closer(I16 a, I16 c) {
       a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; }, 13);
 }
 
-// Green of a pixel by differences q, not limited. `sixteenth` is none where the sample is green.
-LUM_INLINE I16 green(I16 sixteenth, I16 z, I16 q) { return z - mul_round(q, sixteenth); }
+// Green of a native pixel by differences q, not limited.
+LUM_INLINE I16 green_of(I16 z, I16 q) { return z - rounded(q, 4); }
 
 // The weighted mean of two lines, negated, by which of their greens is nearer to the pixel's.
 LUM_INLINE I16 leaning(I16 green_here, I16 green_a, I16 green_b, I16 a, I16 b) {
@@ -214,42 +254,153 @@ LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   return I16(U16(subtract_where_greater(busy, act, u - quarter)) << 13);
 }
 
+struct SharpAndSmooth {
+  Differences sharp, smooth;
+  I16 calm;
+};
+// `share`: of the smooth set.
+LUM_INLINE Differences chosen(I16 share, const SharpAndSmooth& v) {
+  return mixed(share, v.smooth, v.sharp);
+}
+// Native or green pixels: `own` is their half of the rows and `other` that of the pixels beside
+// them. The samples beside are left and right, or the other way round.
+template <bool is_native>
+LUM_INLINE SharpAndSmooth sharp_and_smooth(const DemosaicTile& t, size_t word, ptrdiff_t own,
+                                           ptrdiff_t other, ptrdiff_t beside, I16 z, I16 z_above,
+                                           I16 z_below, I16 z_beside, I16 z_beyond) {
+  const ptrdiff_t x = static_cast<ptrdiff_t>(word);
+  const int16_t *const own_qv = t.qv + own, *const other_qv = t.qv + other;
+  const I16 w = at(t.e + other, x) + at(t.e + other, x + beside);
+  const I16 qh = at(t.qh[3] + own, x), qh_up = at(t.qh[2] + own, x), qh_down = at(t.qh[4] + own, x);
+  const I16 qv = at(own_qv, x), qv_a = at(other_qv, x), qv_b = at(other_qv, x + beside);
+
+  // Sharp: what a line lacks comes from the neighbouring line whose green is nearer.
+  I16 from_rows, from_columns;
+  if constexpr (is_native) {
+    from_rows = leaning(green_of(z, qh), z_above, z_below, qh_up, qh_down);
+    from_columns = leaning(green_of(z, qv), z_beside, z_beyond, qv_a, qv_b);
+  } else {
+    from_rows = leaning(z, green_of(z_above, qh_up), green_of(z_below, qh_down), qh_up, qh_down);
+    from_columns = leaning(z, green_of(z_beside, qv_a), green_of(z_beyond, qv_b), qv_a, qv_b);
+  }
+  // Down the column a native pixel's own line has the first difference and a green one's the other.
+  const auto down = [](I16 own_line, I16 lines_beside) -> Differences {
+    if constexpr (is_native) return {own_line, lines_beside};
+    return {lines_beside, own_line};
+  };
+  const Differences sharp = mixed(w, {qh, from_rows}, down(qv, from_columns));
+
+  // Smooth: a second low-pass, across the direction.
+  const Differences row = {smooth3(at(t.qh[1] + own, x), qh, at(t.qh[5] + own, x)),
+                           smooth4(at(t.qh[0] + own, x), qh_up, qh_down, at(t.qh[6] + own, x))};
+  const Differences column =
+      down(smooth3(at(own_qv, x - 1), qv, at(own_qv, x + 1)),
+           smooth4(at(other_qv, x - beside), qv_a, qv_b, at(other_qv, x + 2 * beside)));
+  const Differences smooth = mixed(w, row, column);
+
+  return {sharp, smooth, calmness(at(t.act + own, x), smooth)};
+}
+
+struct Samples {
+  const uint8_t* p;
+  Columns z, above, below;
+};
+LUM_INLINE Samples samples_of(const DemosaicTile& t, size_t x) {
+  return {t.z[3] + 2 * x, load_columns(t.z[3] + 2 * x), load_columns(t.z[2] + 2 * x),
+          load_columns(t.z[4] + 2 * x)};
+}
+template <class Half>
+LUM_INLINE SharpAndSmooth native_of(const DemosaicTile& t, size_t x, const Samples& s) {
+  return sharp_and_smooth<true>(t, x, Half::kNative, Half::kGreen, Half::kBesideNative,
+                                Half::native(s.z), Half::native(s.above), Half::native(s.below),
+                                Half::green(s.z),
+                                Half::green(load_columns(s.p + 2 * Half::kBesideNative)));
+}
+template <class Half>
+LUM_INLINE SharpAndSmooth green_of(const DemosaicTile& t, size_t x, const Samples& s) {
+  return sharp_and_smooth<false>(t, x, Half::kGreen, Half::kNative, Half::kBesideGreen,
+                                 Half::green(s.z), Half::green(s.above), Half::green(s.below),
+                                 Half::native(s.z),
+                                 Half::native(load_columns(s.p + 2 * Half::kBesideGreen)));
+}
+
+// With many registers a vector waits in them for the calmness of the next one, whose first columns
+// are beside its last ones: rows of words more would not fit the first-level cache.
+struct NativeAndGreen {
+  SharpAndSmooth native, green;
+};
+template <class Half>
+LUM_INLINE NativeAndGreen both_of(const DemosaicTile& t, size_t x) {
+  const Samples s = samples_of(t, x);
+  return {native_of<Half>(t, x, s), green_of<Half>(t, x, s)};
+}
+template <class Half>
+LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
+  const auto write = [&](size_t x, I16 odd_before, const NativeAndGreen& v, I16 even_behind) {
+    const I16 even = Half::even(v.native.calm, v.green.calm);
+    const I16 odd = Half::odd(v.native.calm, v.green.calm);
+    const Columns share = {words_before(odd_before, odd) + odd,
+                           even + words_behind(even, even_behind)};
+    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), chosen(Half::native(share), v.native),
+                       chosen(Half::green(share), v.green));
+  };
+  I16 odd_before = {};
+  NativeAndGreen here = both_of<Half>(t, 0);
+  size_t x = kLanes / 2;
+  for (; x < t.words; x += kLanes / 2) {
+    const NativeAndGreen next = both_of<Half>(t, x);
+    write(x - kLanes / 2, odd_before, here, Half::even(next.native.calm, next.green.calm));
+    odd_before = Half::odd(here.native.calm, here.green.calm);
+    here = next;
+  }
+  write(x - kLanes / 2, odd_before, here, I16{});
+}
+
+template <class Half>
+LUM_INLINE void lcaav_in_two_passes(const DemosaicTile& t) {
+  const auto keep = [&t](ptrdiff_t x, const SharpAndSmooth& v) {
+    store(t.work[0] + x, v.sharp.first);
+    store(t.work[1] + x, v.sharp.second);
+    store(t.work[2] + x, v.smooth.first);
+    store(t.work[3] + x, v.smooth.second);
+    store(t.work[4] + x, v.calm);
+  };
+  for (size_t word = 0; word < t.words; word += kLanes / 2) {
+    const ptrdiff_t x = static_cast<ptrdiff_t>(word);
+    const Samples s = samples_of(t, word);
+    keep(x + Half::kNative, native_of<Half>(t, word, s));
+    keep(x + Half::kGreen, green_of<Half>(t, word, s));
+  }
+  for (size_t word = 0; word < t.words; word += kLanes / 2) {
+    const ptrdiff_t x = static_cast<ptrdiff_t>(word);
+    const auto of = [&](ptrdiff_t own, ptrdiff_t other, ptrdiff_t beside) {
+      const int16_t* const calm = t.work[4] + other;
+      return mixed(at(calm, x) + at(calm, x + beside),
+                   {at(t.work[2] + own, x), at(t.work[3] + own, x)},
+                   {at(t.work[0] + own, x), at(t.work[1] + own, x)});
+    };
+    write_planes<Half>(t, word, load_columns(t.z[3] + 2 * x),
+                       of(Half::kNative, Half::kGreen, Half::kBesideNative),
+                       of(Half::kGreen, Half::kNative, Half::kBesideGreen));
+  }
+}
+
+template <class Half>
+LUM_INLINE void lcaav_row(const DemosaicTile& t) {
+  if constexpr (kManyRegisters) {
+    lcaav_at_once<Half>(t);
+  } else {
+    lcaav_in_two_passes<Half>(t);
+  }
+}
+
 inline void lcaav(const DemosaicTile& tile) {
   const DemosaicTile t = tile;  // or each store might change its pointers
-  const Columns columns(t.native);
-  const I16 here = columns.sixteenth_of_native, beside = columns.sixteenth_of_green;
-  for (size_t x = t.first; x < t.columns + kTileMargin + 1; x += kLanes / 2) {
-    const I16 w = at(t.e, x - 1) + at(t.e, x + 1);
-    const I16 z = at(t.z[3], x);
-    const I16 qh = at(t.qh[3], x), qh_up = at(t.qh[2], x), qh_down = at(t.qh[4], x);
-    const I16 qv = at(t.qv, x), qv_left = at(t.qv, x - 1), qv_right = at(t.qv, x + 1);
-
-    // Sharp: what a line lacks comes from the neighbouring line whose green is nearer.
-    const I16 from_rows = leaning(green(here, z, qh), green(beside, at(t.z[2], x), qh_up),
-                                  green(beside, at(t.z[4], x), qh_down), qh_up, qh_down);
-    const I16 from_columns = leaning(green(here, z, qv), green(beside, at(t.z[3], x - 1), qv_left),
-                                     green(beside, at(t.z[3], x + 1), qv_right), qv_left, qv_right);
-    const Differences sharp = mixed(w, {qh, from_rows}, down(columns.native, qv, from_columns));
-
-    // Smooth: a second low-pass, across the direction.
-    const Differences row = {smooth3(at(t.qh[1], x), qh, at(t.qh[5], x)),
-                             smooth4(at(t.qh[0], x), qh_up, qh_down, at(t.qh[6], x))};
-    const Differences column = down(columns.native, smooth3(at(t.qv, x - 2), qv, at(t.qv, x + 2)),
-                                    smooth4(at(t.qv, x - 3), qv_left, qv_right, at(t.qv, x + 3)));
-    const Differences smooth = mixed(w, row, column);
-
-    store(t.work[0] + x, sharp.first);
-    store(t.work[1] + x, sharp.second);
-    store(t.work[2] + x, smooth.first);
-    store(t.work[3] + x, smooth.second);
-    store(t.work[4] + x, calmness(at(t.act, x), smooth));
+  if (t.native == 0) {
+    lcaav_row<Halves<true>>(t);
+  } else {
+    lcaav_row<Halves<false>>(t);
   }
-  write_planes(t, [&](size_t x) {
-    const I16 share = at(t.work[4], x - 1) + at(t.work[4], x + 1);  // of the smooth set
-    const Differences chosen = {weighted(share, at(t.work[2], x), at(t.work[0], x)),
-                                weighted(share, at(t.work[3], x), at(t.work[1], x))};
-    return colours_from(columns, at(t.z[3], x), chosen);
-  });
 }
 
 }  // namespace

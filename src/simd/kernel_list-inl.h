@@ -48,7 +48,7 @@ template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {
   constexpr size_t kSource = static_cast<size_t>(source), kSink = static_cast<size_t>(sink);
   k.row[kSource][kSink] = row<From, To, in_place>;
-  if constexpr (kStreams && is_memory_bound(source, sink)) {
+  if constexpr (kStreams && is_memory_bound(source, sink, kLanes)) {
     k.streamed[kSource][kSink] = streamed_row<From, To>;
   }
 }
@@ -180,7 +180,7 @@ constexpr Kernels make_kernels() {
   add<Source::cygm_3x3_luma, Sink::mono8_rec601, CygmWindowLuma, Mono8<Rec601>>(k);
   add_colour<Source::cygm_binned, CygmBinned>(k);
   add<Source::cygm_binned, Sink::uyvy, CygmBinned, Uyvy>(k);
-  k.demosaic = {kLanes / 2, widen, along_row, down_column, direction, lcaa, lcaav};
+  k.demosaic = {kLanes / 2, along_row, down_column, direction, lcaa, lcaav};
 
   k.direct = make_direct_kernels();
 

@@ -61,8 +61,8 @@ enum class Sink : unsigned {
 constexpr size_t kSinkCount = 11;
 
 // What the conversion of a large frame waits for: the memory; the memory where much is written, in
-// pixels of three bytes and more; its arithmetic.
-enum class Bound : unsigned char { memory, writing, arithmetic };
+// pixels of three bytes and more; the same where vectors have 64 lanes; its arithmetic.
+enum class Bound : unsigned char { memory, writing, writing_64, arithmetic };
 
 struct SourceTraits {
   const char* name;
@@ -90,9 +90,9 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"yuv411", 4, 6, 1, 4, Bound::memory},
     {"yuv422", 2, 4, 1, 2, Bound::memory},
     {"yuv444", 1, 3, 1, 1, Bound::memory},
-    {"planes8", 1, 1, 1, 1, Bound::arithmetic},
+    {"planes8", 1, 1, 1, 1, Bound::writing},
     {"bilinear", 2, 2, 1, 2, Bound::writing},
-    {"paired_chroma", 2, 2, 1, 2, Bound::writing},
+    {"paired_chroma", 2, 2, 1, 2, Bound::writing_64},
     {"bgr24_corrected", 1, 3, 1, 1, Bound::writing},
     {"bgr48_corrected", 1, 6, 1, 1, Bound::writing},
     {"mosaic8_binned", 1, 2, 1, 1, Bound::memory},
@@ -122,14 +122,16 @@ constexpr size_t row_bytes(Source source, size_t n) {
 // Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
 // fourth byte stays as it is leaves no line to be written as a whole. UYVY takes arithmetic unless
 // bytes are only moved.
-constexpr bool is_memory_bound(Source source, Sink sink) {
+constexpr bool is_memory_bound(Source source, Sink sink, int lanes = 64) {
   if (sink == Sink::uyvy) {
     return source == Source::mono8 || source == Source::yuv411 || source == Source::yuv444;
   }
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
   if ((sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha) return false;
   const Bound bound = kSources[static_cast<size_t>(source)].bound;
-  return bound == Bound::memory || (bound == Bound::writing && pixel_bytes(sink) > 2);
+  if (bound == Bound::memory) return true;
+  const bool writes_much = pixel_bytes(sink) > 2;
+  return writes_much && (bound == Bound::writing || (bound == Bound::writing_64 && lanes == 64));
 }
 
 // In bytes. Far enough ahead to cover the latency of memory, near enough to stay in the first-level
@@ -200,34 +202,34 @@ using StreamedRowKernel = size_t (*)(uint8_t* dst, const uint8_t* a, const uint8
 // pixels only.
 constexpr size_t kPaddedBytes = 64;
 
-// The steps of the interpolating demosaics. They work on rows of words in a column tile: a pointer
-// of a tile is at its column -kTileMargin, aligned to 64 bytes as column 0 is, and others are at
-// the first word to compute, aligned to a step. Words can be read for kTileSlack beyond either end.
-constexpr int kTileMargin = 32;
+// The steps of the interpolating demosaics. They work on rows of a column tile: samples as bytes,
+// everything else as words, those of the even columns and kOddColumns behind them those of the odd
+// ones. Every pointer is at column -kTileMargin, aligned to 64 bytes. Words can be read for
+// kTileSlack beyond either end of a half, bytes for twice as many.
+constexpr int kTileMargin = 16;
 constexpr int kTileSlack = 32;
+constexpr int kMostTileWords = 544;  // of a half
+constexpr ptrdiff_t kOddColumns = kTileSlack + kMostTileWords;
 
 // Index 3 of z and qh is row y, the one that is written.
 struct DemosaicTile {
-  const int16_t* z[7];   // samples, rows y - 3 .. y + 3
+  const uint8_t* z[7];   // samples, rows y - 3 .. y + 3
   const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
   const int16_t* qv;     // differences down the column, row y
   const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
   const int16_t* act;    // activity, row y
-  int16_t* work[5];      // rows for the kernel's own use
-  size_t first;          // word, on the left, to compute what is needed beside the columns from
+  int16_t* work[5];      // rows for the kernel's own use, where registers are few
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
-  size_t columns;        // to write, from column 0 on, rounded up to kPaddedBytes
-  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O, from column 0 on
+  size_t words;          // of a half, to compute
+  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
 };
 
 struct DemosaicKernels {
   int step;  // words are computed so many at a time: `words` is a multiple
-  void (*widen)(int16_t* dst, const uint8_t* src, size_t bytes);
   // From a row's samples: qh and the sums over three columns of the activity along the row.
-  void (*along_row)(const int16_t* z, int16_t* qh, int16_t* ah3, int16_t* scratch, size_t words);
+  void (*along_row)(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words);
   // From rows y - 2 .. y + 2: pv and the sums over three columns of the activity down the column.
-  void (*down_column)(const int16_t* const z[5], int16_t* pv, int16_t* av3, int16_t* scratch,
-                      size_t words);
+  void (*down_column)(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words);
   // From rows y - 1 .. y + 1 of pv, ah3, av3: qv, direction and activity of row y.
   void (*direction)(const int16_t* const pv[3], const int16_t* const ah3[3],
                     const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,

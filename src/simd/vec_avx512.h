@@ -146,6 +146,23 @@ LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return i16(_mm512_mask_shuffle_epi8(m(U8(odd)), 0x3333333333333333, m(U8(even)),
                                       m(load<U8>(kUpperWords.v))));
 }
+// Words of the columns before: the last of the vector before and all but the last of this one; and
+// of the columns behind.
+struct Lanes16 {
+  alignas(64) uint16_t v[32];
+};
+constexpr Lanes16 words_from(int first) {
+  Lanes16 t{};
+  for (int i = 0; i < 32; ++i) t.v[i] = static_cast<uint16_t>(first + i);
+  return t;
+}
+constexpr Lanes16 kWordsBefore = words_from(31), kWordsBehind = words_from(1);
+LUM_INLINE I16 words_before(I16 before, I16 here) {
+  return i16(_mm512_permutex2var_epi16(m(before), _mm512_load_si512(kWordsBefore.v), m(here)));
+}
+LUM_INLINE I16 words_behind(I16 here, I16 behind) {
+  return i16(_mm512_permutex2var_epi16(m(here), _mm512_load_si512(kWordsBehind.v), m(behind)));
+}
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {

@@ -144,6 +144,14 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0x
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return lanes<I16>([&](int i) { return (i % 2 ? odd[i / 2] : even[i / 2]) >> 16; });
 }
+// Words of the columns before: the last of the vector before and all but the last of this one; and
+// of the columns behind.
+LUM_INLINE I16 words_before(I16 before, I16 here) {
+  return lanes<I16>([&](int i) { return i == 0 ? before[kWords - 1] : here[i - 1]; });
+}
+LUM_INLINE I16 words_behind(I16 here, I16 behind) {
+  return lanes<I16>([&](int i) { return i < kWords - 1 ? here[i + 1] : behind[0]; });
+}
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
   return lanes<U8>([&](int i) { return clamp_to(i % 2 == 0 ? even[i / 2] : odd[i / 2], 0, 255); });

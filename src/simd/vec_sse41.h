@@ -119,6 +119,14 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0x
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return i16(_mm_blend_epi16(m(U8(even >> 16)), m(U8(odd)), 0xAA));
 }
+// Words of the columns before: the last of the vector before and all but the last of this one; and
+// of the columns behind.
+LUM_INLINE I16 words_before(I16 before, I16 here) {
+  return i16(_mm_alignr_epi8(m(here), m(before), 14));
+}
+LUM_INLINE I16 words_behind(I16 here, I16 behind) {
+  return i16(_mm_alignr_epi8(m(behind), m(here), 2));
+}
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {

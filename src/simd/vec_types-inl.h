@@ -101,6 +101,9 @@ LUM_INLINE U16 splat_words(int v0, int v1) {
   return U16(U32{} + (static_cast<uint16_t>(v0) | uint32_t{static_cast<uint16_t>(v1)} << 16));
 }
 
+// Whether a dozen weights and as many samples stay in registers together.
+constexpr bool kManyRegisters = kLanes == 64;
+
 // A value that the compiler knows nothing about but that it is in a register.
 template <class V>
 LUM_INLINE V in_register(V v) {
