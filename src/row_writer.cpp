@@ -35,15 +35,18 @@ RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t sr
 
 void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
                      RowArgs& args) const {
+  args.rows = count;
   if (!streams_) {
-    args.rows = count;
     if (small_) args.write_ahead = 0;
     kernel_(dst, a, b, n, args);
-    return;
-  }
-  for (; count > 0; --count, dst += n * sink_.pixel_bytes) {
-    stream(dst, a, b, n, args);
-    (a < b ? a : b) += 2 * row_bytes(source_, n);
+  } else if (n % kStreamedGroup == 0 && reinterpret_cast<uintptr_t>(dst) % kCacheLine == 0) {
+    streamed_(dst, a, b, n, args);
+  } else {
+    args.rows = 1;
+    for (; count > 0; --count, dst += n * sink_.pixel_bytes) {
+      stream(dst, a, b, n, args);
+      (a < b ? a : b) += 2 * row_bytes(source_, n);
+    }
   }
 }
 

@@ -121,10 +121,11 @@ constexpr size_t row_bytes(Source source, size_t n) {
 
 // Whether a large frame waits for memory so long that it is written past the cache. A pixel whose
 // fourth byte stays as it is leaves no line to be written as a whole. UYVY takes arithmetic unless
-// bytes are only moved.
+// it is made of a mosaic's samples or bytes are only moved.
 constexpr bool is_memory_bound(Source source, Sink sink, int lanes = 64) {
   if (sink == Sink::uyvy) {
-    return source == Source::mono8 || source == Source::yuv411 || source == Source::yuv444;
+    return source == Source::mosaic8 || source == Source::mono8 || source == Source::yuv411 ||
+           source == Source::yuv444;
   }
   const bool own_alpha = source == Source::rgba32 || source == Source::bgra32;
   if ((sink == Sink::bgra32 || sink == Sink::rgba32) && !own_alpha) return false;
@@ -193,7 +194,7 @@ using RowKernel = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, siz
                            const RowArgs& args);
 
 // The same past the cache to a dst that is aligned to kCacheLine, as many pixels as it returns: all
-// of them, or a multiple of kStreamedGroup.
+// of them, or a multiple of kStreamedGroup. RowArgs::rows is 1 unless n is such a multiple.
 using StreamedRowKernel = size_t (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                                      const RowArgs& args);
 

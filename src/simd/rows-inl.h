@@ -146,9 +146,21 @@ constexpr size_t whole_blocks(size_t n) {
   return (n - (Source::kEdge ? 1 : 0)) / kLanes * kLanes;
 }
 
+// Past the cache: rows of whole blocks, of which the last one may need its own rule.
 template <class Source, class Sink, bool in_place>
-LUM_INLINE void one_row(const Source& source, uint8_t* dst, const uint8_t* a, const uint8_t* b,
-                        size_t n, const RowArgs& args) {
+LUM_INLINE void rest_of_row(const Source& source, PastCache dst, const uint8_t* a, const uint8_t* b,
+                            size_t x, size_t n, const RowArgs&) {
+  if (x == n) return;
+  const uint8_t* const second = Source::kRows == 2 ? b + source_bytes<Source>(x) : nullptr;
+  convert_last<Source, Sink>(source, dst + x * Sink::kPixelBytes, a + source_bytes<Source>(x),
+                             second);
+}
+
+LUM_INLINE void prefetch_write(PastCache, ptrdiff_t) {}
+
+template <class Source, class Sink, bool in_place, class To>
+LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const uint8_t* b, size_t n,
+                        const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
@@ -158,14 +170,14 @@ LUM_INLINE void one_row(const Source& source, uint8_t* dst, const uint8_t* a, co
   const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
   const size_t x = whole_blocks<Source>(n);
   const uint8_t* const end = a + source_bytes<Source>(x);
-  uint8_t* to = dst;
-  for (const uint8_t* from = a; from != end; from += kIn, to += kOut) {
+  To to = dst;
+  for (const uint8_t* from = a; from != end; from += kIn, to = to + kOut) {
     const uint8_t* const second = Source::kRows == 2 ? from + beside : nullptr;
     for (size_t line = 0; line < kIn; line += 64) {
       prefetch_read(from + line, ahead_of_a);
       if (Source::kRows == 2) prefetch_read(second + line, ahead_of_b);
     }
-    if (kPrefetches && write_ahead != 0) {
+    if (kPrefetches) {
       for (size_t line = 0; line < kOut; line += 64) prefetch_write(to + line, write_ahead);
     }
     Sink::store_block(to, source.block(from, second));
@@ -179,8 +191,8 @@ template <class Source>
 constexpr bool kTakesTwo = false;
 
 // From rows that lie one below the other; a_above: a is the upper one of the first row's two.
-template <class Source, class Sink, bool a_above>
-LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* upper, size_t n,
+template <class Source, class Sink, bool a_above, class To>
+LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* upper, size_t n,
                          const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
@@ -188,8 +200,8 @@ LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* uppe
   const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
   const size_t x = whole_blocks<Source>(n);
   const uint8_t* const end = upper + source_bytes<Source>(x);
-  uint8_t* to = dst;
-  for (const uint8_t* from = upper; from != end; from += kIn, to += kOut) {
+  To to = dst;
+  for (const uint8_t* from = upper; from != end; from += kIn, to = to + kOut) {
     const uint8_t* const middle = from + in_row;
     const uint8_t* const lower = middle + in_row;
     for (size_t line = 0; line < kIn; line += 64) {
@@ -215,21 +227,15 @@ LUM_INLINE void two_rows(const Source& source, uint8_t* dst, const uint8_t* uppe
                                    a_above ? middle : lower, x, n, args);
 }
 
-// in_place: dst may be a.
-template <class Source, class Sink, bool in_place = false>
-void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
+// Rows of a frame, each kLanes pixels or more. in_place: dst may be a.
+template <class Source, class Sink, bool in_place, class To>
+LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t n,
+                              const RowArgs& args) {
+  const Source source(args);
   const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
   size_t rows = Source::kRows == 2 ? args.rows : 1;
-  if (n < kLanes) {
-    for (; n > 0 && rows > 0; --rows, dst += out_row) {
-      convert_few<Source, Sink>(args, dst, a, b, n);
-      (a < b ? a : b) += 2 * in_row;
-    }
-    return;
-  }
-  const Source source(args);
   if constexpr (kTakesTwo<Source>) {
-    for (; rows >= 2; rows -= 2, dst += 2 * out_row, a += 2 * in_row, b += 2 * in_row) {
+    for (; rows >= 2; rows -= 2, dst = dst + 2 * out_row, a += 2 * in_row, b += 2 * in_row) {
       if (a < b) {
         two_rows<Source, Sink, true>(source, dst, a, n, args);
       } else {
@@ -237,9 +243,22 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
       }
     }
   }
-  for (; rows > 0; --rows, dst += out_row) {
+  for (; rows > 0; --rows, dst = dst + out_row) {
     one_row<Source, Sink, in_place>(source, dst, a, b, n, args);
     (a < b ? a : b) += 2 * in_row;
+  }
+}
+
+template <class Source, class Sink, bool in_place = false>
+void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
+  if (n >= kLanes) {
+    rows_of_frame<Source, Sink, in_place>(dst, a, b, n, args);
+    return;
+  }
+  size_t rows = Source::kRows == 2 ? args.rows : 1;
+  for (; n > 0 && rows > 0; --rows, dst += n * Sink::kPixelBytes) {
+    convert_few<Source, Sink>(args, dst, a, b, n);
+    (a < b ? a : b) += 2 * source_bytes<Source>(n);
   }
 }
 
@@ -251,10 +270,11 @@ constexpr size_t streamed_pixels(size_t n) {
   return n < kLanes ? 0 : (n - kLanes) / kStreamedGroup * kStreamedGroup;
 }
 
-// The row past the cache, as many pixels of it as it returns.
+// A row past the cache, as many pixels of it as it returns. noinline: what the loop needs stays in
+// registers as long as there is one loop only.
 template <class Source, class Sink>
-size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
-                    const RowArgs& args) {
+__attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b,
+                                                  size_t n, const RowArgs& args) {
   const Source source(args);
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
@@ -273,6 +293,23 @@ size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
   }
   if (last < count) convert_last<Source, Sink>(source, PastCache{dst}, a, b);
   return count;
+}
+
+template <class Source, class Sink>
+size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+                    const RowArgs& args) {
+  if constexpr (kTakesTwo<Source>) {
+    if (args.rows > 1) {
+      rows_of_frame<Source, Sink, false>(PastCache{dst}, a, b, n, args);
+      return n;
+    }
+  }
+  for (size_t rows = Source::kRows == 2 ? args.rows : 1; rows > 1; --rows) {
+    one_streamed_row<Source, Sink>(dst, a, b, n, args);
+    dst += n * Sink::kPixelBytes;
+    (a < b ? a : b) += 2 * source_bytes<Source>(n);
+  }
+  return one_streamed_row<Source, Sink>(dst, a, b, n, args);
 }
 
 inline void stream(uint8_t* dst, const uint8_t* src, size_t bytes) {
