@@ -62,6 +62,26 @@ std::vector<Conversion> flat_conversions() {
            planar_to_packed(k, dst, planes, n, channels, 2);
          }
        }});
+  list.push_back(
+      {"planes", 8, 8,
+       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+         const uint32_t n = width * height;
+         uint8_t* const planes[] = {dst, dst + 2 * n, dst + 4 * n, dst + 6 * n};
+         for (const uint32_t channels : {2, 3, 4}) {
+           packed_to_planar(k, planes, src, n, channels, 1);
+           packed_to_planar(k, planes, src, n - 1, channels, 2);
+         }
+       }});
+  list.push_back({"words to bytes", 2, 1,
+                  [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                     uint32_t height) { samples_16_to_8(k, dst, src, width * height, 4, 1); }});
+  for (const Source source : {Source::yuv411, Source::yuv422, Source::yuv444}) {
+    list.push_back(
+        {"studio " + std::to_string(static_cast<int>(source)), 3, 3,
+         [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+           yuv_to_bgr(k, source, YuvEncoding::studio601, dst, src, width * height);
+         }});
+  }
   for (uint32_t packing = 0; packing < kPackingCount; ++packing) {
     list.push_back(
         {"packing " + std::to_string(packing), 2, 2,

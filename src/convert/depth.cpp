@@ -31,7 +31,18 @@ void samples_16_to_8(const Kernels& kernels, uint8_t* dst, const uint8_t* src, u
   RowArgs args;
   args.shift = shift;
   args.big_endian = big_endian;
-  kernels.direct.words_to_bytes(dst, src, nullptr, count, args);
+  const DirectKernels& direct = kernels.direct;
+  if (dst == src) {
+    direct.words_to_bytes(dst, src, nullptr, count, args);
+    return;
+  }
+  const auto at = [&](size_t x) { return src + 2 * x; };
+  write_pixels(
+      kernels, dst, count, size_t{count} * 2, {1, 1},
+      [&](uint8_t* to, size_t x, size_t n) { direct.words_to_bytes(to, at(x), nullptr, n, args); },
+      [&](uint8_t* to, size_t x, size_t n) {
+        return direct.streamed_words_to_bytes(to, at(x), nullptr, n, args);
+      });
 }
 
 }  // namespace lum

@@ -24,6 +24,19 @@ bool yuv_source(uint32_t layout, Source* source) {
 
 uint32_t group_pixels(Source source) { return kSources[static_cast<size_t>(source)].group_pixels; }
 
+// How many samples are before the first line of a cache in every plane; count if the planes are not
+// all there or begin differently.
+size_t samples_to_line(uint8_t* const* planes, uint32_t channels, uint32_t sample_bytes,
+                       size_t count) {
+  const size_t first = reinterpret_cast<uintptr_t>(planes[0]) % kCacheLine;
+  for (uint32_t i = 0; i < channels; ++i) {
+    const bool alike = reinterpret_cast<uintptr_t>(planes[i]) % kCacheLine == first;
+    if (planes[i] == nullptr || !alike) return count;
+  }
+  const size_t bytes = (kCacheLine - first) % kCacheLine;
+  return bytes % sample_bytes != 0 ? count : std::min(bytes / sample_bytes, count);
+}
+
 }  // namespace
 
 void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uint8_t* dst,
@@ -35,7 +48,15 @@ void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uin
   RowArgs args;
   args.matrix = kStudioFactors[encoding == YuvEncoding::studio601 ? 0 : 1];
   const size_t kernel = static_cast<size_t>(source) - static_cast<size_t>(Source::yuv411);
-  kernels.direct.studio_to_bgr24[kernel](dst, src, nullptr, count, args);
+  const auto at = [&](size_t x) { return src + row_bytes(source, x); };
+  write_pixels(
+      kernels, dst, count, row_bytes(source, count), {3, group_pixels(source)},
+      [&](uint8_t* to, size_t x, size_t n) {
+        kernels.direct.studio_to_bgr24[kernel](to, at(x), nullptr, n, args);
+      },
+      [&](uint8_t* to, size_t x, size_t n) {
+        return kernels.direct.streamed_studio_to_bgr24[kernel](to, at(x), nullptr, n, args);
+      });
 }
 
 bool i420_source(uint32_t layout, Source* source) {
@@ -97,7 +118,26 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
 
 void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint8_t* src,
                       uint32_t count, uint32_t channels, uint32_t sample_bytes) {
-  kernels.direct.split[sample_bytes - 1][channels - 2](planes, src, count);
+  const auto split = kernels.direct.split[sample_bytes - 1][channels - 2];
+  const size_t pixel = size_t{channels} * sample_bytes;
+  const size_t before = is_streamed(kernels, 2 * count * pixel)
+                            ? samples_to_line(planes, channels, sample_bytes, count)
+                            : count;
+  if (before == count) {
+    split(planes, src, count);
+    return;
+  }
+  uint8_t* at[kMaxChannels];
+  const auto planes_at = [&](size_t x) {
+    for (uint32_t i = 0; i < channels; ++i) at[i] = planes[i] + x * sample_bytes;
+    return at;
+  };
+  split(planes, src, before);
+  size_t x = before;
+  x += kernels.direct.streamed_split[sample_bytes - 1][channels - 2](planes_at(x), src + x * pixel,
+                                                                     count - x);
+  kernels.end_stream();
+  split(planes_at(x), src + x * pixel, count - x);
 }
 
 void planar_to_packed(const Kernels& kernels, uint8_t* dst, const uint8_t* const* planes,

@@ -142,6 +142,25 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
   }
 }
 
+// Past the cache, whole lines of each plane.
+template <class V, int channels>
+size_t streamed_split(uint8_t* const* to, const uint8_t* src, size_t n) {
+  constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
+  constexpr size_t kStep = kLanes / kSample;
+  uint8_t* planes[channels];
+  for (int i = 0; i < channels; ++i) planes[i] = to[i];
+  const size_t count = n / kStreamedGroup * kStreamedGroup;
+  for (size_t x = 0; x < count; x += kStep) {
+    for (size_t line = 0; line < kLanes * channels; line += 64) {
+      prefetch_read(src + x * kPixel + line);
+    }
+    V c[channels];
+    apart(src + x * kPixel, c);
+    for (int i = 0; i < channels; ++i) store(PastCache{planes[i] + x * kSample}, c[i]);
+  }
+  return count;
+}
+
 // Components without a plane are stored as they were read from dst.
 template <class V, int channels, bool all, class To>
 LUM_INLINE void join_block(To to, const uint8_t* const* planes, size_t at) {

@@ -53,6 +53,7 @@ struct DirectKernels {
   // Studio-range YUV 4:1:1, 4:2:2, 4:4:4 to B, G, R. RowArgs::matrix holds four factors in units of
   // 1/256: red from V, green from U, green from V, blue from U.
   Row studio_to_bgr24[3];
+  StreamedRow streamed_studio_to_bgr24[3];
 
   // By LumPixelLayout; null for those that cannot go there. Of grey, U and V are left alone.
   void (*i420[11])(const I420Rows& rows, size_t n);
@@ -61,7 +62,9 @@ struct DirectKernels {
   // 2]. A null plane is skipped.
   void (*split[2][3])(uint8_t* const* planes, const uint8_t* src, size_t n);
   void (*join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
-  // The same as a StreamedRowKernel, of planes that are all there.
+  // The same as a StreamedRowKernel, of planes that are all there; what is written begins with
+  // lines.
+  size_t (*streamed_split[2][3])(uint8_t* const* planes, const uint8_t* src, size_t n);
   size_t (*streamed_join[2][3])(uint8_t* dst, const uint8_t* const* planes, size_t n);
 
   // 12- and 10-bit packings to words: shifted up by RowArgs::shift, then of its byte order.
@@ -69,6 +72,7 @@ struct DirectKernels {
   StreamedRow streamed_unpack[6];
   // Words of RowArgs::big_endian to min(255, V >> RowArgs::shift); dst may equal a.
   Row words_to_bytes;
+  StreamedRow streamed_words_to_bytes;
 
   // Each of `rows` rows of n pixels in reverse order, by the bytes of a pixel. dst equal to src, or
   // no overlap.

@@ -32,11 +32,24 @@ constexpr void add_unpacking(DirectKernels& k, int packing) {
   if constexpr (kStreams) k.streamed_unpack[packing] = streamed_row<Packed, Mono16<Rec601>>;
 }
 
+template <class V, int channels>
+constexpr void add_split(DirectKernels& k) {
+  constexpr size_t kSample = kElementBytes<V> - 1;
+  k.split[kSample][channels - 2] = split<V, channels>;
+  if constexpr (kStreams) k.streamed_split[kSample][channels - 2] = streamed_split<V, channels>;
+}
+
+template <class From>
+constexpr void add_studio(DirectKernels& k, int layout) {
+  k.studio_to_bgr24[layout] = row<From, Packed24<true>>;
+  if constexpr (kStreams) k.streamed_studio_to_bgr24[layout] = streamed_row<From, Packed24<true>>;
+}
+
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
-  k.studio_to_bgr24[0] = row<YuvSource<Yuv411Layout, StudioRange>, Packed24<true>>;
-  k.studio_to_bgr24[1] = row<YuvSource<Yuv422Layout, StudioRange>, Packed24<true>>;
-  k.studio_to_bgr24[2] = row<Yuv444Source<StudioRange>, Packed24<true>>;
+  add_studio<YuvSource<Yuv411Layout, StudioRange>>(k, 0);
+  add_studio<YuvSource<Yuv422Layout, StudioRange>>(k, 1);
+  add_studio<Yuv444Source<StudioRange>>(k, 2);
 
   k.i420[0] = i420<GrayTo420>;
   k.i420[4] = i420<Rgb24To420<false>>;
@@ -47,12 +60,12 @@ constexpr DirectKernels make_direct_kernels() {
   k.i420[9] = i420<YuvTo420<Yuv422Layout>>;
   k.i420[10] = i420<Yuv444To420>;
 
-  k.split[0][0] = split<U8, 2>;
-  k.split[0][1] = split<U8, 3>;
-  k.split[0][2] = split<U8, 4>;
-  k.split[1][0] = split<U16, 2>;
-  k.split[1][1] = split<U16, 3>;
-  k.split[1][2] = split<U16, 4>;
+  add_split<U8, 2>(k);
+  add_split<U8, 3>(k);
+  add_split<U8, 4>(k);
+  add_split<U16, 2>(k);
+  add_split<U16, 3>(k);
+  add_split<U16, 4>(k);
   add_join<U8, 2>(k);
   add_join<U8, 3>(k);
   add_join<U8, 4>(k);
@@ -67,6 +80,7 @@ constexpr DirectKernels make_direct_kernels() {
   add_unpacking<Mipi12>(k, 4);
   add_unpacking<Mipi10>(k, 5);
   k.words_to_bytes = row<SaturatedWords, Mono8<Rec601>, true>;
+  if constexpr (kStreams) k.streamed_words_to_bytes = streamed_row<SaturatedWords, Mono8<Rec601>>;
 
   add_flips<kMaxPixelBytes>(k);
   k.stream_rows = stream_rows;
