@@ -394,21 +394,31 @@ LUM_INLINE void compress3_all(To p, const U8 (&pixels)[4]) {
   store(p + 64, u8(_mm512_mask_blend_epi32(0xFF00, q1, q2)));
   store(p + 128, u8(_mm512_mask_blend_epi32(0xFFF0, q2, q3)));
 }
-// Three-byte elements whose first and third byte change places.
-constexpr uint64_t none_of(const LaneTable& t) {
+// Three vectors of three-byte elements whose first and third byte change places. Elements that lie
+// across the border of two vectors take a permute of either; loads that begin elsewhere would be
+// fewer operations, but cross a line each.
+template <int k>
+constexpr LaneTable kSwapped = lane_table([](int i) { return swapped_byte(64 * k + i) % 64; });
+constexpr uint64_t swapped_from(int k, int vector) {
   uint64_t mask = 0;
-  for (int i = 0; i < 64; ++i) mask |= uint64_t{t.v[i] == kNone} << i;
+  for (int i = 0; i < 64; ++i) mask |= uint64_t{swapped_byte(64 * k + i) / 64 == vector} << i;
   return mask;
 }
 template <int k>
-LUM_INLINE U8 load_swapped(const uint8_t* p) {
-  constexpr uint64_t kFromSecond = none_of(kSwapFirst<64, k>);
-  return u8(_mm512_mask_permutexvar_epi8(
-      m(permute(load<U8>(p + first_from<64>(k)), kSwapFirst<64, k>)), kFromSecond,
-      m(load<U8>(kSwapSecond<64, k>.v)), m(load<U8>(p + second_from<64>(k)))));
+LUM_INLINE U8 swapped(const U8 (&v)[3]) {
+  const __m512i index = m(load<U8>(kSwapped<k>.v));
+  __m512i result = _mm512_permutexvar_epi8(index, m(v[k]));
+  if constexpr (k > 0) {
+    result = _mm512_mask_permutexvar_epi8(result, swapped_from(k, k - 1), index, m(v[k - 1]));
+  }
+  if constexpr (k < 2) {
+    result = _mm512_mask_permutexvar_epi8(result, swapped_from(k, k + 1), index, m(v[k + 1]));
+  }
+  return u8(result);
 }
 LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
-  return {load_swapped<0>(p), load_swapped<1>(p), load_swapped<2>(p)};
+  const U8 v[3] = {load<U8>(p), load<U8>(p + 64), load<U8>(p + 128)};
+  return {swapped<0>(v), swapped<1>(v), swapped<2>(v)};
 }
 // Elements of `size` bytes, a power of two, in reverse order.
 template <int size>
