@@ -227,6 +227,12 @@ LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* upper, siz
                                    a_above ? middle : lower, x, n, args);
 }
 
+// The source rows of the next row of a frame: the upper one goes to below the lower one.
+template <class Source>
+LUM_INLINE void to_next_row(const uint8_t*& a, const uint8_t*& b, size_t n) {
+  if (Source::kRows == 2) (a < b ? a : b) += 2 * source_bytes<Source>(n);
+}
+
 // Rows of a frame, each kLanes pixels or more. in_place: dst may be a.
 template <class Source, class Sink, bool in_place, class To>
 LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t n,
@@ -245,7 +251,7 @@ LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t
   }
   for (; rows > 0; --rows, dst = dst + out_row) {
     one_row<Source, Sink, in_place>(source, dst, a, b, n, args);
-    (a < b ? a : b) += 2 * in_row;
+    to_next_row<Source>(a, b, n);
   }
 }
 
@@ -258,7 +264,7 @@ void row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowAr
   size_t rows = Source::kRows == 2 ? args.rows : 1;
   for (; n > 0 && rows > 0; --rows, dst += n * Sink::kPixelBytes) {
     convert_few<Source, Sink>(args, dst, a, b, n);
-    (a < b ? a : b) += 2 * source_bytes<Source>(n);
+    to_next_row<Source>(a, b, n);
   }
 }
 
@@ -307,7 +313,7 @@ size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
   for (size_t rows = Source::kRows == 2 ? args.rows : 1; rows > 1; --rows) {
     one_streamed_row<Source, Sink>(dst, a, b, n, args);
     dst += n * Sink::kPixelBytes;
-    (a < b ? a : b) += 2 * source_bytes<Source>(n);
+    to_next_row<Source>(a, b, n);
   }
   return one_streamed_row<Source, Sink>(dst, a, b, n, args);
 }
