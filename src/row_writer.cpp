@@ -51,8 +51,7 @@ void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
 }
 
 void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
-                       RowArgs args) const {
-  args.write_ahead = 0;
+                       const RowArgs& args) const {
   // The last pixel of two rows has no neighbour to be made of, so it is not the last of a piece.
   // Their colours take turns from column to column.
   const SourceTraits& traits = kSources[static_cast<size_t>(source_)];
@@ -62,7 +61,9 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
       sink_.pixel_bytes, std::max({two_rows ? 2u : 1u, traits.group_pixels, sink_.group_pixels})};
   const auto beside = [&](size_t x) { return two_rows ? b + row_bytes(source_, x) : nullptr; };
   const auto write = [&](uint8_t* to, size_t x, size_t count) {
-    kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args);
+    RowArgs args_here = args;
+    args_here.write_ahead = 0;
+    kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args_here);
   };
   const auto stream = [&](uint8_t* to, size_t x, size_t count) {
     return streamed_(to, a + row_bytes(source_, x), beside(x), count, args);

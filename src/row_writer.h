@@ -36,9 +36,11 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
 // count - 1, x a multiple of the group; the former may write two pixels more unless they are the
 // last, the latter is a StreamedRowKernel.
+// They are not copied: reading what was just stored in other pieces waits for all that is being
+// streamed.
 template <class Write, class Stream>
 void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
-                   Write write, Stream stream) {
+                   const Write& write, const Stream& stream) {
   constexpr size_t kBytes = 6144, kBeyond = 2 * 16;
   alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
   size_t x = pixels_to_line(dst, n, pixels);
@@ -64,7 +66,7 @@ void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const Streame
 // The same past the cache or, where that does not pay, in one go; from src_bytes.
 template <class Write, class Stream>
 void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t src_bytes,
-                  const StreamedPixels& pixels, Write write, Stream stream) {
+                  const StreamedPixels& pixels, const Write& write, const Stream& stream) {
   if (!is_streamed(kernels, src_bytes + n * pixels.bytes)) {
     write(dst, 0, n);
     return;
@@ -124,7 +126,8 @@ class RowWriter {
             RowArgs& args) const;
 
  private:
-  void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, RowArgs args) const;
+  void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
+              const RowArgs& args) const;
 
   const Kernels& kernels_;
   const RowKernel kernel_;

@@ -40,11 +40,11 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto fetch = [&](int64_t y) { rows.fetch(y, source_row(f, y), f.width, x, n); };
     for (int64_t y = -kReach; y < kAhead; ++y) fetch(y);
+    RowArgs args;
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
       fetch(y + kAhead);
       const uint8_t* const here = rows[y];
-      RowArgs args;
       args.column = native_column(f, row);
       args.above = rows[y - 1] - here;
       args.below = rows[y + 1] - here;
