@@ -11,8 +11,10 @@ LANES = {"sse41": 16, "avx2": 32, "avx512": 64}
 PORT_0 = r"v?p(madd|mul|dp)|v?ps(ll|rl|ra)[wdq]|v?ps(ll|rl|ra)v|vpsh[lr]d|vpabs"
 PORT_5 = (r"v?p(shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|ermt|cmp)|v?pack|"
           r"v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
-# How many words or pixels the loop of a demosaic's step does, as a part of the lanes.
-STEPS = {"along_row": 2, "down_column": 2, "direction": 2, "lcaa": 1, "lcaav": 2}
+# The steps of the interpolating demosaics.
+STEPS = {"along_row", "down_column", "direction", "lcaa", "lcaav"}
+# Sources whose loop makes a block of each of two rows.
+TWO_ROWS = {"Mosaic8", "Mosaic8Pairs", "Mosaic16"}
 
 
 def functions(unit):
@@ -96,7 +98,7 @@ def short(name, level):
 
 
 def counts(units, level):
-    """Names and counts for 64 pixels, or for 64 words of a demosaic's step."""
+    """Names and counts for 64 pixels."""
     unit = pathlib.Path(units) / f"kernels_{level}.cpp.o"
     if not unit.exists() or not shutil.which("objdump"):
         return []
@@ -104,6 +106,6 @@ def counts(units, level):
     for function, body in functions(unit):
         name, instructions = short(function, level), loop(body)
         if name and instructions:
-            step = LANES[level] // STEPS.get(name, 1)
+            step = LANES[level] * (2 if name.split(" ")[0] in TWO_ROWS else 1)
             found.append((name, Count(instructions, 64 / step)))
     return sorted(found, key=lambda pair: pair[0])
