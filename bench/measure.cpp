@@ -49,7 +49,6 @@ struct Contender {
   Kind kind;
   bool racing = true;
   int calls_in_sample = 1;
-  unsigned next_pair = 0;
   double seconds = 0;
   std::vector<double> samples = {};
   std::vector<double> minima = {};  // after each round
@@ -98,9 +97,9 @@ class Race {
   double sample(Contender& c, int calls) {
     const double begin = now();
     for (int i = 0; i < calls; ++i) {
-      uint8_t* const src = buffers_.src(c.next_pair);
-      uint8_t* const dst = in_place_ ? src : buffers_.dst(c.next_pair);
-      c.next_pair = (c.next_pair + 1) % buffers_.pairs();
+      uint8_t* const src = buffers_.src(next_pair_);
+      uint8_t* const dst = in_place_ ? src : buffers_.dst(next_pair_);
+      next_pair_ = (next_pair_ + 1) % buffers_.pairs();
       c.call(dst, src);
       benchmark::DoNotOptimize(dst);
       benchmark::ClobberMemory();
@@ -147,6 +146,8 @@ class Race {
 
   const Buffers& buffers_;
   bool in_place_;
+  // One count for all: a pair that the contender before has just used would not be cold.
+  unsigned next_pair_ = 0;
   double fastest_level_ = 1e9;
   std::vector<Contender> contenders_;
 };
