@@ -188,11 +188,10 @@ def all_operations(units):
             "Counted in the compiled kernels, for 64 pixels, or columns of a step of the "
             "interpolating demosaics. Of 512-bit operations a core with two ports for them begins "
             "two in a cycle: multiplications and shifts on the one only, shuffles and comparisons "
-            "on the "
-            "other only, so the fifth column is what they take at least. One with four pipes "
-            "(Zen 5) begins four, of each of the two kinds up to two: half as many cycles at "
-            "least. A load that is not "
-            "aligned to 64 bytes counts twice for the two that a core does in a cycle. Both arms "
+            "on the other only, so the fifth column is what they take at least. One with four "
+            "pipes (Zen 5) begins four, of each of the two kinds up to two: half as many cycles "
+            "at least. A load that is not aligned to 64 bytes counts twice for the two that a "
+            "core does in a cycle. Both arms "
             "of a branch are counted.", *parts]
 
 
