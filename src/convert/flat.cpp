@@ -17,8 +17,11 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
   RowArgs args = given;
   const size_t read = row_bytes(source, count);
   if (read + count * pixel_bytes(sink) <= kPrefetchAbove) {
-    args.write_ahead = 0;
-    if (read <= size_t{count} * 2) args.ahead_of_a = 0;  // three bytes and more come too slowly
+    // A line of which bytes stay is waited for, so a few lines ahead it is fetched all the same.
+    const ptrdiff_t near = pixel_bytes(sink) == 4 ? kNearPrefetch : 0;
+    const bool narrow = read <= size_t{count} * 2;  // three bytes and more come too slowly
+    args.write_ahead = narrow ? near : 0;
+    if (narrow) args.ahead_of_a = near;
   }
   const RowKernel kernel = kernels.at(source, sink);
   if (kernel != nullptr && dst == src) {

@@ -139,8 +139,10 @@ constexpr bool is_memory_bound(Source source, Sink sink, int lanes = 64) {
 // cache.
 constexpr ptrdiff_t kPrefetchDistance = 2048;
 // What reads and writes no more bytes is in the second-level cache or comes from the next by
-// itself: there prefetching only takes room from what is waited for.
+// itself: there prefetching so far ahead only takes room from what is waited for.
 constexpr size_t kPrefetchAbove = 2 << 20;
+// A few lines, which bridge the latency of the second-level cache.
+constexpr ptrdiff_t kNearPrefetch = 512;
 
 // Bytes from one address to another, of whichever objects.
 inline ptrdiff_t distance(const uint8_t* from, const uint8_t* to) {
