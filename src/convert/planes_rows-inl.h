@@ -111,7 +111,12 @@ LUM_INLINE void split_blocks(uint8_t* const* to, const uint8_t* src, size_t n) {
     V c[channels];
     apart(src + x * kPixel, c);
     for (int i = 0; i < channels; ++i) {
-      if (all || planes[i] != nullptr) store(planes[i] + x * kSample, c[i]);
+      if (!all && planes[i] == nullptr) continue;
+      if constexpr (channels == 3) {  // the others have shuffles enough
+        store_moved(planes[i] + x * kSample, c[i]);
+      } else {
+        store(planes[i] + x * kSample, c[i]);
+      }
     }
   });
 }

@@ -58,7 +58,7 @@ struct Packed32 {
     for (int i = 0; i < 4; ++i) {
       const U8 pixels = bgr != source_bgr ? swap02(v.quarter[i]) : v.quarter[i];
       if constexpr (alpha) {
-        store(p + static_cast<size_t>(i * kLanes), pixels);
+        store_moved(p + static_cast<size_t>(i * kLanes), pixels);
       } else {
         store_keep(p + i * kLanes, pixels);
       }

@@ -87,6 +87,11 @@ LUM_INLINE void store(PastCache to, const Wide& v) {
   store(to, v.lo);
   store(to + kLanes, v.hi);
 }
+// The stores of kernels that do little but move bytes, for levels that have a better way.
+template <class To, class V>
+LUM_INLINE void store_moved(To to, V v) {
+  store(to, v);
+}
 LUM_INLINE U8 splat8(unsigned v) { return U8{} + static_cast<uint8_t>(v); }
 LUM_INLINE U16 splat16(unsigned v) { return U16{} + static_cast<uint16_t>(v); }
 
