@@ -10,8 +10,8 @@
 //
 //   R = clamp((c + rv v) >> 8), G = clamp((c + gu u + gv v) >> 8), B = clamp((c + bu u) >> 8)
 //
-// and factors that are data. What depends on chroma alone is worked out once for each pair of
-// pixels, and then handed to both.
+// and factors that are data. What depends on full-range chroma alone is worked out once for each
+// pair of pixels, and then handed to both.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -28,8 +28,8 @@ LUM_INLINE I16 words_twice(I16 v) {
   return I16(pick_bytes(U8(v), load<U8>((odd ? kOddWordsTwice : kEvenWordsTwice).v)));
 }
 
-// A range makes of words with U in the lower and V in the upper byte what they contribute, and of
-// that and Y the colours.
+// Makes of words with U in the lower and V in the upper byte what they contribute, and of that and
+// Y the colours.
 LUM_INLINE I16 low_bytes(U8 uv) { return I16(uv) & 255; }
 LUM_INLINE I16 high_bytes(U8 uv) { return I16(U16(uv) >> 8); }
 
@@ -57,44 +57,52 @@ struct FullRange {
   }
 };
 
-// The offsets of Y, U and V and the rounding are one number a colour, added to the products.
-struct StudioRange {
-  struct Chroma {
-    I16 u, v;
-    template <bool odd>
-    LUM_INLINE Chroma twice() const {
-      return {words_twice<odd>(u), words_twice<odd>(v)};
-    }
-  };
+// Studio range, from words of a chroma byte below Y. A factor f is 256 n + f' with f' of eight
+// bits, and 298 is 256 + 42, so that whatever is a multiple of 256 need not be shifted:
+//
+//   (c + f x) >> 8 = Y - 16 + n x + ((42 (Y - 16) + 128 + f' x) >> 8)
+//
+// Each product of two bytes is one multiply-add, and all of them stay within 16 bits, as do their
+// sums for the factors of either standard.
+class StudioRange {
+ public:
   explicit StudioRange(const RowArgs& args)
-      : red(args.matrix[0]),
-        green_u(args.matrix[1]),
-        green_v(args.matrix[2]),
-        blue(args.matrix[3]) {}
-  LUM_INLINE Chroma chroma(U8 uv) const { return {low_bytes(uv), high_bytes(uv)}; }
-  LUM_INLINE RgbWords to_rgb(I16 y, const Chroma& c) const {
-    const Words2 yu = interleave(y, c.u), yv = interleave(y, c.v);
-    const I16 from_v = I16(splat_words(kLuma, red)), from_u = I16(splat_words(kLuma, blue));
-    const I16 green_yu = I16(splat_words(kLuma, green_u)), green_yv = I16(splat_words(0, green_v));
-    const U32 r = added(red), g = added(green_u + green_v), b = added(blue);
-    const U32 g_lo = add_madd(g, yu.lo, green_yu), g_hi = add_madd(g, yu.hi, green_yu);
-    return {packed(add_madd(r, yv.lo, from_v), add_madd(r, yv.hi, from_v)),
-            packed(add_madd(g_lo, yv.lo, green_yv), add_madd(g_hi, yv.hi, green_yv)),
-            packed(add_madd(b, yu.lo, from_u), add_madd(b, yu.hi, from_u))};
+      : red_(args.matrix[0]),
+        green_u_(args.matrix[1]),
+        green_v_(args.matrix[2]),
+        blue_(args.matrix[3]) {}
+
+  LUM_INLINE RgbWords to_rgb(U8 uy, U8 vy) const {
+    const I16 green = madd(uy, pair(green_u_.low, kLuma)) + madd(vy, pair(green_v_.low, 0));
+    return {
+        colour(red_, vy),
+        total(green, green_u_.low + green_v_.low, madd(vy, pair(green_v_.high, 1)), green_v_.high),
+        colour(blue_, uy)};
   }
 
  private:
-  static constexpr int32_t kLuma = 298;
-  static LUM_INLINE U32 added(int32_t chroma) {
-    return U32{} + static_cast<uint32_t>(128 - 16 * kLuma - 128 * chroma);
+  static constexpr int kLuma = 298 - 256;
+  struct Factor {
+    explicit Factor(int32_t f) : high((f + 128) >> 8), low(f - 256 * high) {}
+    int high, low;
+  };
+
+  static LUM_INLINE I8 pair(int chroma, int luma) { return I8(splat_pair(chroma, luma)); }
+  static LUM_INLINE I16 words(int v) { return I16(splat16(static_cast<unsigned>(v))); }
+  static LUM_INLINE I16 colour(const Factor& f, U8 xy) {
+    return total(madd(xy, pair(f.low, kLuma)), f.low, madd(xy, pair(f.high, 1)), f.high);
   }
-  static LUM_INLINE I16 packed(U32 lo, U32 hi) { return pack_sat(I32(lo) >> 8, I32(hi) >> 8); }
-  int32_t red, green_u, green_v, blue;
+  // From sums of bytes as they are; low and high are the chroma's factors in them.
+  static LUM_INLINE I16 total(I16 lower, int low, I16 upper, int high) {
+    return ((lower + words(128 - 16 * kLuma - 128 * low)) >> 8) + (upper + words(-16 - 128 * high));
+  }
+
+  Factor red_, green_u_, green_v_, blue_;
 };
 
-// A layout gives half a block as U Y V Y ..., or its luma alone; its pair_chroma() has a word of U
-// and V for each pair of a block: even words for the first half of the block, odd words for the
-// second, so that words_twice() gives them in memory order.
+// A layout gives half a block as U Y V Y ..., as words of a pixel's Y above its U or V, or its luma
+// alone; its pair_chroma() has a word of U and V for each pair of a block: even words for the first
+// half of the block, odd words for the second, so that words_twice() gives them in memory order.
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
@@ -108,6 +116,12 @@ struct Yuv411Layout {
     static constexpr int low(int i) { return i % 2 == at ? i / 4 * 6 : -1; }
     static constexpr int high(int i) { return i % 2 == at ? i / 4 * 6 + 3 : -1; }
   };
+  // Y above the group's U or V, which is `chroma` bytes from its beginning.
+  template <int chroma>
+  struct WithY {
+    static constexpr int low(int i) { return i / 4 * 6 + chroma; }
+    static constexpr int high(int i) { return Y::low(i); }
+  };
   // As in U Y V Y: chroma below, Y above.
   struct ChromaY {
     static constexpr int low(int i) { return i / 4 * 6 + i % 2 * 3; }
@@ -117,6 +131,8 @@ struct Yuv411Layout {
   static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
   static LUM_INLINE U16 uyvy(const uint8_t* p) { return load_words_of_3(p, ChromaY{}); }
+  static LUM_INLINE U8 uy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<0>{})); }
+  static LUM_INLINE U8 vy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<3>{})); }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
     return U8(load_words_of_3(p, PairChroma<0>{}) | load_words_of_3(p + kHalf, PairChroma<1>{}));
   }
@@ -128,6 +144,8 @@ struct Yuv422Layout {
   static constexpr int kHalf = kLanes;
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
   static LUM_INLINE U16 uyvy(const uint8_t* p) { return load<U16>(p); }
+  static LUM_INLINE U8 uy(const uint8_t* p) { return with_y<0>(p); }
+  static LUM_INLINE U8 vy(const uint8_t* p) { return with_y<2>(p); }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
     return pick_bytes(load<U8>(p), load<U8>(kPairChroma<0>.v)) |
            pick_bytes(load<U8>(p + kHalf), load<U8>(kPairChroma<1>.v));
@@ -139,9 +157,18 @@ struct Yuv422Layout {
     const int byte = i % kPieceBytes;
     return byte / 2 % 2 == at ? byte / 4 * 4 + byte % 2 * 2 : 0x80;
   });
+  template <int chroma>
+  static constexpr LaneTable kWithY = lane_table([](int i) {
+    const int byte = i % kPieceBytes;
+    return byte % 2 == 0 ? byte / 4 * 4 + chroma : byte;
+  });
+  template <int chroma>
+  static LUM_INLINE U8 with_y(const uint8_t* p) {
+    return pick_bytes(load<U8>(p), load<U8>(kWithY<chroma>.v));
+  }
 };
 
-template <class Layout, class Range = FullRange>
+template <class Layout>
 struct YuvSource {
   static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
   static constexpr int kRows = 1;
@@ -156,7 +183,24 @@ struct YuvSource {
   }
 
  private:
-  Range range;
+  FullRange range;
+};
+
+template <class Layout>
+struct StudioYuvSource {
+  static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit StudioYuvSource(const RowArgs& args) : range(args) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const uint8_t* const second = a + Layout::kHalf;
+    const RgbWords lo = range.to_rgb(Layout::uy(a), Layout::vy(a));
+    const RgbWords hi = range.to_rgb(Layout::uy(second), Layout::vy(second));
+    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+  }
+
+ private:
+  StudioRange range;
 };
 
 // Y alone, which is BT.601 luminance already.
@@ -183,12 +227,11 @@ struct Yuv411To422 {
 };
 
 // U Y V
-template <class Range>
-struct Yuv444Source {
+struct Yuv444 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
-  explicit Yuv444Source(const RowArgs& args) : range(args) {}
+  explicit Yuv444(const RowArgs& args) : range(args) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
     const Bytes3 v = load3(a);
     const Bytes2 y = interleave(v.c1, U8{}), uv = interleave(v.c0, v.c2);
@@ -198,9 +241,24 @@ struct Yuv444Source {
   }
 
  private:
-  Range range;
+  FullRange range;
 };
-using Yuv444 = Yuv444Source<FullRange>;
+
+struct StudioYuv444 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit StudioYuv444(const RowArgs& args) : range(args) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const Bytes3 v = load3(a);
+    const Bytes2 uy = interleave(v.c0, v.c1), vy = interleave(v.c2, v.c1);
+    const RgbWords lo = range.to_rgb(uy.lo, vy.lo), hi = range.to_rgb(uy.hi, vy.hi);
+    return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
+  }
+
+ private:
+  StudioRange range;
+};
 
 struct Yuv444Luma : Yuv444 {
   using Yuv444::Yuv444;

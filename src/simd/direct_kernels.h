@@ -51,7 +51,7 @@ struct DirectKernels {
                                  const RowArgs& args);
 
   // Studio-range YUV 4:1:1, 4:2:2, 4:4:4 to B, G, R. RowArgs::matrix holds four factors in units of
-  // 1/256: red from V, green from U, green from V, blue from U.
+  // 1/256: red from V, green from U, green from V, blue from U; those of BT.601 or of BT.709.
   Row studio_to_bgr24[3];
   StreamedRow streamed_studio_to_bgr24[3];
 

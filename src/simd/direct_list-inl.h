@@ -47,9 +47,9 @@ constexpr void add_studio(DirectKernels& k, int layout) {
 
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
-  add_studio<YuvSource<Yuv411Layout, StudioRange>>(k, 0);
-  add_studio<YuvSource<Yuv422Layout, StudioRange>>(k, 1);
-  add_studio<Yuv444Source<StudioRange>>(k, 2);
+  add_studio<StudioYuvSource<Yuv411Layout>>(k, 0);
+  add_studio<StudioYuvSource<Yuv422Layout>>(k, 1);
+  add_studio<StudioYuv444>(k, 2);
 
   k.i420[0] = i420<GrayTo420>;
   k.i420[4] = i420<Rgb24To420<false>>;
