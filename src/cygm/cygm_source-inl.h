@@ -36,8 +36,9 @@ struct Cygm {
     I16 y, cr64, cb64;
   };
 
-  // 64 times a quarter, truncated toward zero, of a sixteenth of v.
-  static LUM_INLINE I16 quarter64(I16 v) { return (v + ((v >> 15) & 63)) & ~63; }
+  // 64 times a quarter, truncated toward zero, of a sixteenth of v, a multiple of 16. To negative v
+  // 48 to 63 has to be added, to others less than 16: from -8160 to 8160 their upper six bits are.
+  static LUM_INLINE I16 quarter64(I16 v) { return (v + I16(U16(v) >> 10)) & ~63; }
 
   static LUM_INLINE Terms terms(U8 a, U8 b, I8 yellow_minus_cyan, I8 magenta_minus_green) {
     const I8 ones = I8(splat8(1));
