@@ -95,10 +95,12 @@ struct TileRows {
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
                   TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
-  const auto step = mode == DemosaicMode::lcaa ? k.lcaa : k.lcaav;
+  const bool edge_aware = mode == DemosaicMode::lcaav;
+  const auto step = edge_aware ? k.lcaav : k.lcaa;
+  const auto direction = edge_aware ? k.direction_and_activity : k.direction;
   // How far below the row that is written the differences along a row must be known, and how far
   // samples are fetched: as in convert_in_one_step(), before they are needed.
-  const int reach = mode == DemosaicMode::lcaa ? 1 : 3;
+  const int reach = edge_aware ? 3 : 1;
   constexpr int kAhead = 5;
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
@@ -115,7 +117,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     k.down_column(z, rows.pv[y], rows.av3[y], words);
   };
 
-  rows.qh.used = rows.ah3.used = mode == DemosaicMode::lcaa ? 4 : 8;
+  rows.qh.used = rows.ah3.used = edge_aware ? 8 : 4;
   for (int64_t y = -3; y < kAhead; ++y) fetch(y);
   for (int64_t y = -reach; y <= reach; ++y) add_row(y);
   add_columns(-1);
@@ -134,8 +136,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
     const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
     const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
-    k.direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
-                words);
+    direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
+              words);
     add_row(y + reach + 1);  // here, so that the direction is stored when its neighbours are read
     for (int i = 0; i < 7; ++i) {
       t.z[i] = samples(y + i - 3);

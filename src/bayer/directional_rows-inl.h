@@ -129,9 +129,9 @@ struct Rows3 {
   const int16_t *above, *here, *below;
 };
 
-inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
-                      const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
-                      size_t words) {
+template <bool with_activity>
+void direction(const int16_t* const pv[3], const int16_t* const ah3[3], const int16_t* const av3[3],
+               int16_t* qv, int16_t* e, int16_t* act, size_t words) {
   const Rows3 p(pv), h(ah3), v(av3);
   const auto half = [&](ptrdiff_t x) {
     const I16 mid = at(p.here, x);
@@ -140,7 +140,7 @@ inline void direction(const int16_t* const pv[3], const int16_t* const ah3[3],
     const I16 gv = at(v.above, x) + at(v.here, x) + at(v.below, x);
     store(e + x, preference(
                      gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }, 12));
-    store(act + x, lesser(gh, gv));
+    if constexpr (with_activity) store(act + x, lesser(gh, gv));
   };
   for (size_t x = 0; x < words; x += kLanes / 2) {
     half(static_cast<ptrdiff_t>(x));

@@ -220,7 +220,7 @@ struct DemosaicTile {
   const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
   const int16_t* qv;     // differences down the column, row y
   const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
-  const int16_t* act;    // activity, row y
+  const int16_t* act;    // activity, row y; of no use to lcaa
   int16_t* work[5];      // rows for the kernel's own use, where registers are few
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
   size_t words;          // of a half, to compute
@@ -233,10 +233,11 @@ struct DemosaicKernels {
   void (*along_row)(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words);
   // From rows y - 2 .. y + 2: pv and the sums over three columns of the activity down the column.
   void (*down_column)(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words);
-  // From rows y - 1 .. y + 1 of pv, ah3, av3: qv, direction and activity of row y.
-  void (*direction)(const int16_t* const pv[3], const int16_t* const ah3[3],
-                    const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
-                    size_t words);
+  // From rows y - 1 .. y + 1 of pv, ah3, av3: qv, direction and, in the latter, activity of row y.
+  using Direction = void (*)(const int16_t* const pv[3], const int16_t* const ah3[3],
+                             const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
+                             size_t words);
+  Direction direction, direction_and_activity;
   void (*lcaa)(const DemosaicTile& tile);
   void (*lcaav)(const DemosaicTile& tile);
 };
