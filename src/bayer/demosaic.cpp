@@ -38,12 +38,14 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
 
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
-    const auto fetch = [&](int64_t y) { rows.fetch(y, source_row(f, y), f.width, x, n); };
-    for (int64_t y = -kReach; y < kAhead; ++y) fetch(y);
+    const auto fetch = [&](int64_t y, const uint8_t* row) { rows.fetch(y, row, f.width, x, n); };
+    for (int64_t y = -kReach; y < kAhead; ++y) fetch(y, source_row(f, y));
     RowArgs args;
+    const uint8_t* ahead = source_row(f, kAhead);
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
-      fetch(y + kAhead);
+      fetch(y + kAhead, ahead);
+      ahead = source_row(f, y + kAhead + 1);
       const uint8_t* const here = rows[y];
       args.column = native_column(f, row);
       args.above = rows[y - 1] - here;
@@ -51,7 +53,7 @@ void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source so
       args.above2 = rows[y - 2] - here;
       args.below2 = rows[y + 2] - here;
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      args.ahead_of_a = distance(here, source_row(f, y + kAhead + 1) + x);
+      args.ahead_of_a = distance(here, ahead + x);
       write(destination(f, x, row), here, nullptr, n, args);
     }
   }
