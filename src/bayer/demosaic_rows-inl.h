@@ -114,15 +114,17 @@ struct PairedChroma {
     add_pair<kernel, green_first_, row, 1>(load<U8>(p), sum);
     add_pair<kernel, green_first_, row, 2>(load<U8>(p + 2), sum);
   }
+  // (sum + 16) >> 5
+  static LUM_INLINE I16 unscaled(I16 sum) { return mul_round(sum, I16{} + (1 << 10)); }
   template <const PairKernel& kernel, bool green_first_>
   LUM_INLINE I16 difference(const uint8_t* a) const {
-    I16 near = I16{} + 16, far = I16{};  // two sums, so that additions wait for each other less
+    I16 near = {}, far = {};  // two sums, so that additions wait for each other less
     add_row<kernel, green_first_, 0>(a, near);
     add_row<kernel, green_first_, 1>(a + offsets[1], far);
     add_row<kernel, green_first_, 1>(a + offsets[2], near);
     add_row<kernel, green_first_, 2>(a + offsets[3], far);
     add_row<kernel, green_first_, 2>(a + offsets[4], near);
-    return (near + far) >> 5;
+    return unscaled(near + far);
   }
 
   // Both differences at once, where all weights stay in registers: each sample is loaded once, and
@@ -150,13 +152,13 @@ struct PairedChroma {
       const I16 own = difference<kGreenMinusOwn, green_first_>(a);
       return {own, difference<kGreenMinusOther, green_first_>(a)};
     }
-    Differences near = {I16{} + 16, I16{} + 16}, far = {};
+    Differences near = {}, far = {};
     add_row_to_both<green_first_, 0>(a, near);
     add_row_to_both<green_first_, 1>(a + offsets[1], far);
     add_row_to_both<green_first_, 1>(a + offsets[2], near);
     add_row_to_both<green_first_, 2>(a + offsets[3], far);
     add_row_to_both<green_first_, 2>(a + offsets[4], near);
-    return {(near.own + far.own) >> 5, (near.other + far.other) >> 5};
+    return {unscaled(near.own + far.own), unscaled(near.other + far.other)};
   }
 
   template <bool green_first_>
