@@ -36,11 +36,11 @@ void spread(Value* values, uint32_t pixels, uint32_t channels, uint32_t incremen
 template <class Index>
 bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
   constexpr uint32_t kSample = sizeof(Index) / 2;
-  const uint32_t piece = static_cast<uint32_t>(k.pick_piece / sizeof(Index));
+  const uint32_t piece = static_cast<uint32_t>(k.mix_piece / sizeof(Index));
   const uint32_t next = pairs ? static_cast<uint32_t>(pixel.bytes()) : 0;
   const uint32_t samples = plan.n * pixel.channels;
-  if (next + kSample > k.pick_piece) return false;
-  const uint32_t most = static_cast<uint32_t>(k.pick_piece) - next - kSample;
+  if (next + kSample > k.mix_piece) return false;
+  const uint32_t most = static_cast<uint32_t>(k.mix_piece) - next - kSample;
   const uint32_t of_b = pairs ? next * 0x0101 + 0x0100 : 0x8080, of_a = 0x0100;
   const uint32_t factor = kSample == 1 ? (pairs ? 0x0101 : 1) : (pairs ? 0x01010101 : 0x0101);
   const uint32_t added = kSample == 1 ? (of_b & 0xFF) << 8 : of_a | of_b << 16;
@@ -71,7 +71,7 @@ bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs
     if (!add(piece)) return false;
   }
   if (x < samples && !add(samples - x)) return false;
-  plan.reach = base + k.pick_piece + pixel.bytes();
+  plan.reach = base + k.mix_piece + pixel.bytes();
   for (uint32_t i = 0; i < kBlockSamples / piece; ++i) *bases++ = 0;
   memset(index, 0, kBlockSamples * sizeof(Index));
   return plan.reach <= kMostReach;
@@ -134,30 +134,34 @@ void add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
   }
 }
 
-// As pieces have twice as many bytes to pick from without mixing, steps up to some three pixels do.
+// As spans have twice as many bytes to pick from without mixing, steps up to some two pixels do.
 void add_picks(Plan& plan, const DirectKernels& k, PixelShape pixel, size_t row_bytes) {
-  const size_t piece = k.pick_piece, window = 2 * piece;
-  const size_t bytes = plan.n * pixel.bytes(), whole = (bytes + kBlockSamples - 1) / kBlockSamples;
+  const size_t span = k.pick_span, window = 2 * span, pixel_bytes = pixel.bytes();
+  const size_t bytes = plan.n * pixel_bytes, whole = (bytes + kBlockSamples - 1) / kBlockSamples;
   if (row_bytes < window) return;
-  // Where a byte of the result lies in the source row.
-  const auto where = [&](size_t i) {
-    return plan.first + plan.at[i / pixel.bytes() * plan.stride] + i % pixel.bytes();
-  };
   plan.from = std::min(plan.first, row_bytes - window);
   memset(plan.index, 0, whole * kBlockSamples);
-  for (size_t first = 0; first < whole * kBlockSamples; first += piece) {
-    uint32_t& base = plan.base[first / piece];
+  // The pixel that byte i of the result is of, and which of its bytes that is.
+  size_t x = 0, part = 0;
+  const auto pixel_begin = [&] { return plan.first + plan.at[x * plan.stride]; };
+  for (size_t i = 0; i < whole * kBlockSamples; i += span) {
+    uint32_t& base = plan.base[i / span];
     base = 0;
-    if (first >= bytes) continue;
-    const size_t pixel_begin = where(first) - first % pixel.bytes();
-    const size_t begin = std::min(pixel_begin, row_bytes - window);
+    if (i >= bytes) continue;
+    const size_t begin = std::min(pixel_begin(), row_bytes - window);
     base = static_cast<uint32_t>(begin - plan.from);
-    const size_t end = std::min(first + piece, bytes);
+    size_t last = 0;
+    for (size_t j = i; j < std::min(i + span, bytes); ++j) {
+      last = pixel_begin();
+      plan.index[j] = static_cast<uint8_t>(last + part - begin);
+      if (++part == pixel_bytes) {
+        part = 0;
+        ++x;
+      }
+    }
     // Of the last pixel and the next one; behind the row's last one there is none, and none is
     // mixed in.
-    const size_t behind = where(end - 1) - (end - 1) % pixel.bytes() + 2 * pixel.bytes();
-    if (std::min(behind, row_bytes) > begin + window) return;
-    for (size_t i = first; i < end; ++i) plan.index[i] = static_cast<uint8_t>(where(i) - begin);
+    if (std::min(last + 2 * pixel_bytes, row_bytes) > begin + window) return;
   }
   plan.picks = true;
 }

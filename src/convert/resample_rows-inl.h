@@ -4,25 +4,35 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// ---- Picks: for each piece of the result, bytes of the two pieces of the source from its base on.
+// ---- Picks: for each span of the result, bytes of the two spans of the source from its base on.
 struct Window {
   U8 first, second;
 };
+// Where a span is a whole vector, one permute picks from both.
+constexpr bool kPicksFromTwo = kSpanBytes > kPieceBytes;
+constexpr size_t kWindows = kLanes / kSpanBytes;
+
 LUM_INLINE Window load_window(const uint8_t* src, const uint32_t* base) {
-  return {load_pieces_at(src, base), load_pieces_at(src + kPieceBytes, base)};
+  if constexpr (kPicksFromTwo) return {load<U8>(src + *base), load<U8>(src + *base + kSpanBytes)};
+  return {load_pieces_at(src, base), load_pieces_at(src + kSpanBytes, base)};
 }
-// An index at or above the size of a piece has its highest bit set for the first one, one below it
-// for the second.
-LUM_INLINE U8 picked(const Window& w, U8 index) {
-  return pick_bytes(w.first, index + static_cast<uint8_t>(0x80 - kPieceBytes)) |
-         pick_bytes(w.second, index - static_cast<uint8_t>(kPieceBytes));
+// V, which is U8, so that only a level that has the permute looks for it.
+template <class V>
+LUM_INLINE U8 picked(const Window& w, V index) {
+  if constexpr (kPicksFromTwo) {
+    return permute_two(w.first, w.second, index);
+  } else {
+    // An index at or above the size of a span has its highest bit set for the first one, one below
+    // it for the second.
+    return pick_bytes(w.first, index + static_cast<uint8_t>(0x80 - kSpanBytes)) |
+           pick_bytes(w.second, index - static_cast<uint8_t>(kSpanBytes));
+  }
 }
-constexpr size_t kPieces = kLanes / kPieceBytes;
 
 inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                  size_t n) {
   const auto block = [&](size_t x) {
-    return picked(load_window(src, base + x / kLanes * kPieces), load<U8>(index + x));
+    return picked(load_window(src, base + x / kLanes * kWindows), load<U8>(index + x));
   };
   over_blocks(
       n, kLanes, [&](size_t x) { store(dst + x, block(x)); },
@@ -34,10 +44,10 @@ inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const u
 inline void pick_pairs(uint8_t* a, uint8_t* b, const uint8_t* src, const uint32_t* base,
                        const uint8_t* index, uint8_t offset, size_t n) {
   for (size_t x = 0; x < n; x += kLanes) {
-    const Window w = load_window(src, base + x / kLanes * kPieces);
+    const Window w = load_window(src, base + x / kLanes * kWindows);
     const U8 i = load<U8>(index + x);
     store(a + x, picked(w, i));
-    store(b + x, picked(w, i + offset));
+    store(b + x, picked(w, U8(i + offset)));
   }
 }
 

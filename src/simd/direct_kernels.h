@@ -108,16 +108,16 @@ struct DirectKernels {
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
 
-  // dst[i] = src[base[i / pick_piece] + index[i]], for n bytes, index[i] below 2 * pick_piece.
-  // `base` and `index` have values for kBlockSamples bytes more, and src can be read from each base
-  // on for 2 * pick_piece bytes.
+  // dst[i] = src[base[i / pick_span] + index[i]], for n bytes, index[i] below 2 * pick_span. `base`
+  // and `index` have values for kBlockSamples bytes more, and src can be read from each base on for
+  // 2 * pick_span bytes.
   void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                size_t n);
   // The same to a, and to b the bytes that lie `offset` further on. Where that is beyond what can
   // be read, any byte. a and b have room for kBlockSamples bytes more.
   void (*pick_pairs)(uint8_t* a, uint8_t* b, const uint8_t* src, const uint32_t* base,
                      const uint8_t* index, uint8_t offset, size_t n);
-  size_t pick_piece;
+  size_t pick_span;
 
   // dst[i] = a[i] + (((b[i] - a[i]) f + 0x4000) >> 15), f below 2^15, for n samples; f differs from
   // sample to sample or not. a, b and f may be read on for kBlockSamples.
@@ -127,12 +127,13 @@ struct DirectKernels {
   void (*mix16_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
   // The same of what is picked from src, by two bytes of index for each byte of the result: where
   // the bytes of a sample of a are, then where those of b; `apart`: 0x80 for b, which is picked
-  // like a from a pixel further on. There is a base for every pick_piece bytes of index, and src
-  // can be read from there on for pick_piece bytes and a pixel. Of words (the second of each two) f
+  // like a from a pixel further on. There is a base for every mix_piece bytes of index, and src
+  // can be read from there on for mix_piece bytes and a pixel. Of words (the second of each two) f
   // is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
   using PickingMix = void(uint8_t* dst, const uint8_t* src, const uint32_t* base,
                           const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n);
   PickingMix *mix_pairs[2], *mix_apart[2];
+  size_t mix_piece;
 };
 
 }  // namespace lum

@@ -464,6 +464,10 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m(index))); }
 // Spans are what a byte can be moved about in by one shuffle: here it is the whole vector.
 constexpr int kSpanBytes = 64;
+// Bytes of two vectors that the low seven bits of an index tell.
+LUM_INLINE U8 permute_two(U8 first, U8 second, U8 index) {
+  return u8(_mm512_permutex2var_epi8(m(first), m(index), m(second)));
+}
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return permute(v, t); }
