@@ -36,12 +36,12 @@ void spread(Value* values, uint32_t pixels, uint32_t channels, uint32_t incremen
 template <class Index>
 bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
   constexpr uint32_t kSample = sizeof(Index) / 2;
-  const uint32_t piece = static_cast<uint32_t>(k.mix_piece / sizeof(Index));
+  const uint32_t piece = static_cast<uint32_t>(k.pick_span / sizeof(Index));
   const uint32_t next = pairs ? static_cast<uint32_t>(pixel.bytes()) : 0;
   const uint32_t samples = plan.n * pixel.channels;
-  if (next + kSample > k.mix_piece) return false;
-  const uint32_t most = static_cast<uint32_t>(k.mix_piece) - next - kSample;
-  const uint32_t of_b = pairs ? next * 0x0101 + 0x0100 : 0x8080, of_a = 0x0100;
+  if (next + kSample > k.pick_span) return false;
+  const uint32_t most = static_cast<uint32_t>(k.pick_span) - next - kSample;
+  const uint32_t of_b = pairs ? next * 0x0101 + 0x0100 : kPickNothing * 0x0101, of_a = 0x0100;
   const uint32_t factor = kSample == 1 ? (pairs ? 0x0101 : 1) : (pairs ? 0x01010101 : 0x0101);
   const uint32_t added = kSample == 1 ? (of_b & 0xFF) << 8 : of_a | of_b << 16;
   const uint32_t* at = plan.at;
@@ -54,7 +54,7 @@ bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs
     base = *std::min_element(at + x, at + x + some);
     *bases++ = base;
     constexpr uint32_t kUsual = 16 / sizeof(Index);
-    Index v[kUsual];
+    Index v[kMostSpan / sizeof(Index)];
     const auto fill = [&](uint32_t count) {
       for (uint32_t i = 0; i < count; ++i) {
         v[i] = static_cast<Index>((at[x + i] - base) * factor + added);
@@ -71,7 +71,7 @@ bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs
     if (!add(piece)) return false;
   }
   if (x < samples && !add(samples - x)) return false;
-  plan.reach = base + k.mix_piece + pixel.bytes();
+  plan.reach = base + k.pick_span + pixel.bytes();
   for (uint32_t i = 0; i < kBlockSamples / piece; ++i) *bases++ = 0;
   memset(index, 0, kBlockSamples * sizeof(Index));
   return plan.reach <= kMostReach;

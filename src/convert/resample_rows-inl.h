@@ -113,19 +113,24 @@ struct Picks {
   const uint8_t* index;
   size_t pixel_bytes;
 };
+// Of one span, or 0 for kPickNothing.
+template <class V>
+LUM_INLINE U8 picked(const uint8_t* src, const uint32_t* base, V index) {
+  if constexpr (kPicksFromTwo) return permute_two(load<U8>(src + *base), U8{}, index);
+  return pick_bytes(load_pieces_at(src, base), index);
+}
 struct PickedPairs : Picks {
   // Those of an index from byte i on: a and b of each sample.
   LUM_INLINE U8 operator()(size_t i) const {
-    return pick_bytes(load_pieces_at(src, base + i / kPieceBytes), load<U8>(index + i));
+    return picked(src, base + i / kSpanBytes, load<U8>(index + i));
   }
 };
 struct PickedApart : Picks {
   // a alone, and b alone.
   LUM_INLINE Bytes2 operator()(size_t i) const {
     const U8 where = in_register(load<U8>(index + i));
-    const uint32_t* const at = base + i / kPieceBytes;
-    return {pick_bytes(load_pieces_at(src, at), where),
-            pick_bytes(load_pieces_at(src + pixel_bytes, at), where)};
+    const uint32_t* const at = base + i / kSpanBytes;
+    return {picked(src, at, where), picked(src + pixel_bytes, at, where)};
   }
 };
 LUM_INLINE I16 mix_picked(U8 pairs, I16 f) {

@@ -43,6 +43,9 @@ struct Transposition {
   bool staged, exact;
 };
 
+// An index that picks 0.
+constexpr uint8_t kPickNothing = 0xC0;
+
 struct DirectKernels {
   // As RowKernel and StreamedRowKernel.
   using Row = void (*)(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
@@ -126,14 +129,13 @@ struct DirectKernels {
   void (*mix8_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
   void (*mix16_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
   // The same of what is picked from src, by two bytes of index for each byte of the result: where
-  // the bytes of a sample of a are, then where those of b; `apart`: 0x80 for b, which is picked
-  // like a from a pixel further on. There is a base for every mix_piece bytes of index, and src
-  // can be read from there on for mix_piece bytes and a pixel. Of words (the second of each two) f
-  // is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
+  // the bytes of a sample of a are, then where those of b; `apart`: kPickNothing for b, which is
+  // picked like a from a pixel further on. There is a base for every pick_span bytes of index, and
+  // src can be read from there on for pick_span bytes and a pixel. Of words (the second of each
+  // two) f is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
   using PickingMix = void(uint8_t* dst, const uint8_t* src, const uint32_t* base,
                           const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n);
   PickingMix *mix_pairs[2], *mix_apart[2];
-  size_t mix_piece;
 };
 
 }  // namespace lum

@@ -105,7 +105,6 @@ constexpr DirectKernels make_direct_kernels() {
   k.pick = pick;
   k.pick_pairs = pick_pairs;
   k.pick_span = kSpanBytes;
-  k.mix_piece = kPieceBytes;
   k.mix_pairs[0] = mix8_picked<PickedPairs>;
   k.mix_pairs[1] = mix16_picked<PickedPairs>;
   k.mix_apart[0] = mix8_picked<PickedApart>;
