@@ -39,10 +39,27 @@ LUM_INLINE U8 load_by_channel(const uint8_t* p, int k) {
   return pick_bytes(pieces, load<U8>(kByChannel<size, channels>.v));
 }
 
+// One of `channels` from 64 / channels pixels of two vectors, and behind it the next ones.
+template <int size, int channels, int first>
+constexpr LaneTable kTwoApart = lane_table([](int i) {
+  constexpr int kRun = 128 / channels;
+  const int channel = first + i / kRun, within = i % kRun;
+  return (within / size * channels + channel) * size + within % size;
+});
+// V, which is U8, so that only a level that has the permute looks for it.
+template <int size, int channels, int first, class V>
+LUM_INLINE U8 two_apart(V v0, V v1) {
+  return permute_two(v0, v1, load<V>(kTwoApart<size, channels, first>.v));
+}
+
 template <class V>
 LUM_INLINE void apart(const uint8_t* p, V (&c)[2]) {
-  if constexpr (kInPieces) {
-    constexpr int kSize = kElementBytes<V>;
+  constexpr int kSize = kElementBytes<V>;
+  if constexpr (kPermutesTwo) {
+    const U8 v0 = load<U8>(p), v1 = load<U8>(p + kLanes);
+    c[0] = V(two_apart<kSize, 2, 0>(v0, v1));
+    c[1] = V(two_apart<kSize, 2, 1>(v0, v1));
+  } else if constexpr (kInPieces) {
     const auto v =
         interleave(U64(load_by_channel<kSize, 2>(p, 0)), U64(load_by_channel<kSize, 2>(p, 1)));
     c[0] = V(v.lo);
@@ -65,8 +82,21 @@ LUM_INLINE void apart(const uint8_t* p, U16 (&c)[3]) {
 }
 template <class V>
 LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
+  constexpr int kSize = kElementBytes<V>;
+  if constexpr (kPermutesTwo) {
+    U8 v[4];
+    for (int k = 0; k < 4; ++k) v[k] = load<U8>(p + k * kLanes);
+    const Bytes2 first =
+        halves_together(two_apart<kSize, 4, 0>(v[0], v[1]), two_apart<kSize, 4, 0>(v[2], v[3]));
+    const Bytes2 second =
+        halves_together(two_apart<kSize, 4, 2>(v[0], v[1]), two_apart<kSize, 4, 2>(v[2], v[3]));
+    c[0] = V(first.lo);
+    c[1] = V(first.hi);
+    c[2] = V(second.lo);
+    c[3] = V(second.hi);
+    return;
+  }
   if constexpr (kInPieces) {
-    constexpr int kSize = kElementBytes<V>;
     U32 v[4];
     for (int k = 0; k < 4; ++k) v[k] = U32(load_by_channel<kSize, 4>(p, k));
     const auto a = interleave(v[0], v[1]), b = interleave(v[2], v[3]);
@@ -111,12 +141,7 @@ LUM_INLINE void split_blocks(uint8_t* const* to, const uint8_t* src, size_t n) {
     V c[channels];
     apart(src + x * kPixel, c);
     for (int i = 0; i < channels; ++i) {
-      if (!all && planes[i] == nullptr) continue;
-      if constexpr (channels == 3) {  // the others have shuffles enough
-        store_moved(planes[i] + x * kSample, c[i]);
-      } else {
-        store(planes[i] + x * kSample, c[i]);
-      }
+      if (all || planes[i] != nullptr) store_moved(planes[i] + x * kSample, c[i]);
     }
   });
 }

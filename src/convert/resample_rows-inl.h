@@ -5,21 +5,20 @@ namespace LUM_LEVEL {
 namespace {
 
 // ---- Picks: for each span of the result, bytes of the two spans of the source from its base on.
+// Where a permute takes two vectors, those are the spans.
 struct Window {
   U8 first, second;
 };
-// Where a span is a whole vector, one permute picks from both.
-constexpr bool kPicksFromTwo = kSpanBytes > kPieceBytes;
 constexpr size_t kWindows = kLanes / kSpanBytes;
 
 LUM_INLINE Window load_window(const uint8_t* src, const uint32_t* base) {
-  if constexpr (kPicksFromTwo) return {load<U8>(src + *base), load<U8>(src + *base + kSpanBytes)};
+  if constexpr (kPermutesTwo) return {load<U8>(src + *base), load<U8>(src + *base + kSpanBytes)};
   return {load_pieces_at(src, base), load_pieces_at(src + kSpanBytes, base)};
 }
 // V, which is U8, so that only a level that has the permute looks for it.
 template <class V>
 LUM_INLINE U8 picked(const Window& w, V index) {
-  if constexpr (kPicksFromTwo) {
+  if constexpr (kPermutesTwo) {
     return permute_two(w.first, w.second, index);
   } else {
     // An index at or above the size of a span has its highest bit set for the first one, one below
@@ -116,7 +115,7 @@ struct Picks {
 // Of one span, or 0 for kPickNothing.
 template <class V>
 LUM_INLINE U8 picked(const uint8_t* src, const uint32_t* base, V index) {
-  if constexpr (kPicksFromTwo) return permute_two(load<U8>(src + *base), U8{}, index);
+  if constexpr (kPermutesTwo) return permute_two(load<U8>(src + *base), U8{}, index);
   return pick_bytes(load_pieces_at(src, base), index);
 }
 struct PickedPairs : Picks {

@@ -465,8 +465,14 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m
 // Spans are what a byte can be moved about in by one shuffle: here it is the whole vector.
 constexpr int kSpanBytes = 64;
 // Bytes of two vectors that the low seven bits of an index tell.
+constexpr bool kPermutesTwo = true;
 LUM_INLINE U8 permute_two(U8 first, U8 second, U8 index) {
   return u8(_mm512_permutex2var_epi8(m(first), m(index), m(second)));
+}
+// The lower halves of both, and the upper ones.
+LUM_INLINE Bytes2 halves_together(U8 a, U8 b) {
+  return {u8(_mm512_inserti64x4(m(a), _mm512_castsi512_si256(m(b)), 1)),
+          u8(_mm512_shuffle_i64x2(m(a), m(b), 0xEE))};
 }
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
