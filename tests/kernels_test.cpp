@@ -321,7 +321,7 @@ TEST_P(LevelTest, ExchangesRows) {
       std::swap_ranges(expected_a.begin() + (p - first.begin()),
                        expected_a.begin() + (p - first.begin()) + static_cast<ptrdiff_t>(bytes),
                        expected_b.begin() + (q - second.begin()));
-      table_->exchange(p, q, bytes);
+      table_->exchange(p, q, bytes, n % 2 == 0 ? 0 : kPrefetchDistance);
       ASSERT_TRUE(std::equal(expected_a.begin(), expected_a.end(), first.begin())) << bytes;
       ASSERT_TRUE(std::equal(expected_b.begin(), expected_b.end(), second.begin())) << bytes;
     }

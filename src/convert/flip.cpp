@@ -5,6 +5,7 @@
 #include "arguments.h"
 #include "convert/direct.h"
 #include "convert/flat.h"
+#include "convert/rows.h"
 #include "lum/lum.h"
 #include "row_writer.h"
 #include "simd/isa.h"
@@ -54,9 +55,7 @@ void flip(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t wid
       break;
     case kUpsideDown:
       if (dst == src) {
-        for (size_t y = 0; y < height / 2; ++y) {
-          kernels.exchange(dst + y * row_bytes, dst + (height - 1 - y) * row_bytes, row_bytes);
-        }
+        flip_vertical(kernels, dst, row_bytes, height);
       } else {
         const RowCopier copy(kernels, row_bytes * height);
         for (size_t y = 0; y < height; ++y) {

@@ -13,11 +13,12 @@
 
 namespace lum {
 
-void flip_vertical(const Kernels& kernels, uint8_t* image, uint32_t row_bytes, uint32_t rows) {
+void flip_vertical(const Kernels& kernels, uint8_t* image, size_t row_bytes, uint32_t rows) {
   uint8_t* top = image;
   uint8_t* bottom = image + size_t{rows - 1} * row_bytes;
+  const ptrdiff_t ahead = size_t{rows} * row_bytes <= kPrefetchAbove ? 0 : kPrefetchDistance;
   for (uint32_t i = 0; i < rows / 2; ++i, top += row_bytes, bottom -= row_bytes) {
-    kernels.exchange(top, bottom, row_bytes);
+    kernels.exchange(top, bottom, row_bytes, ahead);
   }
 }
 

@@ -244,8 +244,10 @@ struct DemosaicKernels {
 
 struct Kernels {
   RowKernel row[kSourceCount][kSinkCount];  // null where the conversion does not exist or is a copy
-  StreamedRowKernel streamed[kSourceCount][kSinkCount];    // null where that does not pay
-  void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes);  // swaps two disjoint byte ranges
+  StreamedRowKernel streamed[kSourceCount][kSinkCount];  // null where that does not pay
+  // Swaps two disjoint byte ranges. What is prefetched so far ahead, unless that is 0, is expected
+  // behind a and, beyond the end of b, in a range of as many bytes before b.
+  void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes, ptrdiff_t ahead);
   // Copies past the cache, in whole lines but for the ends; what was streamed is visible to other
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);

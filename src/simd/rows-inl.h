@@ -334,14 +334,23 @@ inline void stream(uint8_t* dst, const uint8_t* src, size_t bytes) {
   memcpy(dst + i, src + i, bytes - i);
 }
 
-inline void exchange(uint8_t* a, uint8_t* b, size_t bytes) {
+inline void exchange(uint8_t* a, uint8_t* b, size_t bytes, ptrdiff_t ahead) {
   size_t i = 0;
-  for (; i + kLanes <= bytes; i += kLanes) {
+  const auto block = [&] {
     const U8 from_a = load<U8>(a + i), from_b = load<U8>(b + i);
-    prefetch_write(a + i);
-    prefetch_write(b + i);
     store(a + i, from_b);
     store(b + i, from_a);
+  };
+  if (ahead == 0) {
+    for (; i + kLanes <= bytes; i += kLanes) block();
+  } else {
+    for (; i + kLanes <= bytes; i += kLanes) {
+      prefetch_write(a + i, ahead);
+      const ptrdiff_t next = static_cast<ptrdiff_t>(i) + ahead;
+      const ptrdiff_t size = static_cast<ptrdiff_t>(bytes);
+      prefetch_write(b, next < size ? next : next - 2 * size);
+      block();
+    }
   }
   uint8_t rest[kLanes];
   memcpy(rest, a + i, bytes - i);

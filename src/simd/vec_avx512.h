@@ -471,8 +471,10 @@ LUM_INLINE U8 permute_two(U8 first, U8 second, U8 index) {
 }
 // The lower halves of both, and the upper ones.
 LUM_INLINE Bytes2 halves_together(U8 a, U8 b) {
-  return {u8(_mm512_inserti64x4(m(a), _mm512_castsi512_si256(m(b)), 1)),
-          u8(_mm512_shuffle_i64x2(m(a), m(b), 0xEE))};
+  const __m512i lower = _mm512_setr_epi64(0, 1, 2, 3, 8, 9, 10, 11);
+  const __m512i upper = _mm512_setr_epi64(4, 5, 6, 7, 12, 13, 14, 15);
+  return {u8(_mm512_permutex2var_epi64(m(a), lower, m(b))),
+          u8(_mm512_permutex2var_epi64(m(a), upper, m(b)))};
 }
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
