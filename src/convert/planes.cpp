@@ -16,6 +16,7 @@ namespace {
 
 // Red from V, green from U, green from V, blue from U, in units of 1/256.
 constexpr int32_t kStudioFactors[2][4] = {{409, -100, -208, 516}, {459, -55, -136, 541}};
+static_assert(kStudioFactors[0][1] >= -128 && kStudioFactors[1][1] >= -128, "kernels take a byte");
 
 bool yuv_source(uint32_t layout, Source* source) {
   if (layout < LumPixelLayoutYUV411 || layout > LumPixelLayoutYUV444) return false;

@@ -23,9 +23,9 @@ LUM_INLINE void split_pairs(U16 v0, U16 v1, U16& even, U16& odd) {
   odd = narrow(U32(v0) >> 16, U32(v1) >> 16);
 }
 
-// Two and four channels are brought together within pieces, as 64 or 32 bits of each. A block of
-// several vectors is loaded so that the pieces of the k-th hold every k-th of it: interleaved, they
-// are in memory order.
+// Where no permute takes two vectors, two and four channels are brought together within pieces, as
+// 64 or 32 bits of each. A block of several vectors is loaded so that the pieces of the k-th hold
+// every k-th of it: interleaved, they are in memory order.
 constexpr bool kInPieces = kPieceBytes == 16;
 template <int size, int channels>
 constexpr LaneTable kByChannel = lane_table([](int i) {
@@ -39,7 +39,8 @@ LUM_INLINE U8 load_by_channel(const uint8_t* p, int k) {
   return pick_bytes(pieces, load<U8>(kByChannel<size, channels>.v));
 }
 
-// One of `channels` from 64 / channels pixels of two vectors, and behind it the next ones.
+// Of two vectors of interleaved pixels: channel `first`, 128 / channels bytes of it, and behind it
+// the next ones until a vector is full.
 template <int size, int channels, int first>
 constexpr LaneTable kTwoApart = lane_table([](int i) {
   constexpr int kRun = 128 / channels;
@@ -94,9 +95,7 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
     c[1] = V(first.hi);
     c[2] = V(second.lo);
     c[3] = V(second.hi);
-    return;
-  }
-  if constexpr (kInPieces) {
+  } else if constexpr (kInPieces) {
     U32 v[4];
     for (int k = 0; k < 4; ++k) v[k] = U32(load_by_channel<kSize, 4>(p, k));
     const auto a = interleave(v[0], v[1]), b = interleave(v[2], v[3]);
@@ -105,13 +104,13 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
     c[1] = V(first.hi);
     c[2] = V(second.lo);
     c[3] = V(second.hi);
-    return;
+  } else {
+    V even[2], odd[2];
+    split_pairs(load<V>(p), load<V>(p + kLanes), even[0], odd[0]);
+    split_pairs(load<V>(p + 2 * kLanes), load<V>(p + 3 * kLanes), even[1], odd[1]);
+    split_pairs(even[0], even[1], c[0], c[2]);
+    split_pairs(odd[0], odd[1], c[1], c[3]);
   }
-  V even[2], odd[2];
-  split_pairs(load<V>(p), load<V>(p + kLanes), even[0], odd[0]);
-  split_pairs(load<V>(p + 2 * kLanes), load<V>(p + 3 * kLanes), even[1], odd[1]);
-  split_pairs(even[0], even[1], c[0], c[2]);
-  split_pairs(odd[0], odd[1], c[1], c[3]);
 }
 
 template <class To, class V>

@@ -77,13 +77,8 @@ void resample_tile(const DirectKernels& k, uint8_t* dst, const uint8_t* src, siz
     return;
   }
   uint8_t *const a = scratch.mixed[0], *const b = scratch.mixed[1];
-  if (plan.picks) {
-    k.pick_pairs(a, b, src + plan.from, plan.base, plan.index, static_cast<uint8_t>(pixel.bytes()),
-                 bytes);
-  } else {
-    gather(a, src, plan, 0, pixel.bytes());
-    gather(b, src, plan, pixel.bytes(), pixel.bytes());
-  }
+  gather(a, src, plan, 0, pixel.bytes());
+  gather(b, src, plan, pixel.bytes(), pixel.bytes());
   const auto mix = pixel.sample_bytes == 1 ? k.mix8 : k.mix16;
   mix(dst, a, b, plan.f, samples);
 }
@@ -148,7 +143,7 @@ void resample_row(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint
   for (uint64_t x = 0; x < dst_count; x += tile) {
     const uint32_t n = static_cast<uint32_t>(std::min<uint64_t>(tile, dst_count - x));
     make_plan(plan, x, n, src_count, pixel, position, step, mode);
-    // For one row alone, pieces of interleaved samples take longer than gathering.
+    // For one row alone, a plan for spans of interleaved samples takes longer than gathering.
     const bool mixes = mode == Resampling::linear && pixel.channels == 1;
     if (mixes) add_mixing(plan, kernels.direct, pixel);
     resample_tile(kernels.direct, dst + x * pixel.bytes(), src, src_count * pixel.bytes(), plan,
@@ -173,8 +168,11 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
   for (uint32_t x = 0; x < dst_size.width; x += tile) {
     const uint32_t n = std::min(tile, dst_size.width - x);
     make_plan(plan, x, n, src_size.width, pixel, first_position(step_x), step_x, mode);
-    if (mode == Resampling::linear) add_mixing(plan, kernels.direct, pixel);
-    if (plan.mix == nullptr) add_picks(plan, kernels.direct, pixel, src_row);
+    if (mode == Resampling::linear) {
+      add_mixing(plan, kernels.direct, pixel);
+    } else {
+      add_picks(plan, kernels.direct, pixel, src_row);
+    }
     TileRows rows(kernels.direct, src, src_row, src_row * src_size.height, plan, pixel, scratch);
     uint8_t* out = dst + x * pixel.bytes();
     for (uint32_t y = 0; y < dst_size.height; ++y, out += dst_row) {

@@ -30,13 +30,13 @@ void spread(Value* values, uint32_t pixels, uint32_t channels, uint32_t incremen
   }
 }
 
-// Index and bases of a mixing kernel, if each piece's samples lie close enough to each other: with
-// `pairs` up to steps of some two pixels. A sample's index is its distance from the base times
+// Index and bases of a mixing kernel, if the samples of each span of it lie close to each other:
+// with `pairs` up to steps of some two pixels. A sample's index is its distance from the base times
 // `factor`, plus `added`.
 template <class Index>
-bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
+bool add_spans(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
   constexpr uint32_t kSample = sizeof(Index) / 2;
-  const uint32_t piece = static_cast<uint32_t>(k.pick_span / sizeof(Index));
+  const uint32_t in_span = static_cast<uint32_t>(k.pick_span / sizeof(Index));
   const uint32_t next = pairs ? static_cast<uint32_t>(pixel.bytes()) : 0;
   const uint32_t samples = plan.n * pixel.channels;
   if (next + kSample > k.pick_span) return false;
@@ -53,7 +53,7 @@ bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs
     const uint32_t some = std::min(n, pixel.channels);
     base = *std::min_element(at + x, at + x + some);
     *bases++ = base;
-    constexpr uint32_t kUsual = 16 / sizeof(Index);
+    constexpr uint32_t kUsual = 16 / sizeof(Index);  // of spans of 16 bytes
     Index v[kMostSpan / sizeof(Index)];
     const auto fill = [&](uint32_t count) {
       for (uint32_t i = 0; i < count; ++i) {
@@ -67,21 +67,21 @@ bool add_pieces(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs
     index += n * sizeof(Index);
     return far <= most;
   };
-  while (x + piece <= samples) {
-    if (!add(piece)) return false;
+  while (x + in_span <= samples) {
+    if (!add(in_span)) return false;
   }
   if (x < samples && !add(samples - x)) return false;
   plan.reach = base + k.pick_span + pixel.bytes();
-  for (uint32_t i = 0; i < kBlockSamples / piece; ++i) *bases++ = 0;
+  for (uint32_t i = 0; i < kBlockSamples / in_span; ++i) *bases++ = 0;
   memset(index, 0, kBlockSamples * sizeof(Index));
   return plan.reach <= kMostReach;
 }
 template <class Index>
 bool add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
   const size_t kind = pixel.sample_bytes - 1;
-  if (add_pieces<Index>(plan, k, pixel, true)) {
+  if (add_spans<Index>(plan, k, pixel, true)) {
     plan.mix = k.mix_pairs[kind];
-  } else if (add_pieces<Index>(plan, k, pixel, false)) {
+  } else if (add_spans<Index>(plan, k, pixel, false)) {
     plan.mix = k.mix_apart[kind];
   }
   return plan.mix != nullptr;
@@ -134,7 +134,7 @@ void add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
   }
 }
 
-// As spans have twice as many bytes to pick from without mixing, steps up to some two pixels do.
+// A span of the result comes from a window of two, so steps up to some two pixels do.
 void add_picks(Plan& plan, const DirectKernels& k, PixelShape pixel, size_t row_bytes) {
   const size_t span = k.pick_span, window = 2 * span, pixel_bytes = pixel.bytes();
   const size_t bytes = plan.n * pixel_bytes, whole = (bytes + kBlockSamples - 1) / kBlockSamples;
@@ -159,9 +159,7 @@ void add_picks(Plan& plan, const DirectKernels& k, PixelShape pixel, size_t row_
         ++x;
       }
     }
-    // Of the last pixel and the next one; behind the row's last one there is none, and none is
-    // mixed in.
-    if (std::min(last + 2 * pixel_bytes, row_bytes) > begin + window) return;
+    if (last + pixel_bytes > begin + window) return;
   }
   plan.picks = true;
 }

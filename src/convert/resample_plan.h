@@ -21,7 +21,6 @@ constexpr size_t kTileBytes = kTile + 2 * kBlockSamples;
 inline uint32_t tile_pixels(PixelShape pixel) {
   return static_cast<uint32_t>(kTile / pixel.bytes());
 }
-constexpr size_t kLeastSpan = 8, kMostSpan = 64;  // of the picks of all levels
 constexpr size_t kMostReach = 5 * kTile / 2;
 
 constexpr uint64_t kOne = 1u << 16, kHalf = kOne / 2;  // positions are 16.16

@@ -40,16 +40,6 @@ inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const u
         memcpy(dst + x, &last, rest);
       });
 }
-inline void pick_pairs(uint8_t* a, uint8_t* b, const uint8_t* src, const uint32_t* base,
-                       const uint8_t* index, uint8_t offset, size_t n) {
-  for (size_t x = 0; x < n; x += kLanes) {
-    const Window w = load_window(src, base + x / kLanes * kWindows);
-    const U8 i = load<U8>(index + x);
-    store(a + x, picked(w, i));
-    store(b + x, picked(w, U8(i + offset)));
-  }
-}
-
 // ---- Mixes: a + (((b - a) f + 0x4000) >> 15), f below 2^15.
 // Of bytes: that is the rounding product of words.
 LUM_INLINE I16 mix(I16 a, I16 b, I16 f) { return a + mul_round(b - a, f); }

@@ -14,7 +14,7 @@ namespace {
 // At this distance rows fall on the same lines of a first-level cache.
 constexpr ptrdiff_t kConflict = 4096;
 constexpr size_t kMostBlockBytes = 32 << 10;
-constexpr size_t kMostColumns = 128;
+constexpr size_t kMostColumns = 128;  // where a block is streamed
 
 size_t round_up(size_t n, size_t step) { return (n + step - 1) / step * step; }
 

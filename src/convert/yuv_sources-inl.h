@@ -11,7 +11,7 @@
 //   R = clamp((c + rv v) >> 8), G = clamp((c + gu u + gv v) >> 8), B = clamp((c + bu u) >> 8)
 //
 // and factors that are data. What depends on full-range chroma alone is worked out once for each
-// pair of pixels, and then handed to both.
+// pair of pixels of 4:1:1 and 4:2:2, and then handed to both.
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -28,11 +28,11 @@ LUM_INLINE I16 words_twice(I16 v) {
   return I16(pick_bytes(U8(v), load<U8>((odd ? kOddWordsTwice : kEvenWordsTwice).v)));
 }
 
-// Makes of words with U in the lower and V in the upper byte what they contribute, and of that and
-// Y the colours.
 LUM_INLINE I16 low_bytes(U8 uv) { return I16(uv) & 255; }
 LUM_INLINE I16 high_bytes(U8 uv) { return I16(U16(uv) >> 8); }
 
+// Full range: makes of words with U in the lower and V in the upper byte what they contribute, and
+// of that and Y the colours.
 struct FullRange {
   struct Chroma {
     I16 r, g, b;
@@ -57,13 +57,14 @@ struct FullRange {
   }
 };
 
-// Studio range, from words of a chroma byte below Y. A factor f is 256 n + f' with f' of eight
-// bits, and 298 is 256 + 42, so that whatever is a multiple of 256 need not be shifted:
+// Studio range, from words of a chroma byte below Y. A factor f is 256 n + f' with f' a signed
+// byte, and 298 is 256 + 42, so that whatever is a multiple of 256 need not be shifted:
 //
 //   (c + f x) >> 8 = Y - 16 + n x + ((42 (Y - 16) + 128 + f' x) >> 8)
 //
-// Each product of two bytes is one multiply-add, and all of them stay within 16 bits, as do their
-// sums for the factors of either standard.
+// and green, of two chromas, has two f' x; the n of its U is 0. Each product of two bytes is one
+// multiply-add, and with the factors of either standard no sum leaves 16 bits, provided that the
+// constant is added before both of green's products are.
 class StudioRange {
  public:
   explicit StudioRange(const RowArgs& args)
@@ -73,11 +74,9 @@ class StudioRange {
         blue_(args.matrix[3]) {}
 
   LUM_INLINE RgbWords to_rgb(U8 uy, U8 vy) const {
-    const I16 green = madd(uy, pair(green_u_.low, kLuma)) + madd(vy, pair(green_v_.low, 0));
-    return {
-        colour(red_, vy),
-        total(green, green_u_.low + green_v_.low, madd(vy, pair(green_v_.high, 1)), green_v_.high),
-        colour(blue_, uy)};
+    const I16 green = madd(vy, pair(green_v_.low, 0)) + constant(green_u_.low + green_v_.low) +
+                      madd(uy, pair(green_u_.low, kLuma));
+    return {colour(red_, vy), total(green, vy, green_v_.high), colour(blue_, uy)};
   }
 
  private:
@@ -89,12 +88,14 @@ class StudioRange {
 
   static LUM_INLINE I8 pair(int chroma, int luma) { return I8(splat_pair(chroma, luma)); }
   static LUM_INLINE I16 words(int v) { return I16(splat16(static_cast<unsigned>(v))); }
+  // What bytes as they are leave out of 42 (Y - 16) + 128 + f' x, f' added up.
+  static LUM_INLINE I16 constant(int low) { return words(128 - 16 * kLuma - 128 * low); }
   static LUM_INLINE I16 colour(const Factor& f, U8 xy) {
-    return total(madd(xy, pair(f.low, kLuma)), f.low, madd(xy, pair(f.high, 1)), f.high);
+    return total(madd(xy, pair(f.low, kLuma)) + constant(f.low), xy, f.high);
   }
-  // From sums of bytes as they are; low and high are the chroma's factors in them.
-  static LUM_INLINE I16 total(I16 lower, int low, I16 upper, int high) {
-    return ((lower + words(128 - 16 * kLuma - 128 * low)) >> 8) + (upper + words(-16 - 128 * high));
+  // n is `high`, the chroma's that xy holds.
+  static LUM_INLINE I16 total(I16 lower, U8 xy, int high) {
+    return (lower >> 8) + (madd(xy, pair(high, 1)) + words(-16 - 128 * high));
   }
 
   Factor red_, green_u_, green_v_, blue_;

@@ -37,7 +37,8 @@ struct Cygm {
   };
 
   // 64 times a quarter, truncated toward zero, of a sixteenth of v, a multiple of 16. To negative v
-  // 48 to 63 has to be added, to others less than 16: from -8160 to 8160 their upper six bits are.
+  // 48 to 63 has to be added, to others less than 16: its upper six bits as a number, which are 56
+  // to 63 and 0 to 7 for -8160 to 8160.
   static LUM_INLINE I16 quarter64(I16 v) { return (v + I16(U16(v) >> 10)) & ~63; }
 
   static LUM_INLINE Terms terms(U8 a, U8 b, I8 yellow_minus_cyan, I8 magenta_minus_green) {

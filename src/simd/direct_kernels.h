@@ -43,7 +43,10 @@ struct Transposition {
   bool staged, exact;
 };
 
-// An index that picks 0.
+// What picks take together is of so many bytes.
+constexpr size_t kLeastSpan = 8, kMostSpan = 64;
+// An index of a mixing kernel that picks 0: bit 7 says so to shuffles, bit 6 to a permute of a span
+// and zeros.
 constexpr uint8_t kPickNothing = 0xC0;
 
 struct DirectKernels {
@@ -112,14 +115,10 @@ struct DirectKernels {
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
 
   // dst[i] = src[base[i / pick_span] + index[i]], for n bytes, index[i] below 2 * pick_span. `base`
-  // and `index` have values for kBlockSamples bytes more, and src can be read from each base on for
-  // 2 * pick_span bytes.
+  // and `index` have values for whole kBlockSamples bytes, and src can be read from each base on
+  // for 2 * pick_span bytes.
   void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                size_t n);
-  // The same to a, and to b the bytes that lie `offset` further on. Where that is beyond what can
-  // be read, any byte. a and b have room for kBlockSamples bytes more.
-  void (*pick_pairs)(uint8_t* a, uint8_t* b, const uint8_t* src, const uint32_t* base,
-                     const uint8_t* index, uint8_t offset, size_t n);
   size_t pick_span;
 
   // dst[i] = a[i] + (((b[i] - a[i]) f + 0x4000) >> 15), f below 2^15, for n samples; f differs from

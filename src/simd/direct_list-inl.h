@@ -103,7 +103,7 @@ constexpr DirectKernels make_direct_kernels() {
   k.divide8 = divide8;
   k.divide16 = divide16;
   k.pick = pick;
-  k.pick_pairs = pick_pairs;
+  static_assert(kSpanBytes >= kLeastSpan && kSpanBytes <= kMostSpan, "room in a plan");
   k.pick_span = kSpanBytes;
   k.mix_pairs[0] = mix8_picked<PickedPairs>;
   k.mix_pairs[1] = mix16_picked<PickedPairs>;

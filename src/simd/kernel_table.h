@@ -220,7 +220,7 @@ struct DemosaicTile {
   const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
   const int16_t* qv;     // differences down the column, row y
   const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
-  const int16_t* act;    // activity, row y; of no use to lcaa
+  const int16_t* act;    // activity, row y; for lcaav alone
   int16_t* work[5];      // rows for the kernel's own use, where registers are few
   uint32_t native;       // parity of the columns of row y that hold the row's own colour
   size_t words;          // of a half, to compute
@@ -233,7 +233,8 @@ struct DemosaicKernels {
   void (*along_row)(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words);
   // From rows y - 2 .. y + 2: pv and the sums over three columns of the activity down the column.
   void (*down_column)(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words);
-  // From rows y - 1 .. y + 1 of pv, ah3, av3: qv, direction and, in the latter, activity of row y.
+  // From rows y - 1 .. y + 1 of pv, ah3, av3: qv and direction of row y; direction_and_activity
+  // also stores its activity, for lcaav.
   using Direction = void (*)(const int16_t* const pv[3], const int16_t* const ah3[3],
                              const int16_t* const av3[3], int16_t* qv, int16_t* e, int16_t* act,
                              size_t words);
@@ -245,8 +246,9 @@ struct DemosaicKernels {
 struct Kernels {
   RowKernel row[kSourceCount][kSinkCount];  // null where the conversion does not exist or is a copy
   StreamedRowKernel streamed[kSourceCount][kSinkCount];  // null where that does not pay
-  // Swaps two disjoint byte ranges. What is prefetched so far ahead, unless that is 0, is expected
-  // behind a and, beyond the end of b, in a range of as many bytes before b.
+  // Swaps two disjoint byte ranges, a row of a frame and one below it. Unless `ahead` is 0,
+  // prefetches so far ahead: behind a; in b and, beyond its end, in the rows of as many bytes
+  // before it.
   void (*exchange)(uint8_t* a, uint8_t* b, size_t bytes, ptrdiff_t ahead);
   // Copies past the cache, in whole lines but for the ends; what was streamed is visible to other
   // processors after end_stream(). Null where there is no such store.

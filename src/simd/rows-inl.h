@@ -344,11 +344,13 @@ inline void exchange(uint8_t* a, uint8_t* b, size_t bytes, ptrdiff_t ahead) {
   if (ahead == 0) {
     for (; i + kLanes <= bytes; i += kLanes) block();
   } else {
+    // What is so far ahead of b is some rows on, that is before it: `passed` or one more.
+    const ptrdiff_t size = static_cast<ptrdiff_t>(bytes == 0 ? 1 : bytes);
+    const ptrdiff_t passed = ahead / size, end = (passed + 1) * size;
     for (; i + kLanes <= bytes; i += kLanes) {
-      prefetch_write(a + i, ahead);
       const ptrdiff_t next = static_cast<ptrdiff_t>(i) + ahead;
-      const ptrdiff_t size = static_cast<ptrdiff_t>(bytes);
-      prefetch_write(b, next < size ? next : next - 2 * size);
+      prefetch_write(a + i, ahead);
+      prefetch_write(b, next - 2 * size * (next < end ? passed : passed + 1));
       block();
     }
   }

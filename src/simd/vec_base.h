@@ -313,7 +313,7 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
 }
 // Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
 constexpr int kSpanBytes = kLanes;
-constexpr bool kPermutesTwo = false;
+constexpr bool kPermutesTwo = false;  // there is no permute of two vectors
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
 LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
