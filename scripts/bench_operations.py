@@ -93,8 +93,8 @@ def short(name, level):
     kernel = re.match(r"void row<(.*), (\w+(?:<\w+>)?), (?:true|false)>\(", name)
     if kernel:
         return f"{kernel.group(1)} to {kernel.group(2)}"
-    step = re.match(r"(\w+)\(", name)
-    return step.group(1) if step and step.group(1) in STEPS else None
+    step = re.match(r"(?:void )?((\w+)(?:<\w+>)?)\(", name)
+    return step.group(1) if step and step.group(2) in STEPS else None
 
 
 def counts(units, level):
