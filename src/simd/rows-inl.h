@@ -354,6 +354,7 @@ inline void exchange(uint8_t* a, uint8_t* b, size_t bytes, ptrdiff_t ahead) {
       block();
     }
   }
+  if (i == bytes) return;
   uint8_t rest[kLanes];
   memcpy(rest, a + i, bytes - i);
   memcpy(a + i, b + i, bytes - i);
