@@ -5,6 +5,7 @@
 #include <stdio.h>
 #include <unistd.h>
 
+#include <algorithm>
 #include <cstdlib>
 #include <numeric>
 #include <sstream>
@@ -361,6 +362,32 @@ TEST_P(LevelTest, LuminanceOfEveryColour) {
           const int y = sink == Sink::mono8_rec601 ? reference::luma601(p) : reference::luma709(p);
           ASSERT_EQ(out[i], y) << "R " << p.r << " G " << p.g << " B " << p.b;
         }
+      }
+    }
+  }
+}
+
+// Every Y, U and V of studio range, by either standard: the kernels compute in 16 bits.
+TEST_P(LevelTest, StudioRangeOfEveryColour) {
+  constexpr int32_t kFactors[][4] = {{409, -100, -208, 516}, {459, -55, -136, 541}};
+  constexpr size_t kPixels = 65536;
+  reference::Bytes src(3 * kPixels), out(3 * kPixels);
+  const auto byte = [](int v) { return std::min(std::max(v >> 8, 0), 255); };
+  for (const auto& f : kFactors) {
+    RowArgs args;
+    args.matrix = f;
+    for (int y = 0; y < 256; y += channel_step()) {
+      for (size_t i = 0; i < kPixels; ++i) {
+        src[3 * i] = static_cast<uint8_t>(i >> 8);
+        src[3 * i + 1] = static_cast<uint8_t>(y);
+        src[3 * i + 2] = static_cast<uint8_t>(i);
+      }
+      table_->direct.studio_to_bgr24[2](out.data(), src.data(), nullptr, kPixels, args);
+      for (size_t i = 0; i < kPixels; ++i) {
+        const int u = static_cast<int>(i >> 8) - 128, v = static_cast<int>(i & 255) - 128;
+        const int c = 298 * (y - 16) + 128;
+        const int bgr[] = {byte(c + f[3] * u), byte(c + f[1] * u + f[2] * v), byte(c + f[0] * v)};
+        ASSERT_TRUE(std::equal(bgr, bgr + 3, &out[3 * i])) << "Y " << y << " U " << u << " V " << v;
       }
     }
   }
