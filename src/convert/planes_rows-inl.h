@@ -171,21 +171,26 @@ void split(uint8_t* const* planes, const uint8_t* src, size_t n) {
   }
 }
 
-// Past the cache, whole lines of each plane.
+// Past the cache, a line of each plane at a time: see PastCache.
 template <class V, int channels>
 size_t streamed_split(uint8_t* const* to, const uint8_t* src, size_t n) {
   constexpr size_t kSample = kElementBytes<V>, kPixel = kSample * channels;
-  constexpr size_t kStep = kLanes / kSample;
+  constexpr size_t kVectors = kCacheLine / kLanes, kLinePixels = kCacheLine / kSample;
   uint8_t* planes[channels];
   for (int i = 0; i < channels; ++i) planes[i] = to[i];
   const size_t count = n / kStreamedGroup * kStreamedGroup;
-  for (size_t x = 0; x < count; x += kStep) {
-    for (size_t line = 0; line < kLanes * channels; line += 64) {
-      prefetch_read(src + x * kPixel + line);
+  for (size_t x = 0; x < count; x += kLinePixels) {
+    const uint8_t* const from = src + x * kPixel;
+    for (size_t line = 0; line < kCacheLine * channels; line += kCacheLine) {
+      prefetch_read(from + line);
     }
-    V c[channels];
-    apart(src + x * kPixel, c);
-    for (int i = 0; i < channels; ++i) store(PastCache{planes[i] + x * kSample}, c[i]);
+    V c[kVectors][channels];
+    for (size_t k = 0; k < kVectors; ++k) apart(from + k * kLanes * channels, c[k]);
+    for (int i = 0; i < channels; ++i) {
+      for (size_t k = 0; k < kVectors; ++k) {
+        store(PastCache{planes[i] + x * kSample + k * kLanes}, c[k][i]);
+      }
+    }
   }
   return count;
 }

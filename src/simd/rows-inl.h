@@ -304,7 +304,8 @@ __attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a
 template <class Source, class Sink>
 size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                     const RowArgs& args) {
-  if constexpr (kTakesTwo<Source>) {
+  // By turns only where a vector is a line: see PastCache.
+  if constexpr (kTakesTwo<Source> && kLanes == kCacheLine) {
     if (args.rows > 1) {
       rows_of_frame<Source, Sink, false>(PastCache{dst}, a, b, n, args);
       return n;
