@@ -18,7 +18,7 @@ struct Rgb16 {
   Wide r, g, b;
 };
 // Four vectors of kLanes / 4 pixels of four bytes each, in memory order (bgr tells which); the
-// fourth byte is alpha, or undefined.
+// fourth byte is alpha, or green once more.
 template <bool bgr, bool has_alpha>
 struct Pixels4 {
   U8 quarter[4];
@@ -104,20 +104,20 @@ LUM_INLINE U8 luma(const BlockPairs& p) {
   return upper_bytes(luma_times_256<Luma>(p.even), luma_times_256<Luma>(p.odd));
 }
 
-// The same from four-byte pixels: weights are the unsigned factor, and the pixel less 128 the
-// signed one; the weights add up to 256, so 128 * 256 is put back.
+// The same from four-byte pixels, where alpha makes room for the other part of green.
 template <class Luma, bool bgr, bool has_alpha>
 LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
-  constexpr uint32_t kFirst = bgr ? Luma::kBlue : Luma::kRed;
-  constexpr uint32_t kThird = bgr ? Luma::kRed : Luma::kBlue;
-  const U8 weights = U8(U32{} + (kFirst | uint32_t{Luma::kGreen} << 8 | kThird << 16));
-  const I16 ones = I16(splat16(1));
+  constexpr uint32_t kWithRed = Luma::kGreenWithRed, kWithBlue = Luma::kGreen - kWithRed;
+  constexpr uint32_t kRedGreen = Luma::kRed | kWithRed << 8,
+                     kBlueGreen = Luma::kBlue | kWithBlue << 8;
+  const I8 weights =
+      I8(U32{} + (bgr ? kBlueGreen | kRedGreen << 16 : kRedGreen | kBlueGreen << 16));
   U32 q[4];
   for (int i = 0; i < 4; ++i) {
-    const I16 pairs = madd(weights, I8(p.quarter[i] ^ 0x80));
-    q[i] = U32(madd(pairs, ones)) + static_cast<uint32_t>(128 * 256 + Luma::kRound);
+    const U8 v = has_alpha ? copy1_to_3(p.quarter[i]) : p.quarter[i];
+    q[i] = madd4(v, weights);
   }
-  return narrow4_high(q);
+  return narrow4_high(q, Luma::kRound);
 }
 
 // 16-bit samples: the sum needs 24 bits. `high` adds the products' upper parts, each floored, so it

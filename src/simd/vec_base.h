@@ -106,6 +106,8 @@ LUM_INLINE I32 madd(I16 a, I16 b) {
       [&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
 }
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
+// Products of unsigned and signed bytes, added in fours; sums of two fit a signed word.
+LUM_INLINE U32 madd4(U8 u, I8 s) { return U32(madd(madd(u, s), I16(splat16(1)))); }
 
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {lanes<U32>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
@@ -171,10 +173,10 @@ LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
   const auto at = [&](int i) { return i < n ? a[i] : b[i - n]; };
   return lanes<I32>([&](int i) { return at(2 * i) + at(2 * i + 1); });
 }
-// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order.
-LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
+// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
+LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
   constexpr int n = kLanes / 4;
-  return lanes<U8>([&](int i) { return q[i / n][i % n] >> 8; });
+  return lanes<U8>([&](int i) { return (q[i / n][i % n] + added) >> 8; });
 }
 
 // The order of the two bytes of a word, as data.
@@ -271,9 +273,10 @@ LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   }
 }
 
-// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
+// kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
+// back.
 LUM_INLINE U8 expand3(const uint8_t* p) {
-  return lanes<U8>([&](int i) { return i % 4 == 3 ? 0 : p[i / 4 * 3 + i % 4]; });
+  return lanes<U8>([&](int i) { return p[i / 4 * 3 + byte_of_three(i)]; });
 }
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   for (int i = 0; i < kLanes; ++i) {
@@ -322,6 +325,10 @@ LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
 // Bytes 0 and 2 of every four change places.
 LUM_INLINE U8 swap02(U8 v) {
   return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });
+}
+// Byte 3 of every four becomes a copy of byte 1.
+LUM_INLINE U8 copy1_to_3(U8 v) {
+  return lanes<U8>([&](int i) { return v[i % 4 == 3 ? i - 2 : i]; });
 }
 
 // There is no store past the cache.

@@ -93,6 +93,8 @@ LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm_maddubs_epi16(m(u), m(U8(s))));
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm_madd_epi16(m(a), m(b))); }
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
+// Products of unsigned and signed bytes, added in fours; sums of two fit a signed word.
+LUM_INLINE U32 madd4(U8 u, I8 s) { return U32(madd(madd(u, s), I16(splat16(1)))); }
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
@@ -138,13 +140,13 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi)))
 LUM_INLINE U16 narrow(U32 lo, U32 hi) { return u16(_mm_packus_epi32(m(U8(lo)), m(U8(hi)))); }
 // Sums of neighbouring lanes, those of `a` first.
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) { return I32(u8(_mm_hadd_epi32(m(a), m(b)))); }
-// Bytes 1 of four vectors of 32-bit lanes, each 0..65535, in memory order. Packing to words keeps
-// 16 bits, so one shift moves the bytes of two vectors of words into one:
+// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order. Packing to
+// words keeps 16 bits, so one shift moves the bytes of two vectors of words into one:
 //   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
 constexpr LaneTable kQuarters = lane_table([](int i) { return i / 4 % 2 * 8 + i % 4 * 2 + i / 8; });
-LUM_INLINE U8 narrow4_high(const U32 (&q)[4]) {
-  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1]));
-  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3]));
+LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
+  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added);
+  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added);
   return shuffle(U8((first >> 8) | (second & 0xFF00)), kQuarters);
 }
 
@@ -300,9 +302,9 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
   store_keep(p + 48, u8(_mm_unpackhi_epi16(m(c01.hi), m(c2x.hi))));
 }
 
-// kLanes / 4 pixels of four bytes from three in memory (last byte undefined), and back.
-constexpr LaneTable kExpand3 =
-    lane_table([](int i) { return i % 4 == 3 ? kNone : i / 4 * 3 + i % 4; });
+// kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
+// back.
+constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + byte_of_three(i); });
 // They begin at byte `from` of the vector, and go on at its beginning beyond its end.
 template <bool swap, int from>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
@@ -362,6 +364,9 @@ LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return shuffle(v, t); }
 // Bytes 0 and 2 of every four change places.
 constexpr LaneTable kSwap02 = lane_table([](int i) { return i % 2 ? i : i ^ 2; });
 LUM_INLINE U8 swap02(U8 v) { return shuffle(v, kSwap02); }
+// Byte 3 of every four becomes a copy of byte 1.
+constexpr LaneTable kCopy1To3 = lane_table([](int i) { return i % 4 == 3 ? i - 2 : i; });
+LUM_INLINE U8 copy1_to_3(U8 v) { return shuffle(v, kCopy1To3); }
 
 // To an aligned address, past the cache.
 constexpr bool kStreams = true;
