@@ -18,27 +18,6 @@ struct Packed24Source {
   }
 };
 
-// The same taken apart into channels, where a level does that in fewer instructions.
-template <bool bgr>
-struct Planar24Source {
-  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
-  static constexpr int kRows = 1;
-  static constexpr bool kEdge = false, kPadded = false;
-  explicit Planar24Source(const RowArgs&) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const Bytes3 v = load3(a);
-    return bgr ? Rgb8{v.c2, v.c1, v.c0} : Rgb8{v.c0, v.c1, v.c2};
-  }
-};
-template <bool bgr, bool planar = kPlanarIsCheaper>
-struct Cheaper24 {
-  using Type = Planar24Source<bgr>;
-};
-template <bool bgr>
-struct Cheaper24<bgr, false> {
-  using Type = Packed24Source<bgr>;
-};
-
 // To the other order of three bytes.
 template <bool bgr>
 struct Swapped24Source {

@@ -123,11 +123,11 @@ constexpr Kernels make_kernels() {
   add_packed48<Source::mono16, Mono16To16, false>(k);
 
   using Rgb24 = Packed24Source<false>;
-  add_mono8<Source::rgb24, Cheaper24<false>::Type>(k);
+  add_mono8<Source::rgb24, Rgb24>(k);
   add<Source::rgb24, Sink::bgr24, Swapped24Source<false>, Packed24<true>, true>(k);
   add<Source::rgb24, Sink::rgba32, Rgb24, Packed32<false>>(k);
   add<Source::rgb24, Sink::bgra32, Rgb24, Packed32<true>>(k);
-  add_mono8<Source::bgr24, Cheaper24<true>::Type>(k);
+  add_mono8<Source::bgr24, Packed24Source<true>>(k);
   share_swapped(k, Source::rgb24, Source::bgr24);
 
   using Rgba32 = Packed32Source<false>;

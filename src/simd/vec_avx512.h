@@ -343,7 +343,6 @@ LUM_INLINE Bytes3 load3_bytes(const uint8_t* p) {
   return {channel_of_3<size, 0>(v0, v1, v2), channel_of_3<size, 1>(v0, v1, v2),
           channel_of_3<size, 2>(v0, v1, v2)};
 }
-constexpr bool kPlanarIsCheaper = true;  // load3() and store3() than expand3() and compress3()
 LUM_INLINE Bytes3 load3(const uint8_t* p) { return load3_bytes<1>(p); }
 LUM_INLINE Words3 load3_words(const uint8_t* p) {
   const Bytes3 v = load3_bytes<2>(p);

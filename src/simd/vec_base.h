@@ -224,7 +224,6 @@ LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
   return load_words_of_3(p, f);
 }
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
-constexpr bool kPlanarIsCheaper = false;  // load3() and store3() than expand3() and compress3()
 LUM_INLINE Bytes3 load3(const uint8_t* p) {
   return {lanes<U8>([&](int i) { return p[3 * i]; }),
           lanes<U8>([&](int i) { return p[3 * i + 1]; }),
