@@ -26,7 +26,7 @@ LUM_INLINE U8 luma_of(const GrayBlock& p) {
   const Bytes2 v = interleave(splat8(149), p.y);
   return pack_sat(I16(mul_hi(U16(v.lo), factor)), I16(mul_hi(U16(v.hi), factor))) + 16;
 }
-LUM_INLINE U8 luma_of(const Rgb8& p) { return studio_luma(p); }
+LUM_INLINE U8 luma_of(const Rgb8& p) { return luma<StudioY>(p); }
 LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
 LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
 
@@ -110,15 +110,14 @@ struct Rgba32To420<bgr, true> : ColourTo420 {
     const Qwords2 first = interleave(sums[0], sums[1]), second = interleave(sums[2], sums[3]);
     return {channel<StudioU>(first, second), channel<StudioV>(first, second)};
   }
-  // The pixel less 128 is the signed factor; the weights add up to 220.
   friend LUM_INLINE U8 luma_of(const Block& p) {
-    const U8 weights = U8(U32{} + (bgr ? 0x00428119u : 0x00198142u));  // 66, 129, 25
-    const I16 ones = I16(splat16(1));
-    constexpr uint16_t kAdded = 128 * 220 + 128 + 16 * 256;
-    I32 sums[4];
-    for (int i = 0; i < 4; ++i) sums[i] = madd(madd(weights, I8(p.quarter[i] ^ 0x80)), ones);
-    return pack_high(U16(pack_sat(sums[0], sums[1])) + kAdded,
-                     U16(pack_sat(sums[2], sums[3])) + kAdded);
+    const I8 weights = colour_weights<StudioY, bgr>();
+    const auto half = [&](int i) {
+      return pack_sat_unsigned(I32(madd4(copy1_to_3(p.quarter[i]), weights)),
+                               I32(madd4(copy1_to_3(p.quarter[i + 1]), weights))) +
+             static_cast<uint16_t>(StudioY::kRound);
+    };
+    return pack_high(half(0), half(2));
   }
 
  private:

@@ -104,18 +104,21 @@ LUM_INLINE U8 luma(const BlockPairs& p) {
   return upper_bytes(luma_times_256<Luma>(p.even), luma_times_256<Luma>(p.odd));
 }
 
-// The same from four-byte pixels, where alpha makes room for the other part of green.
-template <class Luma, bool bgr, bool has_alpha>
-LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
+// Weights of pixels of four bytes whose last one is green once more.
+template <class Luma, bool bgr>
+LUM_INLINE I8 colour_weights() {
   constexpr uint32_t kWithRed = Luma::kGreenWithRed, kWithBlue = Luma::kGreen - kWithRed;
   constexpr uint32_t kRedGreen = Luma::kRed | kWithRed << 8,
                      kBlueGreen = Luma::kBlue | kWithBlue << 8;
-  const I8 weights =
-      I8(U32{} + (bgr ? kBlueGreen | kRedGreen << 16 : kRedGreen | kBlueGreen << 16));
+  return I8(U32{} + (bgr ? kBlueGreen | kRedGreen << 16 : kRedGreen | kBlueGreen << 16));
+}
+// The same from such pixels; alpha makes room for green.
+template <class Luma, bool bgr, bool has_alpha>
+LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
   U32 q[4];
   for (int i = 0; i < 4; ++i) {
     const U8 v = has_alpha ? copy1_to_3(p.quarter[i]) : p.quarter[i];
-    q[i] = madd4(v, weights);
+    q[i] = madd4(v, colour_weights<Luma, bgr>());
   }
   return narrow4_high(q, Luma::kRound);
 }
@@ -143,6 +146,10 @@ LUM_INLINE Wide luma(const Rgb16& p) {
 struct Yuv422 {
   U8 y, uv;
 };
+struct StudioY {
+  static constexpr int kRed = 66, kGreen = 129, kBlue = 25, kRound = 128 + 16 * 256,
+                       kGreenWithRed = 62;
+};
 struct StudioU {
   static constexpr int kRed = -38, kGreen = -74, kBlue = 112;
 };
@@ -162,9 +169,6 @@ LUM_INLINE U8 studio_luma(const Bytes2& rg, const Bytes2& bk) {
   const U16 y_lo = U16(madd(y_red_green, I8(rg.lo ^ 0x80))) + U16(madd(bk.lo, y_blue)) + kBack;
   const U16 y_hi = U16(madd(y_red_green, I8(rg.hi ^ 0x80))) + U16(madd(bk.hi, y_blue)) + kBack;
   return pack_high(y_lo, y_hi);
-}
-LUM_INLINE U8 studio_luma(const Rgb8& p) {
-  return studio_luma(interleave(p.r, p.g), interleave(p.b, splat8(kBeside)));
 }
 LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
   const Bytes2 rg = interleave(p.r, p.g), bk = interleave(p.b, splat8(kBeside));
