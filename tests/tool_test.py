@@ -7,10 +7,13 @@ import json
 import os
 import random
 import re
+import select
+import signal
 import struct
 import subprocess
 import sys
 import tempfile
+import time
 import unittest
 import zlib
 
@@ -303,6 +306,56 @@ class ToolTest(unittest.TestCase):
         self.assertEqual(made.stdout, frames[0])
         timed = self.lum(*base, "--time", "3", "all.raw", "t.pgm").text
         self.assertRegex(timed, r"Mono8 to MONO8_REC601, 8x4: \d+\.\d+ ms a frame, best of 3")
+
+    def test_nothing_is_dropped_silently(self):
+        frames = bytes(range(128))
+        base = ("convert", "--from", "Mono8", "--size", "8x4", "--to", "MONO8_REC601")
+        self.put("all.raw", frames)
+        for i in (1, 2, 4):
+            self.put(f"in{i}.raw", frames[:32])
+        gap = self.lum(*base, "in%d.raw", "two.raw").text
+        self.assertIn("in3.raw is missing; in4.raw and what follows is not read", gap)
+        self.assertIn("frames are counted from 0, which is in1.raw here", gap)
+        self.assertEqual(len(self.get("two.raw")), 64)
+        self.assertIn("frame 0 of 4", self.lum(*base, "-", "one.pgm", stdin=frames).text)
+        for source, stdin in (("all.raw", b""), ("-", frames)):
+            late = self.lum(*base, "--frames", "2-9", source, "late.raw", stdin=stdin)
+            self.assertIn("the input ends after frame 3", late.text)
+        for command in (("formats", "--json"), ("errors", "-7")):
+            with open("/dev/full", "wb") as full:
+                done = subprocess.run([LUM, *command], stdout=full, stderr=subprocess.PIPE)
+            self.assertEqual((done.returncode, b"could be written" in done.stderr), (1, True))
+        self.put("cut.jpg", JPEG[:-12])
+        self.lum("simulate", "--format", "Mono8", "cut.jpg", "cut.raw", status=1)
+
+    def test_outputs_that_are_no_plain_files(self):
+        frame = bytes(range(32))
+        base = ("convert", "--from", "Mono8", "--size", "8x4", "--to", "MONO8_REC601")
+        self.put("f.raw", frame)
+        self.assertEqual(self.lum(*base, "f.raw", "/dev/stdout").stdout, frame)
+        self.assertIn("no name", self.lum(*base, "f.raw", "", status=1).text)
+        os.symlink("there.raw", self.path("link.raw"))
+        self.lum(*base, "f.raw", "link.raw")
+        self.assertTrue(os.path.islink(self.path("link.raw")))
+        self.assertEqual(self.get("there.raw"), frame)
+        # A reader that waits for a frame before it sends the next one.
+        with subprocess.Popen([LUM, *base, "-", "-"], stdin=subprocess.PIPE,
+                              stdout=subprocess.PIPE) as lum:
+            for _ in range(2):
+                lum.stdin.write(frame)
+                lum.stdin.flush()
+                self.assertTrue(select.select([lum.stdout], [], [], 20)[0])
+                self.assertEqual(os.read(lum.stdout.fileno(), 64), frame)
+        # What is ended by a signal leaves nothing behind: tearDown() looks.
+        with subprocess.Popen([LUM, *base, "-", "stopped.raw"], stdin=subprocess.PIPE,
+                              cwd=self.folder) as lum:
+            lum.stdin.write(frame)
+            lum.stdin.flush()
+            while lum.poll() is None and not any(
+                    n.endswith(".part") for n in os.listdir(self.folder)):
+                time.sleep(0.01)
+            lum.terminate()
+            self.assertEqual(lum.wait(timeout=20), -signal.SIGTERM)
 
     def test_finish(self):
         # 4x2 pixels of RGB: red counts columns, green rows.

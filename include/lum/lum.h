@@ -445,7 +445,8 @@ LUM_API int32_t LumHasBayerPattern(uint8_t* out, uint32_t code);
 // Converts a frame from the format that source describes into the one that destination describes.
 //   source          LumImage with data, size 56
 //   destination     LumImage with data, size 56, the same width and height;
-//                   width * height * pixel_bytes(format) bytes are written
+//                   width * height * pixel_bytes(format) bytes are written, one more from Mono
+//                   8 to UYVY with an odd number of pixels
 //   parameters      array of entries, or null for none
 //   parameterCount  number of entries, or 0 for none; of each type the first entry counts
 //

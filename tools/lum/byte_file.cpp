@@ -5,7 +5,9 @@
 #include <unistd.h>
 
 #include <algorithm>
+#include <atomic>
 #include <cerrno>
+#include <csignal>
 #include <cstring>
 #include <filesystem>
 #include <regex>
@@ -19,6 +21,40 @@ namespace {
 namespace fs = std::filesystem;
 
 std::string system_text() { return std::strerror(errno); }
+
+// A link keeps pointing where it did: what it leads to is replaced, and made if it is not there.
+fs::path behind_links(fs::path name) {
+  constexpr int kMostLinks = 40;
+  std::error_code error;
+  for (int i = 0; i < kMostLinks && fs::is_symlink(name, error); ++i)
+    name = name.parent_path() / fs::read_symlink(name, error);
+  return name;
+}
+
+// The unfinished file, which a signal that ends the program takes away.
+char unfinished[4096];
+
+void remove_unfinished(int signal_number) {
+  if (unfinished[0] != 0) unlink(unfinished);
+  signal(signal_number, SIG_DFL);
+  raise(signal_number);
+}
+
+void set_unfinished(const std::string& name) {
+  static const bool watched = [] {
+    for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGXFSZ}) {
+      if (signal(number, SIG_IGN) != SIG_IGN) signal(number, remove_unfinished);
+    }
+    return true;
+  }();
+  // The first character last, so that no part of the name is ever taken for it.
+  unfinished[0] = 0;
+  std::atomic_signal_fence(std::memory_order_seq_cst);
+  if (!watched || name.empty() || name.size() >= sizeof unfinished) return;
+  std::strcpy(unfinished + 1, name.c_str() + 1);
+  std::atomic_signal_fence(std::memory_order_seq_cst);
+  unfinished[0] = name[0];
+}
 
 const std::regex& number_place() {
   static const std::regex place("%(0[1-9])?d");
@@ -49,6 +85,24 @@ std::string sequence_name(const std::string& pattern, uint64_t number) {
   const size_t width = place[1].matched ? size_t(place[1].str()[1] - '0') : 1;
   if (digits.size() < width) digits.insert(0, width - digits.size(), '0');
   return place.prefix().str() + digits + place.suffix().str();
+}
+
+std::optional<uint64_t> next_in_sequence(const std::string& pattern, uint64_t number) {
+  const fs::path folder = fs::path(pattern).parent_path();
+  std::optional<uint64_t> found;
+  std::error_code error;
+  for (const fs::directory_entry& entry :
+       fs::directory_iterator(folder.empty() ? "." : folder, error)) {
+    // Any run of digits in its name may be the number.
+    const std::string name = (folder / entry.path().filename()).string();
+    static const std::regex digits("[0-9]{1,18}");
+    for (std::sregex_iterator at(name.begin(), name.end(), digits), end; at != end; ++at) {
+      const uint64_t n = std::stoull(at->str());
+      if (n > number && n < found.value_or(UINT64_MAX) && sequence_name(pattern, n) == name)
+        found = n;
+    }
+  }
+  return found;
 }
 
 std::optional<uint64_t> size_of_file(const std::string& name) {
@@ -101,27 +155,36 @@ OutputFile::OutputFile(const std::string& name)
     file_ = stdout;
     return;
   }
+  if (name.empty()) throw Failure("the output has no name");
   std::error_code error;
-  // A link keeps pointing where it did: the file behind it is replaced.
-  const fs::path real =
-      fs::is_symlink(name, error) ? fs::weakly_canonical(name, error) : fs::path(name);
-  if (fs::is_directory(real, error)) throw Failure(name + ": is a directory");
-  const bool special = fs::exists(real, error) && !fs::is_regular_file(real, error);
-  name_ = real.string();
+  if (fs::is_directory(name, error)) throw Failure(name + ": is a directory");
+  const bool special = fs::exists(name, error) && !fs::is_regular_file(name, error);
   if (special) {
     file_ = std::fopen(name_.c_str(), "wb");
   } else {
+    name_ = behind_links(name).string();
     temporary_ = name_ + "." + std::to_string(getpid()) + ".part";
     const int descriptor = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
-    file_ = descriptor < 0 ? nullptr : fdopen(descriptor, "wb");
-    if (descriptor < 0) temporary_.clear();
+    if (descriptor < 0) {
+      temporary_.clear();
+    } else {
+      set_unfinished(temporary_);
+      file_ = fdopen(descriptor, "wb");
+    }
   }
   if (file_ == nullptr) failed("");
 }
 
 OutputFile::~OutputFile() {
   if (file_ != nullptr && file_ != stdout) std::fclose(file_);
-  if (!temporary_.empty()) unlink(temporary_.c_str());
+  if (temporary_.empty()) return;
+  unlink(temporary_.c_str());
+  forget_temporary();
+}
+
+void OutputFile::forget_temporary() {
+  set_unfinished("");
+  temporary_.clear();
 }
 
 void OutputFile::failed(const char* what) const {
@@ -130,6 +193,8 @@ void OutputFile::failed(const char* what) const {
 
 void OutputFile::write(const Bytes& bytes) {
   if (std::fwrite(bytes.data(), 1, bytes.size(), file_) != bytes.size()) failed("write: ");
+  // What reads a pipe may wait for the frame before it sends the next.
+  if (temporary_.empty() && std::fflush(file_) != 0) failed("write: ");
 }
 
 void OutputFile::commit() {
@@ -140,7 +205,7 @@ void OutputFile::commit() {
   if (std::fclose(closing) != 0) failed("close: ");
   if (temporary_.empty()) return;
   if (std::rename(temporary_.c_str(), name_.c_str()) != 0) failed("rename: ");
-  temporary_.clear();
+  forget_temporary();
 }
 
 void write_whole(const std::string& name, const Bytes& bytes) {

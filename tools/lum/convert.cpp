@@ -16,6 +16,8 @@
 namespace lum_tool {
 namespace {
 
+constexpr uint64_t kAllFrames = std::numeric_limits<uint64_t>::max();
+
 struct FrameRange {
   uint64_t first = 0;
   uint64_t last = 0;
@@ -36,9 +38,8 @@ FileKind output_kind(const ConvertOptions& options) {
 }
 
 FrameRange wanted_frames(const ConvertOptions& options, bool many) {
-  constexpr uint64_t kAll = std::numeric_limits<uint64_t>::max();
-  if (options.frames.empty()) return {0, many ? kAll : 0};
-  if (options.frames == "all") return {0, kAll};
+  if (options.frames.empty()) return {0, many ? kAllFrames : 0};
+  if (options.frames == "all") return {0, kAllFrames};
   unsigned long long first = 0, last = 0;
   int end = 0;
   const int length = static_cast<int>(options.frames.size());
@@ -48,6 +49,11 @@ FrameRange wanted_frames(const ConvertOptions& options, bool many) {
       end == length && first <= last)
     return {first, last};
   throw Failure("--frames " + options.frames + ": expected \"all\", a number from 0 or two, 2-9");
+}
+
+void note_first_of(uint64_t frames) {
+  std::fprintf(stderr, "note: frame 0 of %llu; all of them go into a name with %%04d\n",
+               static_cast<unsigned long long>(frames));
 }
 
 Conversion conversion_of(const ConvertOptions& options) {
@@ -153,9 +159,7 @@ int convert_command(const ConvertOptions& options) {
                     grouped(*stream.total()) + (*stream.total() == 1 ? " frame" : " frames") +
                     ", counted from 0");
     chosen = std::min(range.last, *stream.total() - 1) - range.first + 1;
-    if (!many && options.frames.empty() && *stream.total() > 1)
-      std::fprintf(stderr, "note: frame 0 of %llu; all of them go into a name with %%04d\n",
-                   static_cast<unsigned long long>(*stream.total()));
+    if (!many && options.frames.empty() && *stream.total() > 1) note_first_of(*stream.total());
   }
   for (const std::string& name : stream.names())
     if (!sequence) refuse_same_file(name, options.output);
@@ -175,10 +179,17 @@ int convert_command(const ConvertOptions& options) {
         throw Failure("the input ends before frame " + std::to_string(range.first));
       }
       if (!stream.next(converter.frame())) {
-        if (number > range.first) break;
+        if (number > range.first) {
+          if (range.last != kAllFrames)
+            std::fprintf(stderr, "note: the input ends after frame %llu\n",
+                         static_cast<unsigned long long>(number - 1));
+          break;
+        }
         throw Failure("the input ends before frame " + std::to_string(number));
       }
-      if (options.frames.empty() && !many) stream.check_rest();
+      if (options.frames.empty() && !many) {
+        if (const uint64_t left = stream.check_rest()) note_first_of(1 + left);
+      }
       if (options.time > 0 && number == range.first) converter.time(options.time);
       converter.run();
       const Bytes bytes = converter.encoded(kind);

@@ -24,6 +24,15 @@ constexpr uint8_t kOpaque = 255;  // the library leaves alpha bytes as it finds 
             way.destination->name + " in this way. What it converts to:";
     for (const Destination* other : others) text += " " + other->name;
     if (others.empty()) text += " nothing";
+    const LumPixelInfo& to = way.destination->pixel;
+    const bool deep =
+        to.bitsPerPixel == 48 || (to.bitsPerPixel == 16 && to.pixelLayout == LumPixelLayoutMono);
+    if (deep && way.source->packing) text += "; --unpack gives its samples as 16-bit words";
+    Conversion corrected = way;
+    corrected.matrix = {1, 0, 0, 0, 1, 0, 0, 0, 1};
+    const std::vector<const Destination*> more = reachable(corrected);
+    if (std::find(more.begin(), more.end(), way.destination) != more.end())
+      text += "; with --wb 1,1,1 also " + way.destination->name;
   }
   throw Failure(text);
 }

@@ -1,6 +1,7 @@
 // SPDX-License-Identifier: MIT
 #include "frame_stream.h"
 
+#include <cstdio>
 #include <filesystem>
 
 #include "failure.h"
@@ -14,11 +15,18 @@ std::vector<std::string> files_of(const std::string& name) {
     return {name};
   std::vector<std::string> names;
   const uint64_t first = std::filesystem::exists(sequence_name(name, 0)) ? 0 : 1;
-  for (uint64_t i = first; std::filesystem::exists(sequence_name(name, i)); ++i)
-    names.push_back(sequence_name(name, i));
+  uint64_t end = first;
+  for (; std::filesystem::exists(sequence_name(name, end)); ++end)
+    names.push_back(sequence_name(name, end));
   if (names.empty())
     throw Failure(name + ": neither " + sequence_name(name, 0) + " nor " + sequence_name(name, 1) +
                   " is there");
+  if (const std::optional<uint64_t> more = next_in_sequence(name, end))
+    std::fprintf(stderr, "note: %s is missing; %s and what follows is not read\n",
+                 sequence_name(name, end).c_str(), sequence_name(name, *more).c_str());
+  if (first == 1)
+    std::fprintf(stderr, "note: frames are counted from 0, which is %s here\n",
+                 names.front().c_str());
   return names;
 }
 
@@ -103,11 +111,13 @@ bool FrameStream::skip() {
   }
 }
 
-void FrameStream::check_rest() {
-  if (!file_ || file_->size()) return;
+uint64_t FrameStream::check_rest() {
+  if (!file_ || file_->size()) return 0;
+  const uint64_t before = position_;
   Bytes rest(1 << 16);
   while (const size_t got = file_->read(rest.data(), rest.size())) position_ += got;
   if (position_ % need_ != 0) refuse(file_->title(), position_);
+  return (position_ - before) / need_;
 }
 
 }  // namespace lum_tool

@@ -26,8 +26,8 @@ class FrameStream {
   // False at the end. `frame` has room for frame_bytes() at least.
   bool next(Bytes& frame);
   bool skip();
-  // Reads a pipe to its end, so that a length that does not fit is noticed.
-  void check_rest();
+  // Reads a pipe to its end, so that a length that does not fit is noticed. The frames it had left.
+  uint64_t check_rest();
 
  private:
   bool open_next();

@@ -155,17 +155,25 @@ int main(int argc, char** argv) {
   app.add_subcommand("errors", "Print the text of a result code")
       ->add_option("code", code, "-7, 0x88000004, ...")
       ->required();
+  const auto run = [&] {
+    if (app.got_subcommand("convert")) return lum_tool::convert_command(convert);
+    if (app.got_subcommand("simulate")) return lum_tool::simulate_command(simulate);
+    if (app.got_subcommand("formats")) return lum_tool::formats_command(json);
+    if (app.got_subcommand("info")) return lum_tool::info_command(info_format, info_size);
+    return lum_tool::errors_command(code);
+  };
   try {
     app.parse(argc, argv);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongCall;
   }
   try {
-    if (app.got_subcommand("convert")) return lum_tool::convert_command(convert);
-    if (app.got_subcommand("simulate")) return lum_tool::simulate_command(simulate);
-    if (app.got_subcommand("formats")) return lum_tool::formats_command(json);
-    if (app.got_subcommand("info")) return lum_tool::info_command(info_format, info_size);
-    return lum_tool::errors_command(code);
+    const int status = run();
+    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
+      std::fprintf(stderr, "lum: standard output: not all of it could be written\n");
+      return kFailed;
+    }
+    return status;
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "lum: not enough memory for frames of this size\n");
     return kFailed;

@@ -16,6 +16,8 @@
 
 // After <cstdio>: the header uses FILE without including what declares it.
 #include <jpeglib.h>
+// After it, whose types it uses.
+#include <jerror.h>
 
 #include "failure.h"
 
@@ -280,7 +282,10 @@ void jpeg_failed(j_common_ptr info) {
   std::longjmp(errors->back, 1);
 }
 
-void jpeg_warned(j_common_ptr) {}
+// What is cut off would be grey; of other faults the picture is mostly there.
+void jpeg_warned(j_common_ptr info, int level) {
+  if (level < 0 && info->err->msg_code == JWRN_JPEG_EOF) jpeg_failed(info);
+}
 
 bool jpeg_start(jpeg_decompress_struct& jpeg, JpegErrors& errors, const Bytes& file) {
   if (setjmp(errors.back)) return false;
@@ -302,7 +307,7 @@ Picture decode_jpeg(const Bytes& file) {
   jpeg_decompress_struct jpeg = {};
   jpeg.err = jpeg_std_error(&errors.base);
   errors.base.error_exit = jpeg_failed;
-  errors.base.output_message = jpeg_warned;
+  errors.base.emit_message = jpeg_warned;
   struct Closer {
     jpeg_decompress_struct& jpeg;
     ~Closer() { jpeg_destroy_decompress(&jpeg); }
