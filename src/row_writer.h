@@ -30,7 +30,8 @@ struct StreamedPixels {
 };
 
 // How many pixels are before the first line of a cache that is streamed, by whole groups: none or
-// so many that they are a kernel's block. n if no pixel of the n begins a line.
+// so many that they are a kernel's block. n if no pixel of the n begins a line, or only one with
+// less than a group behind it.
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
@@ -53,8 +54,10 @@ void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const Streame
     return;
   }
   const size_t piece = kBytes / pixels.bytes / kStreamedGroup * kStreamedGroup;
-  for (x = 0; x < n; x += piece) {
-    const size_t count = std::min(piece, n - x);
+  x = 0;
+  for (size_t count = 0; x < n; x += count) {
+    count = std::min(piece, n - x);
+    if (n - x - count < pixels.group) count = n - x;  // an odd pixel has its neighbour before it
     uint8_t* const to = dst + x * pixels.bytes;
     uint8_t* const staged =
         stage + reinterpret_cast<uintptr_t>(to) % kCacheLine;  // lines for lines

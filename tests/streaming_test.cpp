@@ -52,26 +52,26 @@ std::vector<Conversion> flat_conversions() {
                       }});
     }
   }
-  list.push_back(
-      {"joined planes", 8, 8,
-       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
-         const uint32_t n = width * height;
-         const uint8_t* const planes[] = {src, src + 2 * n, src + 4 * n, src + 6 * n};
-         for (const uint32_t channels : {2, 3, 4}) {
-           planar_to_packed(k, dst, planes, n, channels, 1);
-           planar_to_packed(k, dst, planes, n, channels, 2);
-         }
-       }});
-  list.push_back(
-      {"planes", 8, 8,
-       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
-         const uint32_t n = width * height;
-         uint8_t* const planes[] = {dst, dst + 2 * n, dst + 4 * n, dst + 6 * n};
-         for (const uint32_t channels : {2, 3, 4}) {
-           packed_to_planar(k, planes, src, n, channels, 1);
-           packed_to_planar(k, planes, src, n - 1, channels, 2);
-         }
-       }});
+  for (const uint32_t channels : {2, 3, 4}) {
+    for (const uint32_t bytes : {1, 2}) {
+      const std::string kind = std::to_string(channels) + " planes of " + std::to_string(bytes);
+      list.push_back(
+          {"joined " + kind, 8, 8,
+           [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+               uint32_t height) {
+             const uint32_t n = width * height;
+             const uint8_t* const planes[] = {src, src + 2 * n, src + 4 * n, src + 6 * n};
+             planar_to_packed(k, dst, planes, n, channels, bytes);
+           }});
+      list.push_back({kind, 8, 8,
+                      [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                          uint32_t height) {
+                        const uint32_t n = width * height;
+                        uint8_t* const planes[] = {dst, dst + 2 * n, dst + 4 * n, dst + 6 * n};
+                        packed_to_planar(k, planes, src, n - 1, channels, bytes);
+                      }});
+    }
+  }
   list.push_back({"words to bytes", 2, 1,
                   [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
                      uint32_t height) { samples_16_to_8(k, dst, src, width * height, 4, 1); }});
@@ -159,7 +159,7 @@ void compare(const Kernels& kernels, const std::string& level, const Conversion&
   const size_t pixels = size_t{width} * height;
   const Bytes src = random_bytes(pixels * conversion.src_bytes, pixels);
   // From the beginning of a line of the cache: pixels may begin there, further on, or nowhere.
-  for (const size_t offset : {0, 1, 2, 16, 37}) {
+  for (const size_t offset : {0, 1, 2, 16, 37, 58, 60, 62}) {
     Bytes expected = random_bytes(pixels * conversion.dst_bytes + 4 * kCacheLine, 7),
           actual = expected;
     const size_t to_line = -reinterpret_cast<uintptr_t>(actual.data()) % kCacheLine;
@@ -193,6 +193,23 @@ TEST(Streaming, FlatRunsHaveTheSameBytes) {
     for (const Conversion& conversion : flat_conversions()) {
       for (const uint32_t width : {4, 64, 196, 2048, 2052, 6148}) {
         compare(kernels, level, conversion, width, 1);
+        if (HasFatalFailure()) return;
+      }
+    }
+  });
+}
+
+// The last pixel of an odd row is made of the one before it, which must not be in another piece.
+TEST(Streaming, OddMosaicsHaveTheSameBytes) {
+  at_every_level([](const Kernels& kernels, const std::string& level) {
+    if (kernels.stream == nullptr) return;
+    for (const Conversion& conversion : frame_conversions()) {
+      const bool mosaic = conversion.name.compare(0, 7, "mosaic ") == 0 &&
+                          conversion.name.find("packed") == std::string::npos &&
+                          conversion.name.find("uyvy") == std::string::npos;
+      if (!mosaic) continue;
+      for (const uint32_t width : {65, 67, 97, 131, 2049, 4097, 6145}) {
+        compare(kernels, level, conversion, width, 8);
         if (HasFatalFailure()) return;
       }
     }

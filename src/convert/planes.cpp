@@ -121,7 +121,7 @@ void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint
                       uint32_t count, uint32_t channels, uint32_t sample_bytes) {
   const auto split = kernels.direct.split[sample_bytes - 1][channels - 2];
   const size_t pixel = size_t{channels} * sample_bytes;
-  const size_t before = is_streamed(kernels, 2 * count * pixel)
+  const size_t before = is_streamed(kernels, 2 * pixel * count)
                             ? samples_to_line(planes, channels, sample_bytes, count)
                             : count;
   if (before == count) {

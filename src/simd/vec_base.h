@@ -170,8 +170,8 @@ LUM_INLINE U16 narrow(U32 lo, U32 hi) {
 // Sums of neighbouring lanes, those of `a` first.
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
   constexpr int n = kLanes / 4;
-  const auto at = [&](int i) { return i < n ? a[i] : b[i - n]; };
-  return lanes<I32>([&](int i) { return at(2 * i) + at(2 * i + 1); });
+  const auto at = [&](int i) { return static_cast<uint32_t>(i < n ? a[i] : b[i - n]); };
+  return lanes<I32>([&](int i) { return static_cast<int32_t>(at(2 * i) + at(2 * i + 1)); });
 }
 // Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
 LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
