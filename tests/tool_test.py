@@ -325,8 +325,14 @@ class ToolTest(unittest.TestCase):
             with open("/dev/full", "wb") as full:
                 done = subprocess.run([LUM, *command], stdout=full, stderr=subprocess.PIPE)
             self.assertEqual((done.returncode, b"could be written" in done.stderr), (1, True))
-        self.put("cut.jpg", JPEG[:-12])
-        self.lum("simulate", "--format", "Mono8", "cut.jpg", "cut.raw", status=1)
+        self.put("cut.jpg", JPEG[:-4])
+        cut = self.lum("simulate", "--format", "Mono8", "cut.jpg", "cut.raw", status=1)
+        self.assertIn("premature end", cut.text)
+        self.put("unended.jpg", JPEG[:-2])
+        self.lum("simulate", "--format", "Mono8", "unended.jpg", "cut.raw")
+        for i in (1, 2, 4):
+            self.put(f"run1{i}+.raw", frames[:32])
+        self.assertIn("run14+.raw", self.lum(*base, "run1%d+.raw", "two.raw").text)
 
     def test_outputs_that_are_no_plain_files(self):
         frame = bytes(range(32))
@@ -338,6 +344,12 @@ class ToolTest(unittest.TestCase):
         self.lum(*base, "f.raw", "link.raw")
         self.assertTrue(os.path.islink(self.path("link.raw")))
         self.assertEqual(self.get("there.raw"), frame)
+        with open(self.path("log.raw"), "wb") as log:  # what is there already stays
+            subprocess.run([LUM, *base, "f.raw", "/dev/stdout"], stdout=log, cwd=self.folder)
+            subprocess.run([LUM, *base, "f.raw", "/dev/stdout"], stdout=log, cwd=self.folder)
+        self.assertEqual(self.get("log.raw"), 2 * frame)
+        os.symlink("loop.raw", self.path("loop.raw"))
+        self.assertIn("nowhere", self.lum(*base, "f.raw", "loop.raw", status=1).text)
         # A reader that waits for a frame before it sends the next one.
         with subprocess.Popen([LUM, *base, "-", "-"], stdin=subprocess.PIPE,
                               stdout=subprocess.PIPE) as lum:
@@ -351,9 +363,11 @@ class ToolTest(unittest.TestCase):
                               cwd=self.folder) as lum:
             lum.stdin.write(frame)
             lum.stdin.flush()
-            while lum.poll() is None and not any(
+            deadline = time.monotonic() + 20
+            while time.monotonic() < deadline and not any(
                     n.endswith(".part") for n in os.listdir(self.folder)):
                 time.sleep(0.01)
+            time.sleep(0.2)  # until it is known to the program
             lum.terminate()
             self.assertEqual(lum.wait(timeout=20), -signal.SIGTERM)
 

@@ -23,12 +23,16 @@ namespace fs = std::filesystem;
 std::string system_text() { return std::strerror(errno); }
 
 // A link keeps pointing where it did: what it leads to is replaced, and made if it is not there.
-fs::path behind_links(fs::path name) {
+fs::path behind_links(const fs::path& name) {
   constexpr int kMostLinks = 40;
   std::error_code error;
-  for (int i = 0; i < kMostLinks && fs::is_symlink(name, error); ++i)
-    name = name.parent_path() / fs::read_symlink(name, error);
-  return name;
+  fs::path at = name;
+  for (int i = 0; fs::is_symlink(at, error); ++i) {
+    const fs::path target = fs::read_symlink(at, error);
+    if (error || i == kMostLinks) throw Failure(name.string() + ": leads nowhere");
+    at = at.parent_path() / target;
+  }
+  return at;
 }
 
 // The unfinished file, which a signal that ends the program takes away.
@@ -42,7 +46,7 @@ void remove_unfinished(int signal_number) {
 
 void set_unfinished(const std::string& name) {
   static const bool watched = [] {
-    for (const int number : {SIGHUP, SIGINT, SIGTERM, SIGXFSZ}) {
+    for (const int number : {SIGHUP, SIGINT, SIGQUIT, SIGPIPE, SIGTERM, SIGXCPU, SIGXFSZ}) {
       if (signal(number, SIG_IGN) != SIG_IGN) signal(number, remove_unfinished);
     }
     return true;
@@ -59,6 +63,12 @@ void set_unfinished(const std::string& name) {
 const std::regex& number_place() {
   static const std::regex place("%(0[1-9])?d");
   return place;
+}
+
+// As a regular expression that matches just the text.
+std::string quoted(const std::string& text) {
+  static const std::regex special(R"([.^$|()\[\]{}*+?\\])");
+  return std::regex_replace(text, special, R"(\$&)");
 }
 
 }  // namespace
@@ -89,18 +99,19 @@ std::string sequence_name(const std::string& pattern, uint64_t number) {
 
 std::optional<uint64_t> next_in_sequence(const std::string& pattern, uint64_t number) {
   const fs::path folder = fs::path(pattern).parent_path();
+  const std::string file = fs::path(pattern).filename().string();
+  std::smatch place;
+  if (!std::regex_search(file, place, number_place())) return {};
+  const std::regex numbered(quoted(place.prefix()) + "([0-9]{1,18})" + quoted(place.suffix()));
   std::optional<uint64_t> found;
   std::error_code error;
   for (const fs::directory_entry& entry :
        fs::directory_iterator(folder.empty() ? "." : folder, error)) {
-    // Any run of digits in its name may be the number.
-    const std::string name = (folder / entry.path().filename()).string();
-    static const std::regex digits("[0-9]{1,18}");
-    for (std::sregex_iterator at(name.begin(), name.end(), digits), end; at != end; ++at) {
-      const uint64_t n = std::stoull(at->str());
-      if (n > number && n < found.value_or(UINT64_MAX) && sequence_name(pattern, n) == name)
-        found = n;
-    }
+    const std::string name = entry.path().filename().string();
+    std::smatch match;
+    if (!std::regex_match(name, match, numbered)) continue;
+    const uint64_t n = std::stoull(match[1]);
+    if (n > number && n < found.value_or(UINT64_MAX) && sequence_name(file, n) == name) found = n;
   }
   return found;
 }
@@ -151,7 +162,8 @@ Bytes read_whole(const std::string& name) {
 
 OutputFile::OutputFile(const std::string& name)
     : name_(is_standard_stream(name) ? "standard output" : name) {
-  if (is_standard_stream(name)) {
+  // By its name the file behind it, which may have other contents already, would be replaced.
+  if (is_standard_stream(name) || name == "/dev/stdout") {
     file_ = stdout;
     return;
   }
@@ -188,7 +200,8 @@ void OutputFile::forget_temporary() {
 }
 
 void OutputFile::failed(const char* what) const {
-  throw Failure(name_ + ": " + what + system_text() + "; nothing was changed under this name");
+  const std::string text = name_ + ": " + what + system_text();
+  throw Failure(temporary_.empty() ? text : text + "; nothing was changed under this name");
 }
 
 void OutputFile::write(const Bytes& bytes) {

@@ -19,7 +19,7 @@ inline bool is_standard_stream(const std::string& name) { return name == "-"; }
 // "frame%04d.png": exactly one %d or %0Nd. A name with any other % is an ordinary name.
 bool is_sequence(const std::string& name);
 std::string sequence_name(const std::string& pattern, uint64_t number);
-// The least number above `number` whose file is there.
+// The least number above `number` whose file is there; not of folders with numbers.
 std::optional<uint64_t> next_in_sequence(const std::string& pattern, uint64_t number);
 
 // Nothing for a pipe or a device, whose length shows at its end only. Throws Failure when there is

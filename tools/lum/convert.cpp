@@ -171,6 +171,7 @@ int convert_command(const ConvertOptions& options) {
   converter.print_notes(kind, !options.to.empty());
   std::unique_ptr<OutputFile> whole;
   if (!sequence) whole = std::make_unique<OutputFile>(options.output);
+  std::optional<uint64_t> ended_after;
   {
     Progress progress(chosen);
     for (uint64_t number = 0; number <= range.last; ++number) {
@@ -180,9 +181,7 @@ int convert_command(const ConvertOptions& options) {
       }
       if (!stream.next(converter.frame())) {
         if (number > range.first) {
-          if (range.last != kAllFrames)
-            std::fprintf(stderr, "note: the input ends after frame %llu\n",
-                         static_cast<unsigned long long>(number - 1));
+          ended_after = number - 1;
           break;
         }
         throw Failure("the input ends before frame " + std::to_string(number));
@@ -203,6 +202,9 @@ int convert_command(const ConvertOptions& options) {
       progress.done(number - range.first + 1);
     }
   }
+  if (ended_after && range.last != kAllFrames)
+    std::fprintf(stderr, "note: the input ends after frame %llu\n",
+                 static_cast<unsigned long long>(*ended_after));
   if (whole) whole->commit();
   return 0;
 }

@@ -27,7 +27,7 @@ constexpr uint8_t kOpaque = 255;  // the library leaves alpha bytes as it finds 
     const LumPixelInfo& to = way.destination->pixel;
     const bool deep =
         to.bitsPerPixel == 48 || (to.bitsPerPixel == 16 && to.pixelLayout == LumPixelLayoutMono);
-    if (deep && way.source->packing) text += "; --unpack gives its samples as 16-bit words";
+    if (deep && way.source->packing) text += "; --unpack lsb in place of --to gives 16-bit words";
     Conversion corrected = way;
     corrected.matrix = {1, 0, 0, 0, 1, 0, 0, 0, 1};
     const std::vector<const Destination*> more = reachable(corrected);

@@ -282,9 +282,10 @@ void jpeg_failed(j_common_ptr info) {
   std::longjmp(errors->back, 1);
 }
 
-// What is cut off would be grey; of other faults the picture is mostly there.
+// What is missing would be grey; of other faults the picture is mostly there.
 void jpeg_warned(j_common_ptr info, int level) {
-  if (level < 0 && info->err->msg_code == JWRN_JPEG_EOF) jpeg_failed(info);
+  const int code = info->err->msg_code;
+  if (level < 0 && (code == JWRN_HIT_MARKER || code == JWRN_JPEG_EOF)) jpeg_failed(info);
 }
 
 bool jpeg_start(jpeg_decompress_struct& jpeg, JpegErrors& errors, const Bytes& file) {
@@ -302,7 +303,9 @@ bool jpeg_row(jpeg_decompress_struct& jpeg, JpegErrors& errors, uint8_t* row) {
   return jpeg_read_scanlines(&jpeg, &row, 1) == 1;
 }
 
-Picture decode_jpeg(const Bytes& file) {
+Picture decode_jpeg(Bytes file) {
+  // Some files lack their end marker alone; behind one that has it another does not matter.
+  file.insert(file.end(), {0xFF, JPEG_EOI});
   JpegErrors errors = {};
   jpeg_decompress_struct jpeg = {};
   jpeg.err = jpeg_std_error(&errors.base);
