@@ -108,6 +108,8 @@ LUM_INLINE U8 luma(const BlockPairs& p) {
 template <class Luma, bool bgr>
 LUM_INLINE I8 colour_weights() {
   constexpr uint32_t kWithRed = Luma::kGreenWithRed, kWithBlue = Luma::kGreen - kWithRed;
+  static_assert((Luma::kRed + kWithRed) * 255 < 32768 && (Luma::kBlue + kWithBlue) * 255 < 32768,
+                "sums of two products");
   constexpr uint32_t kRedGreen = Luma::kRed | kWithRed << 8,
                      kBlueGreen = Luma::kBlue | kWithBlue << 8;
   return I8(U32{} + (bgr ? kBlueGreen | kRedGreen << 16 : kRedGreen | kBlueGreen << 16));
