@@ -437,6 +437,11 @@ TEST(DirectResample, RowsAreWhatTheReferenceMakesAtEveryLevel) {
         for (const uint32_t n : {1u, 33u, 64u, 600u, pixel.bytes() % 2 != 0 ? 9000u : 4200u}) {
           for (const Way way : {Way{0, 0x10000},
                                 {-0x4000, 0xA000},
+                                {0x4000, 0x18000},
+                                {0x8000, 0x20000},
+                                {-0x1234567, 0xF0F1},
+                                {0x1111, 0x12F3B},
+                                {0x5678, 0x321},
                                 {-0x300000, 0x3C123},
                                 {0x7FFFFFFF, 1},
                                 {INT32_MIN, 0x1000000},

@@ -132,23 +132,54 @@ int64_t first_position(uint32_t step) {
   return static_cast<int64_t>(step >> 1) - static_cast<int64_t>(kHalf);
 }
 
-}  // namespace
-
-void resample_row(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t dst_count,
-                  uint32_t src_count, PixelShape pixel, int32_t position, uint32_t step,
-                  Resampling mode) {
+// The row of n pixels, whatever the step.
+void resample_by_plan(const DirectKernels& k, uint8_t* dst, const uint8_t* src, uint32_t dst_count,
+                      uint32_t src_count, PixelShape pixel, int32_t position, uint32_t step,
+                      Resampling mode) {
   Plan plan;
   Scratch scratch;
   const uint32_t tile = tile_pixels(pixel);
   for (uint64_t x = 0; x < dst_count; x += tile) {
     const uint32_t n = static_cast<uint32_t>(std::min<uint64_t>(tile, dst_count - x));
     make_plan(plan, x, n, src_count, pixel, position, step, mode);
-    // For one row alone, a plan for spans of interleaved samples takes longer than gathering.
-    const bool mixes = mode == Resampling::linear && pixel.channels == 1;
-    if (mixes) add_mixing(plan, kernels.direct, pixel);
-    resample_tile(kernels.direct, dst + x * pixel.bytes(), src, src_count * pixel.bytes(), plan,
-                  pixel, mode, scratch);
+    if (mode == Resampling::linear) add_mixing(plan, k, pixel);
+    resample_tile(k, dst + x * pixel.bytes(), src, src_count * pixel.bytes(), plan, pixel, mode,
+                  scratch);
   }
+}
+
+void repeat(uint8_t* dst, const uint8_t* pixel, size_t n, size_t pixel_bytes) {
+  for (size_t x = 0; x < n; ++x) memcpy(dst + x * pixel_bytes, pixel, pixel_bytes);
+}
+
+}  // namespace
+
+void resample_row(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uint32_t dst_count,
+                  uint32_t src_count, PixelShape pixel, int32_t position, uint32_t step,
+                  Resampling mode) {
+  const DirectKernels& k = kernels.direct;
+  const size_t bytes = pixel.bytes(), src_bytes = src_count * bytes;
+  // How many pixels come before the row's first one, and how many do up to its last one; those
+  // before and behind repeat them.
+  const auto steps_within = [&](uint64_t way) {
+    return step == 0 ? dst_count : std::min<uint64_t>(way / step + 1, dst_count);
+  };
+  const int64_t end = int64_t{src_count - 1} << 16;
+  const size_t before = position < 0 ? steps_within(-int64_t{position} - 1) : 0;
+  const size_t upto = position <= end ? steps_within(end - position) : 0;
+  if (upto > before) {
+    const bool nearest = mode == Resampling::nearest;
+    const auto kernel = nearest ? k.pick_in_steps[bytes]
+                                : k.mix_in_steps[pixel.sample_bytes - 1][pixel.channels - 1];
+    const uint64_t p = position + before * step + (nearest ? kHalf : 0);
+    if (kernel == nullptr ||
+        !kernel(dst + before * bytes, upto - before, src, src_bytes, p, step)) {
+      resample_by_plan(k, dst, src, dst_count, src_count, pixel, position, step, mode);
+      return;
+    }
+  }
+  repeat(dst, src, before, bytes);
+  repeat(dst + upto * bytes, src + src_bytes - bytes, dst_count - upto, bytes);
 }
 
 void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize dst_size,

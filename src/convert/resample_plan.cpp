@@ -31,8 +31,7 @@ void spread(Value* values, uint32_t pixels, uint32_t channels, uint32_t incremen
 }
 
 // Index and bases of a mixing kernel, if the samples of each span of it lie close to each other:
-// with `pairs` up to steps of some two pixels. A sample's index is its distance from the base times
-// `factor`, plus `added`.
+// with `pairs` up to steps of some two pixels.
 template <class Index>
 bool add_spans(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs) {
   constexpr uint32_t kSample = sizeof(Index) / 2;
@@ -41,9 +40,7 @@ bool add_spans(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs)
   const uint32_t samples = plan.n * pixel.channels;
   if (next + kSample > k.pick_span) return false;
   const uint32_t most = static_cast<uint32_t>(k.pick_span) - next - kSample;
-  const uint32_t of_b = pairs ? next * 0x0101 + 0x0100 : kPickNothing * 0x0101, of_a = 0x0100;
-  const uint32_t factor = kSample == 1 ? (pairs ? 0x0101 : 1) : (pairs ? 0x01010101 : 0x0101);
-  const uint32_t added = kSample == 1 ? (of_b & 0xFF) << 8 : of_a | of_b << 16;
+  const PickIndex as = mixing_index(kSample, next, pairs);
   const uint32_t* at = plan.at;
   uint32_t x = 0, base = 0;
   uint8_t* index = plan.index;
@@ -57,7 +54,7 @@ bool add_spans(Plan& plan, const DirectKernels& k, PixelShape pixel, bool pairs)
     Index v[kMostSpan / sizeof(Index)];
     const auto fill = [&](uint32_t count) {
       for (uint32_t i = 0; i < count; ++i) {
-        v[i] = static_cast<Index>((at[x + i] - base) * factor + added);
+        v[i] = static_cast<Index>((at[x + i] - base) * as.factor + as.added);
       }
       memcpy(index, v, count * sizeof(Index));
     };
@@ -121,6 +118,7 @@ void make_plan(Plan& plan, uint64_t first, uint32_t n, uint32_t src_count, Pixel
 }
 
 void add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
+  if (k.mix_pairs[0] == nullptr) return;
   spread(plan.at, plan.n, pixel.channels, pixel.sample_bytes);
   plan.stride = pixel.channels;
   if (pixel.sample_bytes == 1) {
@@ -138,7 +136,7 @@ void add_mixing(Plan& plan, const DirectKernels& k, PixelShape pixel) {
 void add_picks(Plan& plan, const DirectKernels& k, PixelShape pixel, size_t row_bytes) {
   const size_t span = k.pick_span, window = 2 * span, pixel_bytes = pixel.bytes();
   const size_t bytes = plan.n * pixel_bytes, whole = (bytes + kBlockSamples - 1) / kBlockSamples;
-  if (row_bytes < window) return;
+  if (k.pick == nullptr || row_bytes < window) return;
   plan.from = std::min(plan.first, row_bytes - window);
   memset(plan.index, 0, whole * kBlockSamples);
   // The pixel that byte i of the result is of, and which of its bytes that is.

@@ -59,9 +59,9 @@ struct Plan {
 // n pixels from the one of number `first` on.
 void make_plan(Plan& plan, uint64_t first, uint32_t n, uint32_t src_count, PixelShape pixel,
                int64_t position, uint32_t step, Resampling mode);
-// Sets plan.mix where the step permits.
+// Sets plan.mix where the kernels and the step permit.
 void add_mixing(Plan& plan, const DirectKernels& kernels, PixelShape pixel);
-// Sets plan.picks where the step permits.
+// Sets plan.picks where the kernels and the step permit.
 void add_picks(Plan& plan, const DirectKernels& kernels, PixelShape pixel, size_t row_bytes);
 
 }  // namespace lum

@@ -10,6 +10,8 @@ struct Window {
   U8 first, second;
 };
 constexpr size_t kWindows = kLanes / kSpanBytes;
+// Where lanes change places one by one, moving pixels does less work.
+constexpr bool kPicks = kLanes >= 16;
 
 LUM_INLINE Window load_window(const uint8_t* src, const uint32_t* base) {
   if constexpr (kPermutesTwo) return {load<U8>(src + *base), load<U8>(src + *base + kSpanBytes)};
@@ -96,11 +98,16 @@ inline void mix16_evenly(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint1
 }
 
 // ---- Picks and mixes in one: src, base, index, f as DirectKernels has them.
+template <class Picked>
 struct Picks {
   const uint8_t* src;
   const uint32_t* base;
   const uint8_t* index;
   size_t pixel_bytes;
+  // Those of an index from byte i on.
+  LUM_INLINE auto operator()(size_t i) const {
+    return Picked::of(src, base + i / kSpanBytes, load<U8>(index + i), pixel_bytes);
+  }
 };
 // Of one span, or 0 for kPickNothing.
 template <class V>
@@ -108,18 +115,20 @@ LUM_INLINE U8 picked(const uint8_t* src, const uint32_t* base, V index) {
   if constexpr (kPermutesTwo) return permute_two(load<U8>(src + *base), U8{}, index);
   return pick_bytes(load_pieces_at(src, base), index);
 }
-struct PickedPairs : Picks {
-  // Those of an index from byte i on: a and b of each sample.
-  LUM_INLINE U8 operator()(size_t i) const {
-    return picked(src, base + i / kSpanBytes, load<U8>(index + i));
+// a and b of each sample.
+struct PickedPairs {
+  static constexpr bool kPairs = true;
+  static LUM_INLINE U8 of(const uint8_t* src, const uint32_t* base, U8 index, size_t) {
+    return picked(src, base, index);
   }
 };
-struct PickedApart : Picks {
-  // a alone, and b alone.
-  LUM_INLINE Bytes2 operator()(size_t i) const {
-    const U8 where = in_register(load<U8>(index + i));
-    const uint32_t* const at = base + i / kSpanBytes;
-    return {picked(src, at, where), picked(src + pixel_bytes, at, where)};
+// a alone, and b alone.
+struct PickedApart {
+  static constexpr bool kPairs = false;
+  static LUM_INLINE Bytes2 of(const uint8_t* src, const uint32_t* base, U8 index,
+                              size_t pixel_bytes) {
+    const U8 where = in_register(index);  // and not twice from memory
+    return {picked(src, base, where), picked(src + pixel_bytes, base, where)};
   }
 };
 LUM_INLINE I16 mix_picked(U8 pairs, I16 f) {
@@ -133,14 +142,14 @@ LUM_INLINE U32 mix_picked(const Bytes2& v, U16 weights) {
 template <class Picked>
 void mix8_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                  const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picked picked = {{src, base, index, pixel_bytes}};
+  const Picks<Picked> picked = {src, base, index, pixel_bytes};
   const auto half = [&](size_t x) { return mix_picked(picked(2 * x), load<I16>(f + x)); };
   mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 2)); });
 }
 template <class Picked>
 void mix16_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
                   const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picked picked = {{src, base, index, pixel_bytes}};
+  const Picks<Picked> picked = {src, base, index, pixel_bytes};
   const auto half = [&](size_t x) { return mix_picked(picked(4 * x), load<U16>(f + 2 * x)); };
   mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 4)); });
 }

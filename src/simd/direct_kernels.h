@@ -48,6 +48,17 @@ constexpr size_t kLeastSpan = 8, kMostSpan = 64;
 // An index of a mixing kernel that picks 0: bit 7 says so to shuffles, bit 6 to a permute of a span
 // and zeros.
 constexpr uint8_t kPickNothing = 0xC0;
+// The index of a byte of the result is `factor` times how far from the base its sample lies, plus
+// `added`.
+struct PickIndex {
+  uint32_t factor, added;
+};
+// The same of a sample of one or two bytes, for mixing kernels: see PickingMix.
+constexpr PickIndex mixing_index(uint32_t sample_bytes, uint32_t pixel_bytes, bool pairs) {
+  const uint32_t second = pairs ? pixel_bytes * 0x0101 + 0x0100 : kPickNothing * 0x0101u;
+  if (sample_bytes == 1) return {pairs ? 0x0101u : 1, (second & 0xFF) << 8};
+  return {pairs ? 0x01010101u : 0x0101, 0x0100 | second << 16};
+}
 
 struct DirectKernels {
   // As RowKernel and StreamedRowKernel.
@@ -114,27 +125,37 @@ struct DirectKernels {
   void (*divide8)(uint8_t* dst, const uint16_t* sums, size_t n, uint32_t count);
   void (*divide16)(uint8_t* dst, const uint32_t* sums, size_t n, uint32_t count);
 
-  // dst[i] = src[base[i / pick_span] + index[i]], for n bytes, index[i] below 2 * pick_span. `base`
-  // and `index` have values for whole kBlockSamples bytes, and src can be read from each base on
-  // for 2 * pick_span bytes.
-  void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
-               size_t n);
-  size_t pick_span;
-
   // dst[i] = a[i] + (((b[i] - a[i]) f + 0x4000) >> 15), f below 2^15, for n samples; f differs from
   // sample to sample or not. a, b and f may be read on for kBlockSamples.
   void (*mix8)(uint8_t* dst, const uint8_t* a, const uint8_t* b, const uint16_t* f, size_t n);
   void (*mix16)(uint8_t* dst, const uint8_t* a, const uint8_t* b, const uint16_t* f, size_t n);
   void (*mix8_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
   void (*mix16_evenly)(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint16_t f, size_t n);
-  // The same of what is picked from src, by two bytes of index for each byte of the result: where
-  // the bytes of a sample of a are, then where those of b; `apart`: kPickNothing for b, which is
-  // picked like a from a pixel further on. There is a base for every pick_span bytes of index, and
+
+  // What follows is for levels that pick bytes by an index, and null for others, which gather
+  // pixels one by one.
+  //
+  // dst[i] = src[base[i / pick_span] + index[i]], for n bytes, index[i] below 2 * pick_span. `base`
+  // and `index` have values for whole kBlockSamples bytes, and src can be read from each base on
+  // for 2 * pick_span bytes.
+  void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
+               size_t n);
+  size_t pick_span;
+  // Mixes what is picked from src, by two bytes of index for each byte of the result: where the
+  // bytes of a sample of a are, then where those of b; `apart`: kPickNothing for b, which is picked
+  // like a from a pixel further on. There is a base for every pick_span bytes of index, and
   // src can be read from there on for pick_span bytes and a pixel. Of words (the second of each
   // two) f is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
   using PickingMix = void(uint8_t* dst, const uint8_t* src, const uint32_t* base,
                           const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n);
   PickingMix *mix_pairs[2], *mix_apart[2];
+  // n pixels of a row of src_bytes, those at `position`, `position` + step ... in 16.16, all of
+  // them in the row: the one that begins there, or that mixed with the next one. False, with
+  // nothing written, where steps are too long.
+  using ResampledSteps = bool(uint8_t* dst, size_t n, const uint8_t* src, size_t src_bytes,
+                              uint64_t position, uint32_t step);
+  ResampledSteps* pick_in_steps[2 * kMaxChannels + 1];  // by the bytes of a pixel
+  ResampledSteps* mix_in_steps[2][kMaxChannels];        // [bytes of a sample - 1][channels - 1]
 };
 
 }  // namespace lum

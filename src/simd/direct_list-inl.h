@@ -45,6 +45,26 @@ constexpr void add_studio(DirectKernels& k, int layout) {
   if constexpr (kStreams) k.streamed_studio_to_bgr24[layout] = streamed_row<From, Packed24<true>>;
 }
 
+template <class V, int most>
+constexpr void add_steps(DirectKernels& k) {
+  constexpr int kSample = kElementBytes<V> / 2;
+  k.pick_in_steps[kSample * most] = pick_in_steps<kSample * most>;
+  k.mix_in_steps[kSample - 1][most - 1] = mix_in_steps<V, most>;
+  if constexpr (most > 1) add_steps<V, most - 1>(k);
+}
+
+constexpr void add_resampling(DirectKernels& k) {
+  k.pick = pick;
+  static_assert(kSpanBytes >= kLeastSpan && kSpanBytes <= kMostSpan, "room in a plan");
+  k.pick_span = kSpanBytes;
+  k.mix_pairs[0] = mix8_picked<PickedPairs>;
+  k.mix_pairs[1] = mix16_picked<PickedPairs>;
+  k.mix_apart[0] = mix8_picked<PickedApart>;
+  k.mix_apart[1] = mix16_picked<PickedApart>;
+  add_steps<U16, kMaxChannels>(k);
+  add_steps<U32, kMaxChannels>(k);
+}
+
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
   add_studio<StudioYuvSource<Yuv411Layout>>(k, 0);
@@ -102,13 +122,7 @@ constexpr DirectKernels make_direct_kernels() {
   k.halve32 = halve32;
   k.divide8 = divide8;
   k.divide16 = divide16;
-  k.pick = pick;
-  static_assert(kSpanBytes >= kLeastSpan && kSpanBytes <= kMostSpan, "room in a plan");
-  k.pick_span = kSpanBytes;
-  k.mix_pairs[0] = mix8_picked<PickedPairs>;
-  k.mix_pairs[1] = mix16_picked<PickedPairs>;
-  k.mix_apart[0] = mix8_picked<PickedApart>;
-  k.mix_apart[1] = mix16_picked<PickedApart>;
+  if constexpr (kPicks) add_resampling(k);
   k.mix8 = mix8;
   k.mix16 = mix16;
   k.mix8_evenly = mix8_evenly;

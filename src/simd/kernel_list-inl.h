@@ -26,6 +26,7 @@
 #include "convert/flip_rows-inl.h"
 #include "convert/i420_rows-inl.h"
 #include "convert/resample_rows-inl.h"
+#include "convert/resample_steps_rows-inl.h"
 #include "convert/turn_rows-inl.h"
 #include "simd/direct_list-inl.h"
 
