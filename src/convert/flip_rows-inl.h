@@ -200,7 +200,7 @@ template <int size>
 constexpr auto reversal() {
   if constexpr ((size & (size - 1)) == 0 && size <= kLanes) {
     return ReversedElements<size>{};
-  } else if constexpr (kLanes >= 16) {
+  } else if constexpr (kShufflesBytes) {
     return ReversedPixels<size>{};
   } else {
     return ReversedPixel<size>{};

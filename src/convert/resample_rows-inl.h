@@ -10,8 +10,6 @@ struct Window {
   U8 first, second;
 };
 constexpr size_t kWindows = kLanes / kSpanBytes;
-// Where lanes change places one by one, moving pixels does less work.
-constexpr bool kPicks = kLanes >= 16;
 
 LUM_INLINE Window load_window(const uint8_t* src, const uint32_t* base) {
   if constexpr (kPermutesTwo) return {load<U8>(src + *base), load<U8>(src + *base + kSpanBytes)};

@@ -22,11 +22,6 @@ LUM_INLINE Way<U32> way(U32 k, uint32_t step) {
   return {way >> 16, way & 0xFFFF};
 }
 
-template <class V>
-auto lane_of(V v) {
-  return v[0];
-}
-
 // Indices in lanes of V for elements of `size` bytes, `parts` of which are a pixel. As many as
 // `in_window` of them come from `window` bytes of the source.
 template <class V, int parts, int size, int in_window, int window>

@@ -173,7 +173,7 @@ void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, pt
 
 template <int size>
 constexpr Transposition transposition() {
-  if constexpr (kLanes < 16) {
+  if constexpr (!kShufflesBytes) {
     return {copy_to_stage, transpose_pixels<size>, 1, false, true};
   } else {
     using S = Slots<size>;

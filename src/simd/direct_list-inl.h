@@ -122,7 +122,7 @@ constexpr DirectKernels make_direct_kernels() {
   k.halve32 = halve32;
   k.divide8 = divide8;
   k.divide16 = divide16;
-  if constexpr (kPicks) add_resampling(k);
+  if constexpr (kShufflesBytes) add_resampling(k);
   k.mix8 = mix8;
   k.mix16 = mix16;
   k.mix8_evenly = mix8_evenly;

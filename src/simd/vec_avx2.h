@@ -417,6 +417,7 @@ LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm256_shuffle_epi8(m(v), m
 // Spans are what a byte can be moved about in by one shuffle: side by side or apart in memory, the
 // first one's at p.
 constexpr int kSpanBytes = 16;
+constexpr bool kShufflesBytes = true;
 constexpr bool kPermutesTwo = false;  // there is no permute of two vectors
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t stride) { return load_halves(p, p + stride); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t stride, U8 v) { store_halves(p, p + stride, v); }

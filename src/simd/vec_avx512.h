@@ -466,6 +466,7 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) {
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm512_shuffle_epi8(m(v), m(index))); }
 // Spans are what a byte can be moved about in by one shuffle: here it is the whole vector.
 constexpr int kSpanBytes = 64;
+constexpr bool kShufflesBytes = true;
 // Whether there is permute_two(): bytes of two vectors that the low seven bits of an index tell.
 constexpr bool kPermutesTwo = true;
 LUM_INLINE U8 permute_two(U8 first, U8 second, U8 index) {

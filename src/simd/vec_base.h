@@ -1,5 +1,8 @@
 // SPDX-License-Identifier: MIT
-// Vector primitives, level base: plain loops over lanes, for any processor.
+// Vector primitives, level base: 16 lanes, for any processor. Shuffles are the compilers' own, and
+// arithmetic that vectors do not offer is a loop over arrays, which compilers turn into one
+// instruction where there is one; a loop over the lanes of vectors goes through memory, lane by
+// lane.
 #ifndef LUM_SIMD_VEC_BASE_H
 #define LUM_SIMD_VEC_BASE_H
 
@@ -10,7 +13,7 @@
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
-constexpr int kLanes = 8;  // the least that holds whole groups of every source in half a vector
+constexpr int kLanes = 16;
 }
 }  // namespace LUM_LEVEL
 }  // namespace lum
@@ -21,199 +24,244 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+// For what is called for each lane: g++ does not inline so many calls by itself.
+#define LUM_FLAT __attribute__((always_inline))
+
 constexpr int kWords = kLanes / 2;
 
+template <class V>
+struct Lanes {
+  decltype(lane_of(V{})) v[kLanes / kElementBytes<V>];
+};
+template <class V>
+LUM_INLINE Lanes<V> lanes_of(V v) {
+  Lanes<V> lanes;
+  memcpy(&lanes, &v, sizeof v);
+  return lanes;
+}
+template <class V, class F>
+LUM_INLINE V each(V a, V b, F f) {
+  Lanes<V> x = lanes_of(a), y = lanes_of(b);
+  for (size_t i = 0; i < kLanes / kElementBytes<V>; ++i) {
+    x.v[i] = static_cast<decltype(lane_of(V{}))>(f(x.v[i], y.v[i]));
+  }
+  return load<V>(&x);
+}
+
+template <int...>
+struct Numbers {};
+template <int n, int... rest>
+struct NumbersBelow : NumbersBelow<n - 1, n - 1, rest...> {};
+template <int... all>
+struct NumbersBelow<0, all...> {
+  using Type = Numbers<all...>;
+};
+template <int n>
+using Below = typename NumbersBelow<n>::Type;
+// f(0), f(1) ...
+template <class V, class F, int... i>
+LUM_INLINE V lanes(F f, Numbers<i...>) {
+  return V{static_cast<decltype(lane_of(V{}))>(f(i))...};
+}
 template <class V, class F>
 LUM_INLINE V lanes(F f) {
-  V r;
-  for (int i = 0; i < static_cast<int>(sizeof(V) / sizeof(r[0])); ++i) r[i] = f(i);
-  return r;
+  return lanes<V>(f, Below<kLanes / static_cast<int>(kElementBytes<V>)>{});
+}
+// The same of bytes in memory: g++ makes such vectors in memory, unless they are of two numbers.
+template <class F, int... i>
+LUM_INLINE uint64_t together(F f, Numbers<i...>) {
+  return (... | (uint64_t{f(i)} << 8 * i));
+}
+template <class F>
+LUM_INLINE U8 bytes_from(F f) {
+  const auto rest = [&](int i) LUM_FLAT { return f(i + 8); };
+  return U8(U64{together(f, Below<8>{}), together(rest, Below<8>{})});
+}
+// Lane i is lane formula(i) of a and b together.
+template <class V, class Formula, int... i>
+LUM_INLINE V shuffled(V a, V b, Formula formula, Numbers<i...>) {
+  return __builtin_shufflevector(a, b, formula(i)...);
+}
+template <class V, class Formula>
+LUM_INLINE V shuffled(V a, V b, Formula formula) {
+  constexpr int n = kLanes / static_cast<int>(kElementBytes<V>);
+  return shuffled(a, b, formula, Below<n>{});
+}
+template <class V>
+LUM_INLINE V evens(V a, V b) {
+  return shuffled(a, b, [](int i) LUM_FLAT { return 2 * i; });
+}
+template <class V>
+LUM_INLINE V odds(V a, V b) {
+  return shuffled(a, b, [](int i) LUM_FLAT { return 2 * i + 1; });
+}
+template <class V>
+LUM_INLINE V zip_low(V a, V b) {
+  constexpr int n = kLanes / static_cast<int>(kElementBytes<V>);
+  return shuffled(a, b, [](int i) LUM_FLAT { return i / 2 + i % 2 * n; });
+}
+template <class V>
+LUM_INLINE V zip_high(V a, V b) {
+  constexpr int n = kLanes / static_cast<int>(kElementBytes<V>);
+  return shuffled(a, b, [](int i) LUM_FLAT { return n / 2 + i / 2 + i % 2 * n; });
 }
 
 // Lanes chosen by the parity of their number.
 struct Mask {
-  unsigned parity;
+  U8 bytes;
+  U16 words;
 };
-LUM_INLINE Mask even_lanes(unsigned parity) { return {parity & 1u}; }
-
-// x = a in the chosen lanes and b in the others; y the other way round.
+LUM_INLINE Mask even_lanes(unsigned parity) {
+  const U16 odd = splat16(0) - splat16(parity & 1);  // all ones when the odd lanes are meant
+  return {U8(splat16(0x00FF) ^ odd), U16(reinterpret_cast<U32>(odd) ^ 0x0000FFFFu)};
+}
 template <class V>
-LUM_INLINE void cross(Mask m, V a, V b, V& x, V& y) {
-  x = lanes<V>([&](int i) { return (i + m.parity) % 2 == 0 ? a[i] : b[i]; });
-  y = lanes<V>([&](int i) { return (i + m.parity) % 2 == 0 ? b[i] : a[i]; });
+LUM_INLINE V blend(V mask, V a, V b) {
+  return b ^ ((a ^ b) & mask);
 }
-LUM_INLINE void cross16(Mask m, U16 a, U16 b, U16& x, U16& y) { cross(m, a, b, x, y); }
-
+// x = a in the chosen lanes and b in the others; y the other way round.
+LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
+  x = blend(mask.bytes, a, b);
+  y = blend(mask.bytes, b, a);
+}
+LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
+  x = blend(mask.words, a, b);
+  y = blend(mask.words, b, a);
+}
 // a in the chosen lanes, b in the others.
-LUM_INLINE U8 choose(Mask m, U8 a, U8 b) {
-  return lanes<U8>([&](int i) { return (i + m.parity) % 2 == 0 ? a[i] : b[i]; });
-}
+LUM_INLINE U8 choose(const Mask& mask, U8 a, U8 b) { return blend(mask.bytes, a, b); }
 
-LUM_INLINE U8 avg_up(U8 a, U8 b) {
-  return lanes<U8>([&](int i) { return (a[i] + b[i] + 1) >> 1; });
+template <class V>
+LUM_INLINE V avg_up(V a, V b) {
+  return each(a, b, [](int x, int y) LUM_FLAT { return (x + y + 1) >> 1; });
 }
-LUM_INLINE U16 avg_up(U16 a, U16 b) {
-  return lanes<U16>([&](int i) { return (a[i] + b[i] + 1) >> 1; });
+template <class V>
+LUM_INLINE V lesser(V a, V b) {
+  return a < b ? a : b;
 }
-LUM_INLINE I16 absolute(I16 a) {
-  return lanes<I16>([&](int i) { return a[i] < 0 ? -a[i] : a[i]; });
+template <class V>
+LUM_INLINE V greater(V a, V b) {
+  return a > b ? a : b;
 }
-LUM_INLINE U16 lesser(U16 a, U16 b) {
-  return lanes<U16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
-}
-LUM_INLINE I16 lesser(I16 a, I16 b) {
-  return lanes<I16>([&](int i) { return a[i] < b[i] ? a[i] : b[i]; });
-}
-LUM_INLINE I16 greater(I16 a, I16 b) {
-  return lanes<I16>([&](int i) { return a[i] > b[i] ? a[i] : b[i]; });
-}
+LUM_INLINE I16 absolute(I16 a) { return greater(a, -a); }
 // sum + 1, or sum - 1, in the lanes where a > b.
 LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) { return sum - I16(a > b); }
 LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(a > b); }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) {
-  return lanes<U16>([&](int i) { return (static_cast<uint32_t>(a[i]) * b[i]) >> 16; });
+  return each(a, b, [](uint32_t x, uint32_t y) LUM_FLAT { return x * y >> 16; });
 }
 LUM_INLINE I16 mul_hi(I16 a, I16 b) {
-  return lanes<I16>([&](int i) { return (static_cast<int32_t>(a[i]) * b[i]) >> 16; });
+  return each(a, b, [](int x, int y) LUM_FLAT { return x * y >> 16; });
 }
-// n is at most 16.
-LUM_INLINE U16 shift_left(U16 a, unsigned n) {
-  return lanes<U16>([&](int i) { return a[i] << n; });
-}
-LUM_INLINE U16 shift_right(U16 a, unsigned n) {
-  return lanes<U16>([&](int i) { return a[i] >> n; });
-}
+// n is at most 16, and vectors are shifted by less than their lanes have bits.
+LUM_INLINE U16 shift_left(U16 a, unsigned n) { return a << (n / 2) << (n - n / 2); }
+LUM_INLINE U16 shift_right(U16 a, unsigned n) { return a >> (n / 2) >> (n - n / 2); }
 // Every count is the same.
-LUM_INLINE I32 shift_right(I32 a, I32 counts) { return a >> counts; }
+LUM_INLINE I32 shift_right(I32 a, I32 counts) { return a >> counts[0]; }
 
 // a0 b0 a1 b1 ...; the first half of the pixels in lo.
-LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
-  return {lanes<U8>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
-          lanes<U8>([&](int i) { return i % 2 ? b[kWords + i / 2] : a[kWords + i / 2]; })};
-}
-LUM_INLINE Words2 interleave(I16 a, I16 b) {
-  return {lanes<I16>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
-          lanes<I16>([&](int i) { return i % 2 ? b[(kWords + i) / 2] : a[(kWords + i) / 2]; })};
-}
+LUM_INLINE Bytes2 interleave(U8 a, U8 b) { return {zip_low(a, b), zip_high(a, b)}; }
+LUM_INLINE Words2 interleave(I16 a, I16 b) { return {zip_low(a, b), zip_high(a, b)}; }
+LUM_INLINE Dwords2 interleave(U32 a, U32 b) { return {zip_low(a, b), zip_high(a, b)}; }
+LUM_INLINE Qwords2 interleave(U64 a, U64 b) { return {zip_low(a, b), zip_high(a, b)}; }
 // Products of unsigned and signed bytes, added in pairs.
 LUM_INLINE I16 madd(U8 u, I8 s) {
-  return lanes<I16>([&](int i) { return u[2 * i] * s[2 * i] + u[2 * i + 1] * s[2 * i + 1]; });
+  return I16(U16(u) & 0xFF) * (I16(s) << 8 >> 8) + I16(U16(u) >> 8) * (I16(s) >> 8);
 }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) {
-  const auto product = [&](int i) { return static_cast<uint32_t>(a[i] * b[i]); };
-  return lanes<I32>(
-      [&](int i) { return static_cast<int32_t>(product(2 * i) + product(2 * i + 1)); });
+  const U32 low = U32(a * b), high = U32(mul_hi(a, b));
+  return I32(((low & 0xFFFF) | high << 16) + (low >> 16 | (high & 0xFFFF0000u)));
 }
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
 // Products of unsigned and signed bytes, added in fours; sums of two fit a signed word.
 LUM_INLINE U32 madd4(U8 u, I8 s) { return U32(madd(madd(u, s), I16(splat16(1)))); }
-
-LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
-  return {lanes<U32>([&](int i) { return i % 2 ? b[i / 2] : a[i / 2]; }),
-          lanes<U32>([&](int i) { return i % 2 ? b[kWords / 4 + i / 2] : a[kWords / 4 + i / 2]; })};
-}
-LUM_INLINE Qwords2 interleave(U64 a, U64 b) { return {a, b}; }  // one lane each
 // Products of signed words in units of 2^-15, rounded: (a b + 0x4000) >> 15.
 LUM_INLINE I16 mul_round(I16 a, I16 b) {
-  return lanes<I16>([&](int i) { return (a[i] * b[i] + 0x4000) >> 15; });
+  return each(a, b, [](int x, int y) LUM_FLAT { return (x * y + 0x4000) >> 15; });
 }
 
-LUM_INLINE int clamp_to(int v, int low, int high) { return v < low ? low : v > high ? high : v; }
-
+template <class V>
+LUM_INLINE V limited(V v, int low, int high) {
+  using Lane = decltype(lane_of(v));
+  return lesser(greater(v, V{} + static_cast<Lane>(low)), V{} + static_cast<Lane>(high));
+}
 // Back from interleaved order: high bytes; values limited to 0..255; values limited to -128..127.
-LUM_INLINE U8 pack_high(U16 lo, U16 hi) {
-  return lanes<U8>([&](int i) { return (i < kWords ? lo[i] : hi[i - kWords]) >> 8; });
-}
+LUM_INLINE U8 pack_high(U16 lo, U16 hi) { return odds(U8(lo), U8(hi)); }
 LUM_INLINE U8 pack_sat(I16 lo, I16 hi) {
-  return lanes<U8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], 0, 255); });
+  return evens(U8(limited(lo, 0, 255)), U8(limited(hi, 0, 255)));
 }
 LUM_INLINE I8 pack_sat_signed(I16 lo, I16 hi) {
-  return lanes<I8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], -128, 127); });
+  return I8(evens(U8(limited(lo, -128, 127)), U8(limited(hi, -128, 127))));
 }
 // The same from 32 to 16 bits, limited to signed or to unsigned words.
 LUM_INLINE I16 pack_sat(I32 lo, I32 hi) {
-  constexpr int n = kWords / 2;
-  return lanes<I16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], -32768, 32767); });
+  return evens(I16(limited(lo, -32768, 32767)), I16(limited(hi, -32768, 32767)));
 }
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
-  constexpr int n = kWords / 2;
-  return lanes<U16>([&](int i) { return clamp_to(i < n ? lo[i] : hi[i - n], 0, 65535); });
+  return evens(U16(limited(lo, 0, 65535)), U16(limited(hi, 0, 65535)));
 }
 // The upper bytes of both, side by side: even's, odd's, even's ...
 LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0xFF00)); }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
-LUM_INLINE I16 high_words(U32 even, U32 odd) {
-  return lanes<I16>([&](int i) { return (i % 2 ? odd[i / 2] : even[i / 2]) >> 16; });
-}
+LUM_INLINE I16 high_words(U32 even, U32 odd) { return I16((even >> 16) | (odd & 0xFFFF0000u)); }
 // Words of the columns before: the last of the vector before and all but the last of this one; and
 // of the columns behind.
 LUM_INLINE I16 words_before(I16 before, I16 here) {
-  return lanes<I16>([&](int i) { return i == 0 ? before[kWords - 1] : here[i - 1]; });
+  return shuffled(before, here, [](int i) LUM_FLAT { return kWords - 1 + i; });
 }
 LUM_INLINE I16 words_behind(I16 here, I16 behind) {
-  return lanes<I16>([&](int i) { return i < kWords - 1 ? here[i + 1] : behind[0]; });
+  return shuffled(here, behind, [](int i) LUM_FLAT { return i + 1; });
 }
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
-  return lanes<U8>([&](int i) { return clamp_to(i % 2 == 0 ? even[i / 2] : odd[i / 2], 0, 255); });
+  return U8(limited(even, 0, 255) | limited(odd, 0, 255) << 8);
 }
 // Signed words in memory order to bytes, limited to 0..255.
-LUM_INLINE U8 narrow(I16 lo, I16 hi) {
-  return lanes<U8>([&](int i) { return clamp_to(i < kWords ? lo[i] : hi[i - kWords], 0, 255); });
-}
+LUM_INLINE U8 narrow(I16 lo, I16 hi) { return pack_sat(lo, hi); }
 // 32-bit lanes in memory order, each 0..65535, to words.
-LUM_INLINE U16 narrow(U32 lo, U32 hi) {
-  constexpr int n = kWords / 2;
-  return lanes<U16>([&](int i) { return i < n ? lo[i] : hi[i - n]; });
-}
+LUM_INLINE U16 narrow(U32 lo, U32 hi) { return evens(U16(lo), U16(hi)); }
 // Sums of neighbouring lanes, those of `a` first.
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
-  constexpr int n = kLanes / 4;
-  const auto at = [&](int i) { return static_cast<uint32_t>(i < n ? a[i] : b[i - n]); };
-  return lanes<I32>([&](int i) { return static_cast<int32_t>(at(2 * i) + at(2 * i + 1)); });
+  return I32(evens(U32(a), U32(b)) + odds(U32(a), U32(b)));
 }
 // Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
 LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
-  constexpr int n = kLanes / 4;
-  return lanes<U8>([&](int i) { return (q[i / n][i % n] + added) >> 8; });
+  const U16 v = splat16(added);
+  return pack_high(narrow(q[0], q[1]) + v, narrow(q[2], q[3]) + v);
 }
 
-// The order of the two bytes of a word, as data.
-struct ByteOrder {
-  unsigned swap;
-};
-LUM_INLINE ByteOrder byte_order(bool big_endian) { return {big_endian ? 1u : 0u}; }
-LUM_INLINE U16 ordered(U16 v, ByteOrder order) {
-  const U8 bytes = U8(v);
-  return U16(lanes<U8>([&](int i) { return bytes[i ^ static_cast<int>(order.swap)]; }));
-}
+// The order of the two bytes of a word, as data: all ones where they change places.
+using ByteOrder = U16;
+LUM_INLINE ByteOrder byte_order(bool big_endian) { return splat16(big_endian ? 0xFFFF : 0); }
+LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return blend(order, v << 8 | v >> 8, v); }
 
 // The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but
 // one.
 LUM_INLINE U8 load_edge8(const uint8_t* p) {
-  return lanes<U8>([&](int i) { return i + 1 < kLanes ? p[i + 1] : p[kLanes - 2]; });
+  const U8 v = load<U8>(p);
+  return shuffled(v, v, [](int i) LUM_FLAT { return i + 1 < kLanes ? i + 1 : kLanes - 2; });
 }
 LUM_INLINE U16 load_edge16(const uint8_t* p) {
   const U16 v = load<U16>(p);
-  return lanes<U16>([&](int i) { return i + 1 < kWords ? v[i + 1] : v[kWords - 2]; });
+  return shuffled(v, v, [](int i) LUM_FLAT { return i + 1 < kWords ? i + 1 : kWords - 2; });
 }
 
 // Bytes to words, half a vector of them, in memory order.
 LUM_INLINE U16 load_widened(const uint8_t* p) {
-  return lanes<U16>([&](int i) { return p[i]; });
+  return lanes<U16>([&](int i) LUM_FLAT { return p[i]; });
 }
 
 // Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels.
 LUM_INLINE U8 load_packed12(const uint8_t* p) {
-  return lanes<U8>([&](int i) { return p[i / 2 * 3 + i % 2 * 2]; });
+  return bytes_from([&](int i) LUM_FLAT { return p[i / 2 * 3 + i % 2 * 2]; });
 }
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
 // negative number gives zero. The formulas repeat every 12 bytes.
 template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
-  return lanes<U16>([&](int i) {
+  return lanes<U16>([&](int i) LUM_FLAT {
     const int low = Formula::low(i), high = Formula::high(i);
     return (low < 0 ? 0 : p[low]) | (high < 0 ? 0 : p[high]) << 8;
   });
@@ -225,31 +273,50 @@ LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
 }
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
 LUM_INLINE Bytes3 load3(const uint8_t* p) {
-  return {lanes<U8>([&](int i) { return p[3 * i]; }),
-          lanes<U8>([&](int i) { return p[3 * i + 1]; }),
-          lanes<U8>([&](int i) { return p[3 * i + 2]; })};
+  return {bytes_from([&](int i) LUM_FLAT { return p[3 * i]; }),
+          bytes_from([&](int i) LUM_FLAT { return p[3 * i + 1]; }),
+          bytes_from([&](int i) LUM_FLAT { return p[3 * i + 2]; })};
 }
 LUM_INLINE Words3 load3_words(const uint8_t* p) {
-  const U16 v[3] = {load<U16>(p), load<U16>(p + kLanes), load<U16>(p + 2 * kLanes)};
-  U16 c[3];
-  for (int i = 0; i < 3 * kWords; ++i) c[i % 3][i / 3] = v[i / kWords][i % kWords];
-  return {c[0], c[1], c[2]};
+  uint16_t v[3 * kWords];
+  memcpy(v, p, sizeof v);
+  return {lanes<U16>([&](int i) LUM_FLAT { return v[3 * i]; }),
+          lanes<U16>([&](int i) LUM_FLAT { return v[3 * i + 1]; }),
+          lanes<U16>([&](int i) LUM_FLAT { return v[3 * i + 2]; })};
 }
 
-template <class V>
-LUM_INLINE void store3(uint8_t* p, V c0, V c1, V c2) {
-  V out[3];
-  constexpr int n = static_cast<int>(sizeof(V) / sizeof(c0[0]));
-  for (int i = 0; i < 3 * n; ++i)
-    out[i / n][i % n] = (i % 3 == 0 ? c0 : i % 3 == 1 ? c1 : c2)[i / 3];
-  memcpy(p, out, sizeof out);
+// Pixels of three elements from those of four, the last of which goes.
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  const U64 two = U64(pixels), together = (two & 0xFFFFFFu) | (two >> 8 & 0xFFFFFF000000u);
+  const uint64_t first = together[0] | together[1] << 48;
+  const uint32_t last = static_cast<uint32_t>(together[1] >> 16);
+  memcpy(p, &first, 8);
+  memcpy(p + 8, &last, 4);
+}
+LUM_INLINE void compress3(uint8_t* p, U64 pixels) {
+  const uint64_t first = (pixels[0] & 0xFFFFFFFFFFFFu) | pixels[1] << 48;
+  const uint32_t last = static_cast<uint32_t>(pixels[1] >> 16);
+  memcpy(p, &first, 8);
+  memcpy(p + 8, &last, 4);
+}
+LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  const Bytes2 c01 = interleave(c0, c1), c2x = interleave(c2, c2);
+  compress3(p, U8(zip_low(U16(c01.lo), U16(c2x.lo))));
+  compress3(p + 12, U8(zip_high(U16(c01.lo), U16(c2x.lo))));
+  compress3(p + 24, U8(zip_low(U16(c01.hi), U16(c2x.hi))));
+  compress3(p + 36, U8(zip_high(U16(c01.hi), U16(c2x.hi))));
+}
+LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
+  const U32 lo01 = U32(zip_low(c0, c1)), hi01 = U32(zip_high(c0, c1));
+  const U32 lo2 = U32(zip_low(c2, c2)), hi2 = U32(zip_high(c2, c2));
+  compress3(p, U64(zip_low(lo01, lo2)));
+  compress3(p + 12, U64(zip_high(lo01, lo2)));
+  compress3(p + 24, U64(zip_low(hi01, hi2)));
+  compress3(p + 36, U64(zip_high(hi01, hi2)));
 }
 // a0 b0 a1 b1 ... in memory order.
 LUM_INLINE Bytes2 zip(U8 a, U8 b) { return interleave(a, b); }
-LUM_INLINE Wide zip(U16 a, U16 b) {
-  const Words2 v = interleave(I16(a), I16(b));
-  return {U16(v.lo), U16(v.hi)};
-}
+LUM_INLINE Wide zip(U16 a, U16 b) { return {zip_low(a, b), zip_high(a, b)}; }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
 template <class V>
 LUM_INLINE void store3_same(uint8_t* p, V c) {
@@ -259,50 +326,60 @@ LUM_INLINE void store3_same(uint8_t* p, V c) {
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that nothing need be prefetched:
 constexpr bool kLoadsRunAhead = false;
-LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
-  for (int i = 0; i < kLanes; ++i) {
-    p[4 * i] = c0[i];
-    p[4 * i + 1] = c1[i];
-    p[4 * i + 2] = c2[i];
-  }
-}
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
-  for (int i = 0; i < kLanes; ++i) {
-    if (i % 4 != 3) p[i] = pixels[i];
-  }
+  store(p, blend(U32{} + 0xFF000000u, load<U32>(p), U32(pixels)));
 }
+LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
+  const Bytes2 c01 = interleave(c0, c1), c2x = interleave(c2, c2);
+  store_keep(p, U8(zip_low(U16(c01.lo), U16(c2x.lo))));
+  store_keep(p + kLanes, U8(zip_high(U16(c01.lo), U16(c2x.lo))));
+  store_keep(p + 2 * kLanes, U8(zip_low(U16(c01.hi), U16(c2x.hi))));
+  store_keep(p + 3 * kLanes, U8(zip_high(U16(c01.hi), U16(c2x.hi))));
+}
+
+// Bytes 0 and 2 of every four change places.
+LUM_INLINE U8 swap02(U8 v) {
+  const U32 p = U32(v), even = p & 0x00FF00FFu;
+  return U8((p & 0xFF00FF00u) | even << 16 | even >> 16);
+}
+// Byte 3 of every four becomes a copy of byte 1.
+LUM_INLINE U8 copy1_to_3(U8 v) { return U8((U32(v) & 0x00FFFFFFu) | (U32(v) & 0xFF00u) << 16); }
 
 // kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
 // back.
 LUM_INLINE U8 expand3(const uint8_t* p) {
-  return lanes<U8>([&](int i) { return p[i / 4 * 3 + byte_of_three(i)]; });
-}
-LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
-  for (int i = 0; i < kLanes; ++i) {
-    if (i % 4 != 3) p[i / 4 * 3 + i % 4] = pixels[i];
-  }
+  uint32_t first, second, third, last;
+  memcpy(&first, p, 4);
+  memcpy(&second, p + 3, 4);
+  memcpy(&third, p + 6, 4);
+  memcpy(&last, p + 8, 4);
+  return copy1_to_3(U8(U32{first, second, third, last >> 8}));
 }
 // The same for kLanes pixels; with `swap` the first and the third byte change places.
 template <bool swap>
 LUM_INLINE void compress3_all(uint8_t* p, const U8 (&pixels)[4]) {
-  for (int i = 0; i < 4 * kLanes; ++i) {
-    if (i % 4 != 3) p[i / 4 * 3 + (swap ? 2 - i % 4 : i % 4)] = pixels[i / kLanes][i % kLanes];
+  for (int k = 0; k < 4; ++k) {
+    compress3(p + 12 * k, swap ? swap02(pixels[k]) : pixels[k]);
   }
 }
 // Three vectors of three-byte elements whose first and third byte change places.
 LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
-  const auto swapped = [&](int k) {
-    return lanes<U8>([&](int i) {
+  const auto swapped = [&](int k) LUM_FLAT {
+    return bytes_from([&](int i) LUM_FLAT {
       const int byte = kLanes * k + i;
       return p[byte / 3 * 3 + 2 - byte % 3];
     });
   };
   return {swapped(0), swapped(1), swapped(2)};
 }
-// Elements of `size` bytes, a power of two, in reverse order.
+// Elements of `size` bytes, a power of two, in reverse order. Where bytes are not shuffled, words
+// are.
 template <int size>
 LUM_INLINE U8 reversed(U8 v) {
-  return lanes<U8>([&](int i) { return v[(kLanes - 1 - i) / size * size + i % size]; });
+  const U16 words = size == 1 ? U16(v) << 8 | U16(v) >> 8 : U16(v);
+  constexpr int n = size < 2 ? 1 : size / 2;
+  return U8(
+      shuffled(words, words, [](int i) LUM_FLAT { return (kWords - 1 - i) / n * n + i % n; }));
 }
 // A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
 constexpr int kPieceBytes = kLanes;
@@ -311,24 +388,16 @@ LUM_INLINE U8 load_pieces(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load<U8>(p + at[0]); }
 // The bytes of a piece that the low bits of an index tell, or 0 where its highest bit is set.
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
-  return lanes<U8>([&](int i) { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });
+  return lanes<U8>([&](int i) LUM_FLAT { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });
 }
 // Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
 constexpr int kSpanBytes = kLanes;
+// Whether one operation moves any byte of a span to any place; if not, moving pixels is less work.
+constexpr bool kShufflesBytes = false;
 constexpr bool kPermutesTwo = false;  // there is no permute of two vectors
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }
-LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) {
-  return lanes<U8>([&](int i) { return v[t.v[i]]; });
-}
-// Bytes 0 and 2 of every four change places.
-LUM_INLINE U8 swap02(U8 v) {
-  return lanes<U8>([&](int i) { return v[i % 2 ? i : i ^ 2]; });
-}
-// Byte 3 of every four becomes a copy of byte 1.
-LUM_INLINE U8 copy1_to_3(U8 v) {
-  return lanes<U8>([&](int i) { return v[i % 4 == 3 ? i - 2 : i]; });
-}
+LUM_INLINE U8 shuffle_spans(U8 v, const LaneTable& t) { return pick_bytes(v, load<U8>(t.v)); }
 
 // There is no store past the cache.
 constexpr bool kStreams = false;

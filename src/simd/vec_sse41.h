@@ -356,6 +356,7 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) { return u8(_mm_shuffle_epi8(m(v), m(index))); }
 // Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
 constexpr int kSpanBytes = 16;
+constexpr bool kShufflesBytes = true;
 constexpr bool kPermutesTwo = false;  // there is no permute of two vectors
 LUM_INLINE U8 load_spans(const uint8_t* p, ptrdiff_t) { return load<U8>(p); }
 LUM_INLINE void store_spans(uint8_t* p, ptrdiff_t, U8 v) { store(p, v); }

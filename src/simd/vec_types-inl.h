@@ -46,6 +46,10 @@ struct Qwords2 {
 
 template <class V>
 constexpr size_t kElementBytes = sizeof(V{}[0]);
+template <class V>
+auto lane_of(V v) {
+  return v[0];
+}
 
 template <class V>
 LUM_INLINE V load(const void* p) {
