@@ -159,7 +159,7 @@ inline void stream_rows(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
   end_stream();
 }
 
-// Without shuffles pixels are moved one by one.
+// Without shuffles, pixels that are no power of two are moved one by one.
 template <int size>
 void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
                       size_t rows, size_t columns) {
@@ -173,10 +173,10 @@ void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, pt
 
 template <int size>
 constexpr Transposition transposition() {
-  if constexpr (!kShufflesBytes) {
+  using S = Slots<size>;
+  if constexpr (size != S::kSlot && !kShufflesBytes) {
     return {copy_to_stage, transpose_pixels<size>, 1, false, true};
   } else {
-    using S = Slots<size>;
     constexpr bool kStaged = S::kFirst > 1;
     return {kStaged ? to_stage<size> : copy_to_stage, transpose<size>, S::kTotal, kStaged,
             size == S::kSlot};
