@@ -18,7 +18,7 @@ constexpr int kLanes = 32;
 }  // namespace LUM_LEVEL
 }  // namespace lum
 
-#include "simd/vec_types-inl.h"
+#include "simd/vec_lane_masks-inl.h"
 
 namespace lum {
 namespace LUM_LEVEL {
@@ -46,27 +46,6 @@ LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
 }
 // Quarters 0 2 1 3: from two vectors packed half by half to memory order.
 LUM_INLINE __m256i in_memory_order(__m256i v) { return _mm256_permute4x64_epi64(v, 0xD8); }
-
-// Lanes chosen by the parity of their number.
-struct Mask {
-  U8 bytes;
-  U16 words;
-};
-LUM_INLINE Mask even_lanes(unsigned parity) {
-  const U16 odd = splat16(0) - splat16(parity & 1);  // all ones when the odd lanes are meant
-  return {U8(splat16(0x00FF) ^ odd), U16(reinterpret_cast<U32>(odd) ^ 0x0000FFFFu)};
-}
-// x = a in the chosen lanes and b in the others; y the other way round.
-LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
-  const U8 t = (a ^ b) & mask.bytes;
-  x = b ^ t;
-  y = a ^ t;
-}
-LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
-  const U16 t = (a ^ b) & mask.words;
-  x = b ^ t;
-  y = a ^ t;
-}
 
 // a in the chosen lanes, b in the others.
 LUM_INLINE U8 choose(const Mask& mask, U8 a, U8 b) {

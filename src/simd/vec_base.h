@@ -18,7 +18,7 @@ constexpr int kLanes = 16;
 }  // namespace LUM_LEVEL
 }  // namespace lum
 
-#include "simd/vec_types-inl.h"
+#include "simd/vec_lane_masks-inl.h"
 
 namespace lum {
 namespace LUM_LEVEL {
@@ -106,27 +106,9 @@ LUM_INLINE V zip_high(V a, V b) {
   return shuffled(a, b, [](int i) LUM_FLAT { return n / 2 + i / 2 + i % 2 * n; });
 }
 
-// Lanes chosen by the parity of their number.
-struct Mask {
-  U8 bytes;
-  U16 words;
-};
-LUM_INLINE Mask even_lanes(unsigned parity) {
-  const U16 odd = splat16(0) - splat16(parity & 1);  // all ones when the odd lanes are meant
-  return {U8(splat16(0x00FF) ^ odd), U16(reinterpret_cast<U32>(odd) ^ 0x0000FFFFu)};
-}
 template <class V>
 LUM_INLINE V blend(V mask, V a, V b) {
   return b ^ ((a ^ b) & mask);
-}
-// x = a in the chosen lanes and b in the others; y the other way round.
-LUM_INLINE void cross(const Mask& mask, U8 a, U8 b, U8& x, U8& y) {
-  x = blend(mask.bytes, a, b);
-  y = blend(mask.bytes, b, a);
-}
-LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
-  x = blend(mask.words, a, b);
-  y = blend(mask.words, b, a);
 }
 // a in the chosen lanes, b in the others.
 LUM_INLINE U8 choose(const Mask& mask, U8 a, U8 b) { return blend(mask.bytes, a, b); }
