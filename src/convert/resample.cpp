@@ -132,7 +132,7 @@ int64_t first_position(uint32_t step) {
   return static_cast<int64_t>(step >> 1) - static_cast<int64_t>(kHalf);
 }
 
-// The row of n pixels, whatever the step.
+// A row for which no kernel takes the steps.
 void resample_by_plan(const DirectKernels& k, uint8_t* dst, const uint8_t* src, uint32_t dst_count,
                       uint32_t src_count, PixelShape pixel, int32_t position, uint32_t step,
                       Resampling mode) {
@@ -142,7 +142,8 @@ void resample_by_plan(const DirectKernels& k, uint8_t* dst, const uint8_t* src, 
   for (uint64_t x = 0; x < dst_count; x += tile) {
     const uint32_t n = static_cast<uint32_t>(std::min<uint64_t>(tile, dst_count - x));
     make_plan(plan, x, n, src_count, pixel, position, step, mode);
-    if (mode == Resampling::linear) add_mixing(plan, k, pixel);
+    // For one row alone, a plan for spans of interleaved samples takes longer than gathering.
+    if (mode == Resampling::linear && pixel.channels == 1) add_mixing(plan, k, pixel);
     resample_tile(k, dst + x * pixel.bytes(), src, src_count * pixel.bytes(), plan, pixel, mode,
                   scratch);
   }
