@@ -437,6 +437,7 @@ TEST(DirectResample, RowsAreWhatTheReferenceMakesAtEveryLevel) {
         for (const uint32_t n : {1u, 33u, 64u, 600u, pixel.bytes() % 2 != 0 ? 9000u : 4200u}) {
           for (const Way way : {Way{0, 0x10000},
                                 {-0x4000, 0xA000},
+                                {0xC000, 0x8000},
                                 {0x4000, 0x18000},
                                 {0x8000, 0x20000},
                                 {-0x1234567, 0xF0F1},

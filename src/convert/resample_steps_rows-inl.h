@@ -38,14 +38,16 @@ struct Steps {
 
   struct Numbers {
     Lane pixel[kElements], byte[kElements];  // of each element
-    Lane first[kElements];                   // the pixel that its window begins with
+    Lane first[kElements], skip[kElements];  // of the one that its window begins with
   };
   static constexpr Numbers kNumbers = [] {
     Numbers n{};
     for (int i = 0; i < kElements; ++i) {
+      const int first = i / in_window * in_window;
       n.pixel[i] = static_cast<Lane>(i / parts);
       n.byte[i] = static_cast<Lane>(i % parts * size);
-      n.first[i] = static_cast<Lane>(i / in_window * in_window / parts);
+      n.first[i] = n.pixel[first];
+      n.skip[i] = n.byte[first];
     }
     return n;
   }();
@@ -58,24 +60,30 @@ struct Steps {
   // short for such steps.
   bool set(uint32_t step, PickIndex as, uint32_t behind) {
     if (step > kMostPixels << 16) return false;
-    const uint32_t carried = (step & 0xFFFF) != 0 ? kPixelBytes : 0;
-    const auto pixel_at = [&](int k) {
-      return (step * static_cast<uint32_t>(k) >> 16) * kPixelBytes;
+    // Where steps are whole pixels, nothing lies before the window's first element.
+    const uint32_t skips = step >= 1u << 16 ? 1 : 0;
+    const auto way_to = [&](int i) { return step * static_cast<uint32_t>(i / parts); };
+    const auto byte_at = [&](int i) { return static_cast<uint32_t>(i % parts * size); };
+    const auto end_of = [&](int i) {
+      const uint32_t carried = (way_to(i) & 0xFFFF) != 0 ? kPixelBytes : 0;
+      return (way_to(i) >> 16) * kPixelBytes + carried + byte_at(i) + size + behind;
     };
     for (int w = 0; w < kWindows; ++w) {
-      // Where the pixel before the last one ends further on, steps are short and windows long.
-      const int last = (w + 1) * in_window - 1;
-      base[w] = pixel_at(w * in_window / parts);
-      const uint32_t bytes = static_cast<uint32_t>((last % parts + 1) * size) + carried + behind;
-      if (pixel_at(last / parts) + bytes > base[w] + window) return false;
+      const int first = w * in_window, last = first + in_window - 1;
+      // Of short steps the pixel before the last one may end further on.
+      const int before = last / parts * parts - 1;
+      base[w] = (way_to(first) >> 16) * kPixelBytes + byte_at(first) * skips;
+      if (end_of(last) > base[w] + window) return false;
+      if (before >= first && end_of(before) > base[w] + window) return false;
     }
     reach = size_t{base[kWindows - 1]} + window + kPixelBytes;
     for (int v = 0; v < kVectors; ++v) {
       const int i = v * kInVector;
       const Way<V> here = way(load<V>(kNumbers.pixel + i), step);
       const Way<V> first = way(load<V>(kNumbers.first + i), step);
-      const V bytes =
-          (here.whole - first.whole) * static_cast<Lane>(kPixelBytes) + load<V>(kNumbers.byte + i);
+      const V from = load<V>(kNumbers.skip + i) * static_cast<Lane>(skips);
+      const V bytes = (here.whole - first.whole) * static_cast<Lane>(kPixelBytes) +
+                      load<V>(kNumbers.byte + i) - from;
       fraction[v] = here.fraction;
       index[v] = bytes * static_cast<Lane>(as.factor) + static_cast<Lane>(as.added);
     }
