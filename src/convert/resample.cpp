@@ -3,7 +3,7 @@
 // and how far; the pixels are gathered by it, and the kernels mix them. Rows of a frame are
 // resampled one by one and mixed in pairs. Where the step is not too large, pieces of the result
 // come from a short stretch of the source: kernels pick all of a piece's pixels from it in one go,
-// and mix them at once.
+// and mix them at once. For a single row there are kernels that do so without a plan.
 #include <string.h>
 
 #include <algorithm>
@@ -150,7 +150,11 @@ void resample_by_plan(const DirectKernels& k, uint8_t* dst, const uint8_t* src, 
 }
 
 void repeat(uint8_t* dst, const uint8_t* pixel, size_t n, size_t pixel_bytes) {
-  for (size_t x = 0; x < n; ++x) memcpy(dst + x * pixel_bytes, pixel, pixel_bytes);
+  const size_t bytes = n * pixel_bytes;
+  if (n != 0) memcpy(dst, pixel, pixel_bytes);
+  for (size_t done = pixel_bytes; done < bytes; done *= 2) {
+    memcpy(dst + done, dst, std::min(done, bytes - done));
+  }
 }
 
 }  // namespace

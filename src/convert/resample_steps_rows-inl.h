@@ -1,7 +1,7 @@
 // SPDX-License-Identifier: MIT
 // Resampling of a single row, for which a plan would cost more than it saves. Pixel k of a period
-// lies k steps behind the first one: that way, as a fraction and as an index, is known for a row.
-// What is left for each period is to add the fraction that its first pixel has:
+// lies k steps after its first one: whole pixels and a fraction that are the same for all periods,
+// and are made once for a row. Each period adds the fraction that its own first pixel has:
 //   fraction = (fraction + first) mod 2^16, index = index + (a pixel where that carries)
 // As in a plan, the elements of a window come from a short stretch of the source.
 namespace lum {
@@ -18,8 +18,8 @@ LUM_INLINE Way<U16> way(U16 k, uint32_t step) {
   return {mul_hi(k, fraction) + k * splat16(step >> 16), k * fraction};
 }
 LUM_INLINE Way<U32> way(U32 k, uint32_t step) {
-  const U32 way = k * (U32{} + step);
-  return {way >> 16, way & 0xFFFF};
+  const U32 distance = k * (U32{} + step);
+  return {distance >> 16, distance & 0xFFFF};
 }
 
 // Indices in lanes of V for elements of `size` bytes, `parts` of which are a pixel. As many as
@@ -30,9 +30,9 @@ struct Steps {
   using Lane = decltype(lane_of(V{}));
   static constexpr int kInVector = kLanes / static_cast<int>(sizeof(Lane));
   static constexpr int kVectors = parts % 3 == 0 ? 6 : 2;  // of a period
-  static constexpr int kElements = kVectors * kInVector, kWindows = kElements / in_window;
+  static constexpr int kElements = kVectors * kInVector, kPeriodWindows = kElements / in_window;
   static constexpr int kPixelBytes = parts * size, kPixels = kElements / parts;
-  static constexpr uint32_t kMostPixels = 4;  // a step; windows hold less
+  static constexpr uint32_t kMostPixels = 4;  // a step, for the sake of kMostReach
   static constexpr int kMostReach = kMostPixels * kPixels * kPixelBytes + window;
   static_assert(kElements % parts == 0 && kElements % in_window == 0, "whole pixels and windows");
 
@@ -53,14 +53,14 @@ struct Steps {
   }();
 
   V fraction[kVectors], index[kVectors], pixel;
-  uint32_t base[kWindows];  // of each window, in bytes from the period's first pixel on
-  size_t reach;             // from there on
+  uint32_t base[kPeriodWindows];  // of each window, in bytes from the period's first pixel on
+  size_t reach;                   // from there on
 
   // What an index leads to ends `behind` bytes behind the element. False where windows are too
   // short for such steps.
   bool set(uint32_t step, PickIndex as, uint32_t behind) {
     if (step > kMostPixels << 16) return false;
-    // Where steps are whole pixels, nothing lies before the window's first element.
+    // Where steps are a pixel or more, nothing lies before the window's first element.
     const uint32_t skips = step >= 1u << 16 ? 1 : 0;
     const auto way_to = [&](int i) { return step * static_cast<uint32_t>(i / parts); };
     const auto byte_at = [&](int i) { return static_cast<uint32_t>(i % parts * size); };
@@ -68,7 +68,7 @@ struct Steps {
       const uint32_t carried = (way_to(i) & 0xFFFF) != 0 ? kPixelBytes : 0;
       return (way_to(i) >> 16) * kPixelBytes + carried + byte_at(i) + size + behind;
     };
-    for (int w = 0; w < kWindows; ++w) {
+    for (int w = 0; w < kPeriodWindows; ++w) {
       const int first = w * in_window, last = first + in_window - 1;
       // Of short steps the pixel before the last one may end further on.
       const int before = last / parts * parts - 1;
@@ -76,7 +76,7 @@ struct Steps {
       if (end_of(last) > base[w] + window) return false;
       if (before >= first && end_of(before) > base[w] + window) return false;
     }
-    reach = size_t{base[kWindows - 1]} + window + kPixelBytes;
+    reach = size_t{base[kPeriodWindows - 1]} + window + kPixelBytes;
     for (int v = 0; v < kVectors; ++v) {
       const int i = v * kInVector;
       const Way<V> here = way(load<V>(kNumbers.pixel + i), step);
@@ -91,6 +91,7 @@ struct Steps {
     return true;
   }
 
+  // The indices of a vector as `whole`.
   LUM_INLINE Way<V> take(int v, V first) const {
     const V sum = fraction[v] + first;
     if constexpr (sizeof(Lane) == 2) return {index[v] + (V(sum < first) & pixel), sum};
@@ -134,7 +135,7 @@ bool pick_in_steps(uint8_t* dst, size_t n, const uint8_t* src, size_t src_bytes,
   if (!steps.set(step, {1, 0}, 0)) return false;
   const auto period = [&](uint8_t* to, const uint8_t* from, U16 first) {
     for (int v = 0; v < S::kVectors; v += 2, to += kLanes) {
-      const Window window = load_window(from, steps.base + v / 2 * kWindows);
+      const Window window = load_window(from, steps.base + v / 2 * (kLanes / kSpanBytes));
       store(to, picked(window, narrow(I16(steps.take(v, first).whole),
                                       I16(steps.take(v + 1, first).whole))));
     }

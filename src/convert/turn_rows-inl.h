@@ -159,7 +159,7 @@ inline void stream_rows(uint8_t* dst, ptrdiff_t dst_stride, const ByteRows& src,
   end_stream();
 }
 
-// Without shuffles, pixels that are no power of two are moved one by one.
+// Without shuffles, pixels whose size is no power of two are moved one by one.
 template <int size>
 void transpose_pixels(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t src_stride,
                       size_t rows, size_t columns) {

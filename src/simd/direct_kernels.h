@@ -44,7 +44,7 @@ struct Transposition {
 };
 
 // What picks take together is of so many bytes.
-constexpr size_t kLeastSpan = 8, kMostSpan = 64;
+constexpr size_t kLeastSpan = 16, kMostSpan = 64;
 // An index of a mixing kernel that picks 0: bit 7 says so to shuffles, bit 6 to a permute of a span
 // and zeros.
 constexpr uint8_t kPickNothing = 0xC0;

@@ -49,37 +49,37 @@ LUM_INLINE V each(V a, V b, F f) {
 }
 
 template <int...>
-struct Numbers {};
+struct Indices {};
 template <int n, int... rest>
-struct NumbersBelow : NumbersBelow<n - 1, n - 1, rest...> {};
+struct IndicesBelow : IndicesBelow<n - 1, n - 1, rest...> {};
 template <int... all>
-struct NumbersBelow<0, all...> {
-  using Type = Numbers<all...>;
+struct IndicesBelow<0, all...> {
+  using Type = Indices<all...>;
 };
 template <int n>
-using Below = typename NumbersBelow<n>::Type;
+using Below = typename IndicesBelow<n>::Type;
 // f(0), f(1) ...
 template <class V, class F, int... i>
-LUM_INLINE V lanes(F f, Numbers<i...>) {
+LUM_INLINE V lanes(F f, Indices<i...>) {
   return V{static_cast<decltype(lane_of(V{}))>(f(i))...};
 }
 template <class V, class F>
 LUM_INLINE V lanes(F f) {
   return lanes<V>(f, Below<kLanes / static_cast<int>(kElementBytes<V>)>{});
 }
-// The same of bytes in memory: g++ makes such vectors in memory, unless they are of two numbers.
+// Bytes f(0), f(1) ... as two numbers: of single bytes g++ would put a vector together in memory.
 template <class F, int... i>
-LUM_INLINE uint64_t together(F f, Numbers<i...>) {
+LUM_INLINE uint64_t number_from(F f, Indices<i...>) {
   return (... | (uint64_t{f(i)} << 8 * i));
 }
 template <class F>
 LUM_INLINE U8 bytes_from(F f) {
   const auto rest = [&](int i) LUM_FLAT { return f(i + 8); };
-  return U8(U64{together(f, Below<8>{}), together(rest, Below<8>{})});
+  return U8(U64{number_from(f, Below<8>{}), number_from(rest, Below<8>{})});
 }
 // Lane i is lane formula(i) of a and b together.
 template <class V, class Formula, int... i>
-LUM_INLINE V shuffled(V a, V b, Formula formula, Numbers<i...>) {
+LUM_INLINE V shuffled(V a, V b, Formula formula, Indices<i...>) {
   return __builtin_shufflevector(a, b, formula(i)...);
 }
 template <class V, class Formula>
@@ -125,7 +125,7 @@ template <class V>
 LUM_INLINE V greater(V a, V b) {
   return a > b ? a : b;
 }
-LUM_INLINE I16 absolute(I16 a) { return greater(a, -a); }
+LUM_INLINE I16 absolute(I16 a) { return greater(a, I16(-U16(a))); }
 // sum + 1, or sum - 1, in the lanes where a > b.
 LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) { return sum - I16(a > b); }
 LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) { return sum + I16(a > b); }
@@ -152,7 +152,7 @@ LUM_INLINE I16 madd(U8 u, I8 s) {
 }
 // Products of signed words, added in pairs.
 LUM_INLINE I32 madd(I16 a, I16 b) {
-  const U32 low = U32(a * b), high = U32(mul_hi(a, b));
+  const U32 low = U32(U16(a) * U16(b)), high = U32(mul_hi(a, b));
   return I32(((low & 0xFFFF) | high << 16) + (low >> 16 | (high & 0xFFFF0000u)));
 }
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
@@ -372,7 +372,7 @@ LUM_INLINE U8 load_pieces_at(const uint8_t* p, const uint32_t* at) { return load
 LUM_INLINE U8 pick_bytes(U8 v, U8 index) {
   return lanes<U8>([&](int i) LUM_FLAT { return index[i] & 0x80 ? 0 : v[index[i] % kPieceBytes]; });
 }
-// Spans are what a byte can be moved about in by one shuffle: here there is one in a vector.
+// Spans are what tables of shuffles are made for: here there is one in a vector.
 constexpr int kSpanBytes = kLanes;
 // Whether one operation moves any byte of a span to any place; if not, moving pixels is less work.
 constexpr bool kShufflesBytes = false;

@@ -119,7 +119,7 @@ constexpr bool kManyRegisters = kLanes == 64;
 template <class V>
 LUM_INLINE V in_register(V v) {
 #if defined(__x86_64__)
-  if constexpr (kLanes >= 16) __asm__("" : "+v"(v));
+  __asm__("" : "+v"(v));
 #endif
   return v;
 }
