@@ -70,8 +70,8 @@ struct Steps {
     };
     for (int w = 0; w < kPeriodWindows; ++w) {
       const int first = w * in_window, last = first + in_window - 1;
-      // Of short steps the pixel before the last one may end further on.
-      const int before = last / parts * parts - 1;
+      // The pixel before the last one ends further on only where both may be the same.
+      const int before = skips != 0 ? -1 : last / parts * parts - 1;
       base[w] = (way_to(first) >> 16) * kPixelBytes + byte_at(first) * skips;
       if (end_of(last) > base[w] + window) return false;
       if (before >= first && end_of(before) > base[w] + window) return false;

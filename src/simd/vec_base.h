@@ -267,34 +267,34 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
           lanes<U16>([&](int i) LUM_FLAT { return v[3 * i + 2]; })};
 }
 
-// Pixels of three elements from those of four, the last of which goes.
-LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
-  const U64 two = U64(pixels), together = (two & 0xFFFFFFu) | (two >> 8 & 0xFFFFFF000000u);
-  const uint64_t first = together[0] | together[1] << 48;
-  const uint32_t last = static_cast<uint32_t>(together[1] >> 16);
+// Pixels of four elements from three channels, the last one a copy of the third: take(i, vector)
+// for each of four vectors. g++ would copy a record of them through general registers.
+template <class Pair, class V, class Take>
+LUM_INLINE void over_quartets(V c0, V c1, V c2, Take take) {
+  const Pair lo01 = Pair(zip_low(c0, c1)), hi01 = Pair(zip_high(c0, c1));
+  const Pair lo2 = Pair(zip_low(c2, c2)), hi2 = Pair(zip_high(c2, c2));
+  take(0, zip_low(lo01, lo2));
+  take(1, zip_high(lo01, lo2));
+  take(2, zip_low(hi01, hi2));
+  take(3, zip_high(hi01, hi2));
+}
+// The lower six bytes of both, without a gap.
+LUM_INLINE void store_sixes(uint8_t* p, U64 v) {
+  const uint64_t first = (v[0] & 0xFFFFFFFFFFFFu) | v[1] << 48;
+  const uint32_t last = static_cast<uint32_t>(v[1] >> 16);
   memcpy(p, &first, 8);
   memcpy(p + 8, &last, 4);
 }
-LUM_INLINE void compress3(uint8_t* p, U64 pixels) {
-  const uint64_t first = (pixels[0] & 0xFFFFFFFFFFFFu) | pixels[1] << 48;
-  const uint32_t last = static_cast<uint32_t>(pixels[1] >> 16);
-  memcpy(p, &first, 8);
-  memcpy(p + 8, &last, 4);
+// Pixels of three bytes from those of four, the last of which goes.
+LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
+  const U64 two = U64(pixels);
+  store_sixes(p, (two & 0xFFFFFFu) | (two >> 8 & 0xFFFFFF000000u));
 }
 LUM_INLINE void store3(uint8_t* p, U8 c0, U8 c1, U8 c2) {
-  const Bytes2 c01 = interleave(c0, c1), c2x = interleave(c2, c2);
-  compress3(p, U8(zip_low(U16(c01.lo), U16(c2x.lo))));
-  compress3(p + 12, U8(zip_high(U16(c01.lo), U16(c2x.lo))));
-  compress3(p + 24, U8(zip_low(U16(c01.hi), U16(c2x.hi))));
-  compress3(p + 36, U8(zip_high(U16(c01.hi), U16(c2x.hi))));
+  over_quartets<U16>(c0, c1, c2, [&](int i, U16 v) LUM_FLAT { compress3(p + 12 * i, U8(v)); });
 }
 LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
-  const U32 lo01 = U32(zip_low(c0, c1)), hi01 = U32(zip_high(c0, c1));
-  const U32 lo2 = U32(zip_low(c2, c2)), hi2 = U32(zip_high(c2, c2));
-  compress3(p, U64(zip_low(lo01, lo2)));
-  compress3(p + 12, U64(zip_high(lo01, lo2)));
-  compress3(p + 24, U64(zip_low(hi01, hi2)));
-  compress3(p + 36, U64(zip_high(hi01, hi2)));
+  over_quartets<U32>(c0, c1, c2, [&](int i, U32 v) LUM_FLAT { store_sixes(p + 12 * i, U64(v)); });
 }
 // a0 b0 a1 b1 ... in memory order.
 LUM_INLINE Bytes2 zip(U8 a, U8 b) { return interleave(a, b); }
@@ -312,11 +312,7 @@ LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   store(p, blend(U32{} + 0xFF000000u, load<U32>(p), U32(pixels)));
 }
 LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
-  const Bytes2 c01 = interleave(c0, c1), c2x = interleave(c2, c2);
-  store_keep(p, U8(zip_low(U16(c01.lo), U16(c2x.lo))));
-  store_keep(p + kLanes, U8(zip_high(U16(c01.lo), U16(c2x.lo))));
-  store_keep(p + 2 * kLanes, U8(zip_low(U16(c01.hi), U16(c2x.hi))));
-  store_keep(p + 3 * kLanes, U8(zip_high(U16(c01.hi), U16(c2x.hi))));
+  over_quartets<U16>(c0, c1, c2, [&](int i, U16 v) LUM_FLAT { store_keep(p + kLanes * i, U8(v)); });
 }
 
 // Bytes 0 and 2 of every four change places.
