@@ -268,7 +268,7 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
 }
 
 // Pixels of four elements from three channels, the last one a copy of the third: take(i, vector)
-// for each of four vectors. g++ would copy a record of them through general registers.
+// for each of four vectors. With a loop over a record of them g++ took up to 1.8 times as long.
 template <class Pair, class V, class Take>
 LUM_INLINE void over_quartets(V c0, V c1, V c2, Take take) {
   const Pair lo01 = Pair(zip_low(c0, c1)), hi01 = Pair(zip_high(c0, c1));
