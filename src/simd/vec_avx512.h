@@ -187,17 +187,17 @@ LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
   return I32(u8(_mm512_add_epi32(_mm512_permutex2var_epi32(m(a), even, m(b)),
                                  _mm512_permutex2var_epi32(m(a), odd, m(b)))));
 }
-// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order. Packing to
-// words keeps 16 bits, so one shift moves the bytes of two vectors of words into one:
-//   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
+// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
+// Packed to words within 128 bits, vectors 0 and 1 by turns of four words, 2 and 3 likewise:
 constexpr LaneTable kQuarters = lane_table([](int i) {
   const int quarter = i / 16, pixel = i % 16;
-  return pixel / 4 * 16 + quarter % 2 * 8 + pixel % 4 * 2 + quarter / 2;
+  const int word = pixel / 4 * 8 + quarter % 2 * 4 + pixel % 4;
+  return quarter / 2 * 64 + 2 * word + 1;
 });
 LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
   const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added);
   const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added);
-  return permute(U8((first >> 8) | (second & 0xFF00)), kQuarters);
+  return u8(_mm512_permutex2var_epi8(m(first), m(load<U8>(kQuarters.v)), m(second)));
 }
 
 // The order of the two bytes of a word, as data.

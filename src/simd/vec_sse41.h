@@ -119,14 +119,10 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi)))
 LUM_INLINE U16 narrow(U32 lo, U32 hi) { return u16(_mm_packus_epi32(m(U8(lo)), m(U8(hi)))); }
 // Sums of neighbouring lanes, those of `a` first.
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) { return I32(u8(_mm_hadd_epi32(m(a), m(b)))); }
-// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order. Packing to
-// words keeps 16 bits, so one shift moves the bytes of two vectors of words into one:
-//   within 128 bits, from pixels of q0 q2, q0 q2, ... then q1 q3, q1 q3, ...
-constexpr LaneTable kQuarters = lane_table([](int i) { return i / 4 % 2 * 8 + i % 4 * 2 + i / 8; });
+// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
 LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
-  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added);
-  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added);
-  return shuffle(U8((first >> 8) | (second & 0xFF00)), kQuarters);
+  return pack_high(pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added),
+                   pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added));
 }
 
 // The order of the two bytes of a word, as data.
