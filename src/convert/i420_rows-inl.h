@@ -7,11 +7,8 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// A source gives kLanes pixels of a row as it has them, and of two such blocks the
-// chroma of their kLanes / 2 squares of 2 x 2 pixels as words.
-struct Chroma {
-  U16 u, v;
-};
+// A source gives kLanes pixels of a row as it has them, and of two such blocks the chroma of their
+// squares of 2 x 2 pixels: kLanes / 2 bytes of U and as many of V.
 struct GrayBlock {
   U8 y;
 };
@@ -27,6 +24,10 @@ LUM_INLINE U8 luma_of(const GrayBlock& p) {
   return pack_sat(I16(mul_hi(U16(v.lo), factor)), I16(mul_hi(U16(v.hi), factor))) + 16;
 }
 LUM_INLINE U8 luma_of(const Rgb8& p) { return luma<StudioY>(p); }
+template <bool bgr>
+LUM_INLINE U8 luma_of(const Pixels4<bgr, true>& p) {
+  return luma<StudioY>(p);
+}
 LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
 LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
 
@@ -44,23 +45,28 @@ struct ColourTo420 {
 
 LUM_INLINE I16 sum_of_squares(U8 a, U8 b) { return I16(sum_of_pairs(a) + sum_of_pairs(b)); }
 
+// What a sum gets before the shift by 10: a half, and the 128 that follows it.
+constexpr int kChromaBack = 512 + (128 << 10);
+
 // R, G, B, summed over the square: up to 1020, so that the products need 32 bits.
 struct RgbTo420 : ColourTo420 {
-  static LUM_INLINE Chroma chroma(const Rgb8& upper, const Rgb8& lower) {
+  static LUM_INLINE U8 chroma(const Rgb8& upper, const Rgb8& lower) {
     const I16 r = sum_of_squares(upper.r, lower.r), g = sum_of_squares(upper.g, lower.g),
               b = sum_of_squares(upper.b, lower.b);
-    const Words2 rg = interleave(r, g), b1 = interleave(b, I16(splat16(1)));
-    return {channel<StudioU>(rg, b1), channel<StudioV>(rg, b1)};
+    const Words2 rg = interleave(r, g), b1 = interleave(b, I16(splat16(kChromaBack / 512)));
+    return narrow(channel<StudioU>(rg, b1), channel<StudioV>(rg, b1));
   }
 
  private:
   template <class Factors>
-  static LUM_INLINE U16 channel(const Words2& rg, const Words2& b1) {
+  static LUM_INLINE I16 channel(const Words2& rg, const Words2& b1) {
+    static_assert(kChromaBack % 512 == 0, "a product");
     const I16 red_green = I16(splat_words(Factors::kRed, Factors::kGreen));
-    const I16 blue_round = I16(splat_words(Factors::kBlue, 512));
-    return U16(pack_sat((madd(rg.lo, red_green) + madd(b1.lo, blue_round)) >> 10,
-                        (madd(rg.hi, red_green) + madd(b1.hi, blue_round)) >> 10) +
-               128);
+    const I16 blue_back = I16(splat_words(Factors::kBlue, 512));
+    const auto of = [&](I16 rg_words, I16 b1_words) {
+      return I32(add_madd(U32(madd(rg_words, red_green)), b1_words, blue_back)) >> 10;
+    };
+    return pack_sat(of(rg.lo, b1.lo), of(rg.hi, b1.hi));
   }
 };
 template <bool bgr>
@@ -71,7 +77,7 @@ struct Rgb24To420 : RgbTo420 {
     return {bgr ? v.c2 : v.c0, v.c1, bgr ? v.c0 : v.c2};
   }
 };
-template <bool bgr, bool in_pieces = kPieceBytes == 16>
+template <bool bgr, bool by_shuffles = kShufflesBytes>
 struct Rgba32To420 : RgbTo420 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
   static LUM_INLINE Rgb8 block(const uint8_t* p) {
@@ -81,11 +87,9 @@ struct Rgba32To420 : RgbTo420 {
   }
 };
 
-// The same without planes. Four vectors of pixels as they lie in memory: each has, in the l-th of
-// the pieces within which interleave() works, every fourth of four pixels from pixel 16 l on, so
-// that packing ends in memory order.
-// The two squares of a piece: their first and second channels, then the third and fourth ones, with
-// the pixels of a pair side by side.
+// The same without planes, from pixels as they lie in memory. The two squares of each 16 bytes:
+// their first and second channels, then the third and fourth ones, with the pixels of a pair side
+// by side.
 constexpr LaneTable kSquares = lane_table([](int i) {
   const int channel = i % 16 / 8 * 2 + i % 4 / 2, pixel = i % 8 / 4 * 2 + i % 2;
   return i / 16 * 16 + 4 * pixel + channel;
@@ -93,42 +97,31 @@ constexpr LaneTable kSquares = lane_table([](int i) {
 template <bool bgr>
 struct Rgba32To420<bgr, true> : ColourTo420 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
-  struct Block {
-    U8 quarter[4];
-  };
+  using Block = Pixels4<bgr, true>;
   static LUM_INLINE Block block(const uint8_t* p) {
-    Block v;
-    for (int i = 0; i < 4; ++i) v.quarter[i] = load_pieces(p + 16 * i, 64);
-    return v;
+    return {
+        {load<U8>(p), load<U8>(p + kLanes), load<U8>(p + 2 * kLanes), load<U8>(p + 3 * kLanes)}};
   }
-  static LUM_INLINE Chroma chroma(const Block& upper, const Block& lower) {
+  static LUM_INLINE U8 chroma(const Block& upper, const Block& lower) {
     U64 sums[4];
     for (int i = 0; i < 4; ++i) {
       sums[i] = U64(sum_of_squares(shuffle_spans(upper.quarter[i], kSquares),
                                    shuffle_spans(lower.quarter[i], kSquares)));
     }
     const Qwords2 first = interleave(sums[0], sums[1]), second = interleave(sums[2], sums[3]);
-    return {channel<StudioU>(first, second), channel<StudioV>(first, second)};
-  }
-  friend LUM_INLINE U8 luma_of(const Block& p) {
-    const I8 weights = colour_weights<StudioY, bgr>();
-    const auto half = [&](int i) {
-      return pack_sat_unsigned(I32(madd4(copy1_to_3(p.quarter[i]), weights)),
-                               I32(madd4(copy1_to_3(p.quarter[i + 1]), weights))) +
-             static_cast<uint16_t>(StudioY::kRound);
-    };
-    return pack_high(half(0), half(2));
+    return narrow_quarters(channel<StudioU>(first, second), channel<StudioV>(first, second));
   }
 
  private:
   template <class Factors>
-  static LUM_INLINE U16 channel(const Qwords2& first, const Qwords2& second) {
+  static LUM_INLINE I16 channel(const Qwords2& first, const Qwords2& second) {
     const I16 lower = I16(splat_words(bgr ? Factors::kBlue : Factors::kRed, Factors::kGreen));
     const I16 upper = I16(splat_words(bgr ? Factors::kRed : Factors::kBlue, 0));
     const auto of = [&](const Qwords2& v) {
-      return (madd(I16(v.lo), lower) + madd(I16(v.hi), upper) + 512) >> 10;
+      const U32 back = U32{} + uint32_t{kChromaBack};
+      return I32(add_madd(add_madd(back, I16(v.lo), lower), I16(v.hi), upper)) >> 10;
     };
-    return U16(pack_sat(of(first), of(second)) + 128);
+    return pack_sat(of(first), of(second));
   }
 };
 // As U Y V Y; the chroma of two rows is averaged as it lies there.
@@ -138,11 +131,11 @@ struct YuvTo420 : ColourTo420 {
   static LUM_INLINE Wide block(const uint8_t* p) {
     return {Layout::uyvy(p), Layout::uyvy(p + Layout::kHalf)};
   }
-  static LUM_INLINE Chroma chroma(const Wide& upper, const Wide& lower) {
+  static LUM_INLINE U8 chroma(const Wide& upper, const Wide& lower) {
     const U16 lo = U16(avg_up(U8(upper.lo), U8(lower.lo))) & 255;
     const U16 hi = U16(avg_up(U8(upper.hi), U8(lower.hi))) & 255;
     const U16 uv = U16(narrow(I16(lo), I16(hi)));
-    return {uv & 255, uv >> 8};
+    return narrow(I16(uv & 255), I16(uv >> 8));
   }
 };
 struct Yuv444To420 : ColourTo420 {
@@ -151,9 +144,9 @@ struct Yuv444To420 : ColourTo420 {
     const Bytes3 v = load3(p);
     return {v.c1, v.c0, v.c2};
   }
-  static LUM_INLINE Chroma chroma(const YuvBlock& upper, const YuvBlock& lower) {
-    return {U16((sum_of_squares(upper.u, lower.u) + 2) >> 2),
-            U16((sum_of_squares(upper.v, lower.v) + 2) >> 2)};
+  static LUM_INLINE U8 chroma(const YuvBlock& upper, const YuvBlock& lower) {
+    return narrow((sum_of_squares(upper.u, lower.u) + 2) >> 2,
+                  (sum_of_squares(upper.v, lower.v) + 2) >> 2);
   }
 };
 
@@ -163,10 +156,8 @@ LUM_INLINE void i420_block(const I420Rows& rows) {
   store(rows.y[0], luma_of(upper));
   store(rows.y[1], luma_of(lower));
   if constexpr (Source::kChroma) {
-    const Chroma c = Source::chroma(upper, lower);
-    const U8 uv = narrow(I16(c.u), I16(c.v));
     uint8_t both[kLanes];
-    store(both, uv);
+    store(both, Source::chroma(upper, lower));
     memcpy(rows.u, both, kLanes / 2);
     memcpy(rows.v, both + kLanes / 2, kLanes / 2);
   }

@@ -13,20 +13,9 @@ LUM_INLINE void over_row(size_t n, size_t step, Block block) {
   if (x < n) block(n - step);
 }
 
-// Elements 0, 2, 4 ... of v0 and v1, and elements 1, 3, 5 ...
-LUM_INLINE void split_pairs(U8 v0, U8 v1, U8& even, U8& odd) {
-  even = narrow(I16(U16(v0) & 255), I16(U16(v1) & 255));
-  odd = narrow(I16(U16(v0) >> 8), I16(U16(v1) >> 8));
-}
-LUM_INLINE void split_pairs(U16 v0, U16 v1, U16& even, U16& odd) {
-  even = narrow(U32(v0) & 0xFFFFu, U32(v1) & 0xFFFFu);
-  odd = narrow(U32(v0) >> 16, U32(v1) >> 16);
-}
-
-// Where no permute takes two vectors, two and four channels are brought together within pieces, as
-// 64 or 32 bits of each. A block of several vectors is loaded so that the pieces of the k-th hold
-// every k-th of it: interleaved, they are in memory order.
-constexpr bool kInPieces = kPieceBytes == 16;
+// Where bytes are shuffled, but no permute takes two vectors, two and four channels are brought
+// together within pieces, as 64 or 32 bits of each. A block of several vectors is loaded so that
+// the pieces of the k-th hold every k-th of it: interleaved, they are in memory order.
 template <int size, int channels>
 constexpr LaneTable kByChannel = lane_table([](int i) {
   constexpr int kRun = 16 / channels;
@@ -60,13 +49,15 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[2]) {
     const U8 v0 = load<U8>(p), v1 = load<U8>(p + kLanes);
     c[0] = V(two_apart<kSize, 2, 0>(v0, v1));
     c[1] = V(two_apart<kSize, 2, 1>(v0, v1));
-  } else if constexpr (kInPieces) {
+  } else if constexpr (kShufflesBytes) {
     const auto v =
         interleave(U64(load_by_channel<kSize, 2>(p, 0)), U64(load_by_channel<kSize, 2>(p, 1)));
     c[0] = V(v.lo);
     c[1] = V(v.hi);
   } else {
-    split_pairs(load<V>(p), load<V>(p + kLanes), c[0], c[1]);
+    const V v0 = load<V>(p), v1 = load<V>(p + kLanes);
+    c[0] = evens(v0, v1);
+    c[1] = odds(v0, v1);
   }
 }
 LUM_INLINE void apart(const uint8_t* p, U8 (&c)[3]) {
@@ -95,7 +86,7 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
     c[1] = V(first.hi);
     c[2] = V(second.lo);
     c[3] = V(second.hi);
-  } else if constexpr (kInPieces) {
+  } else if constexpr (kShufflesBytes) {
     U32 v[4];
     for (int k = 0; k < 4; ++k) v[k] = U32(load_by_channel<kSize, 4>(p, k));
     const auto a = interleave(v[0], v[1]), b = interleave(v[2], v[3]);
@@ -105,11 +96,16 @@ LUM_INLINE void apart(const uint8_t* p, V (&c)[4]) {
     c[2] = V(second.lo);
     c[3] = V(second.hi);
   } else {
-    V even[2], odd[2];
-    split_pairs(load<V>(p), load<V>(p + kLanes), even[0], odd[0]);
-    split_pairs(load<V>(p + 2 * kLanes), load<V>(p + 3 * kLanes), even[1], odd[1]);
-    split_pairs(even[0], even[1], c[0], c[2]);
-    split_pairs(odd[0], odd[1], c[1], c[3]);
+    V even[2], odd[2];  // channels 0 and 2, 1 and 3
+    for (int i = 0; i < 2; ++i, p += 2 * kLanes) {
+      const V v0 = load<V>(p), v1 = load<V>(p + kLanes);
+      even[i] = evens(v0, v1);
+      odd[i] = odds(v0, v1);
+    }
+    c[0] = evens(even[0], even[1]);
+    c[1] = evens(odd[0], odd[1]);
+    c[2] = odds(even[0], even[1]);
+    c[3] = odds(odd[0], odd[1]);
   }
 }
 

@@ -25,7 +25,12 @@ constexpr LaneTable kEvenWordsTwice = lane_table([](int i) { return i % kPieceBy
 constexpr LaneTable kOddWordsTwice = lane_table([](int i) { return i % kPieceBytes | 2; });
 template <bool odd>
 LUM_INLINE I16 words_twice(I16 v) {
-  return I16(pick_bytes(U8(v), load<U8>((odd ? kOddWordsTwice : kEvenWordsTwice).v)));
+  if constexpr (kShufflesBytes) {
+    return I16(pick_bytes(U8(v), load<U8>((odd ? kOddWordsTwice : kEvenWordsTwice).v)));
+  } else {
+    const U32 pairs = U32(v);
+    return I16(odd ? pairs >> 16 | (pairs & 0xFFFF0000u) : (pairs & 0xFFFFu) | pairs << 16);
+  }
 }
 
 LUM_INLINE I16 low_bytes(U8 uv) { return I16(uv) & 255; }
@@ -148,8 +153,14 @@ struct Yuv422Layout {
   static LUM_INLINE U8 uy(const uint8_t* p) { return with_y<0>(p); }
   static LUM_INLINE U8 vy(const uint8_t* p) { return with_y<2>(p); }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
-    return pick_bytes(load<U8>(p), load<U8>(kPairChroma<0>.v)) |
-           pick_bytes(load<U8>(p + kHalf), load<U8>(kPairChroma<1>.v));
+    const U8 lo = load<U8>(p), hi = load<U8>(p + kHalf);
+    if constexpr (kShufflesBytes) {
+      return pick_bytes(lo, load<U8>(kPairChroma<0>.v)) |
+             pick_bytes(hi, load<U8>(kPairChroma<1>.v));
+    } else {
+      const auto uv = [](U32 pair) { return (pair & 0xFFu) | (pair >> 8 & 0xFF00u); };
+      return U8(uv(U32(lo)) | uv(U32(hi)) << 16);
+    }
   }
 
  private:
@@ -165,7 +176,13 @@ struct Yuv422Layout {
   });
   template <int chroma>
   static LUM_INLINE U8 with_y(const uint8_t* p) {
-    return pick_bytes(load<U8>(p), load<U8>(kWithY<chroma>.v));
+    const U8 v = load<U8>(p);
+    if constexpr (kShufflesBytes) {
+      return pick_bytes(v, load<U8>(kWithY<chroma>.v));
+    } else {
+      const U32 beside = U32(v) >> 8 * chroma & 0xFFu;
+      return U8((U32(v) & 0xFF00FF00u) | beside | beside << 16);
+    }
   }
 };
 

@@ -130,6 +130,11 @@ LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
 LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return u8(in_memory_order(_mm256_packus_epi16(m(lo), m(hi))));
 }
+// The same from words packed of four vectors in turn, two of each in 128 bits, to bytes in the
+// order of these four: what lo holds, then what hi holds.
+constexpr LaneTable kQuartersOfHalf =
+    lane_table([](int i) { return i % 4 / 2 * 8 + i % 16 / 4 * 2 + i % 2; });
+LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return shuffle(narrow(lo, hi), kQuartersOfHalf); }
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(in_memory_order(_mm256_packus_epi32(m(U8(lo)), m(U8(hi)))));

@@ -175,6 +175,11 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
   return u8(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
                                      _mm512_packus_epi16(m(lo), m(hi))));
 }
+// The same from words packed of four vectors in turn, two of each in 128 bits, to bytes in the
+// order of these four: what lo holds, then what hi holds.
+constexpr LaneTable kQuartersOfHalf =
+    lane_table([](int i) { return i % 8 / 2 * 16 + i / 32 * 8 + i % 32 / 8 * 2 + i % 2; });
+LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return permute(pack_sat(lo, hi), kQuartersOfHalf); }
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),

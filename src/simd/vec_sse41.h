@@ -115,6 +115,9 @@ LUM_INLINE U8 alternate_sat(I16 even, I16 odd) {
 }
 // Signed words in memory order to bytes, limited to 0..255.
 LUM_INLINE U8 narrow(I16 lo, I16 hi) { return u8(_mm_packus_epi16(m(lo), m(hi))); }
+// The same from words packed of four vectors in turn, two of each in 128 bits, to bytes in the
+// order of these four: what lo holds, then what hi holds.
+LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return narrow(lo, hi); }
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) { return u16(_mm_packus_epi32(m(U8(lo)), m(U8(hi)))); }
 // Sums of neighbouring lanes, those of `a` first.
