@@ -48,20 +48,35 @@ struct ReversedPixels {
     store_spans(end - kSpanBytes, -kUsed, shuffle_spans(v, kToRight));
   }
 };
-// One pixel as it is: where no shuffle moves several.
+template <int size>
+constexpr auto half_of_pixel() {
+  static_assert(size >= 2 && size <= 16, "two words");
+  if constexpr (size > 8) {
+    return uint64_t{};
+  } else if constexpr (size > 4) {
+    return uint32_t{};
+  } else {
+    return uint16_t{};
+  }
+}
+// One pixel as it is, where no shuffle moves several: as two words that may overlap, since g++
+// keeps a record of bytes in memory.
 template <int size>
 struct ReversedPixel {
   static constexpr size_t kSize = size, kPixels = 1, kTouched = size;
+  using Word = decltype(half_of_pixel<size>());
+  static constexpr size_t kLast = size - sizeof(Word);
   struct Block {
-    uint8_t bytes[size];
+    Word first, last;
   };
   static LUM_INLINE Block load_left(const uint8_t* p) {
-    Block v;
-    memcpy(v.bytes, p, size);
-    return v;
+    return {load<Word>(p), load<Word>(p + kLast)};
   }
   static LUM_INLINE Block load_right(const uint8_t* end) { return load_left(end - size); }
-  static LUM_INLINE void store_left(uint8_t* p, const Block& v) { memcpy(p, v.bytes, size); }
+  static LUM_INLINE void store_left(uint8_t* p, const Block& v) {
+    memcpy(p, &v.first, sizeof v.first);
+    memcpy(p + kLast, &v.last, sizeof v.last);
+  }
   static LUM_INLINE void store_right(uint8_t* end, const Block& v) { store_left(end - size, v); }
 };
 

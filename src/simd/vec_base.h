@@ -354,13 +354,16 @@ LUM_INLINE Bytes3 load3_swapped(const uint8_t* p) {
   return {swapped(0), swapped(1), swapped(2)};
 }
 // Elements of `size` bytes, a power of two, in reverse order. Where bytes are not shuffled, words
-// are.
+// are, within half a vector.
 template <int size>
 LUM_INLINE U8 reversed(U8 v) {
-  const U16 words = size == 1 ? U16(v) << 8 | U16(v) >> 8 : U16(v);
+  const U64 halves =
+      size > 8 ? U64(v) : shuffled(U64(v), U64(v), [](int i) LUM_FLAT { return 1 - i; });
+  if constexpr (size >= 8) return U8(halves);
+  const U16 words = size == 1 ? U16(halves) << 8 | U16(halves) >> 8 : U16(halves);
   constexpr int n = size < 2 ? 1 : size / 2;
-  return U8(
-      shuffled(words, words, [](int i) LUM_FLAT { return (kWords - 1 - i) / n * n + i % n; }));
+  return U8(shuffled(words, words,
+                     [](int i) LUM_FLAT { return i / 4 * 4 + (3 - i % 4) / n * n + i % n; }));
 }
 // A vector of pieces as long as those within which interleave() works, `stride` bytes apart.
 constexpr int kPieceBytes = kLanes;
