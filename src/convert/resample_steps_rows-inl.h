@@ -100,31 +100,32 @@ struct Steps {
 };
 
 // period(dst, src, first) for each one of n pixels. Those that would read beyond the row are made
-// from a copy of its end, into a block that is copied as far as it is wanted.
+// from a copy of its end; of the last one as much is copied as is wanted.
 template <class S, class Period>
 void in_periods(const S& steps, uint8_t* dst, size_t n, const uint8_t* src, size_t src_bytes,
                 uint64_t position, uint32_t step, Period period) {
   constexpr size_t kPixels = S::kPixels, kBytes = kPixels * S::kPixelBytes;
+  const auto at = [&] { return static_cast<size_t>(position >> 16) * S::kPixelBytes; };
   const auto next = [&](uint8_t* to, const uint8_t* from) {
     period(to, from, typename S::Vector{} + static_cast<typename S::Lane>(position & 0xFFFF));
     position += uint64_t{step} * kPixels;
   };
-  size_t from = 0;
-  for (; n >= kPixels; n -= kPixels, dst += kBytes) {
-    from = (position >> 16) * S::kPixelBytes;
-    if (from + steps.reach > src_bytes) break;
+  size_t from = at();
+  for (; n >= kPixels && from + steps.reach <= src_bytes; n -= kPixels, dst += kBytes) {
     next(dst, src + from);
+    from = at();
   }
-  uint8_t ahead[S::kMostReach + S::kPixelBytes], block[kBytes];
-  while (n != 0) {
-    from = (position >> 16) * S::kPixelBytes;
-    memcpy(ahead, src + from, steps.reach < src_bytes - from ? steps.reach : src_bytes - from);
-    next(block, ahead);
-    const size_t pixels = n < kPixels ? n : kPixels;
-    memcpy(dst, block, pixels * S::kPixelBytes);
-    dst += kBytes;
-    n -= pixels;
+  if (n == 0) return;
+  uint8_t end[2 * (S::kMostReach + S::kPixelBytes)], block[kBytes];
+  const uint8_t* rest = src + from;
+  if (from + steps.reach > src_bytes) {  // less is left than a period reads
+    memcpy(end, rest, src_bytes - from);
+    rest = end;
   }
+  for (; n >= kPixels; n -= kPixels, dst += kBytes) next(dst, rest + (at() - from));
+  if (n == 0) return;
+  next(block, rest + (at() - from));
+  memcpy(dst, block, n * S::kPixelBytes);
 }
 
 template <int pixel_bytes>
