@@ -19,8 +19,7 @@ endif()
 # Functions on a cache line's border: how fast a short loop runs depends on where it lies in its
 # line, by up to a factor of two, which is not to change with every edit elsewhere.
 # Signed lanes wrap: to g++ their overflow would otherwise be as undefined as that of an int.
-set(lum_flags_every_level -O3 -falign-functions=64 -fno-exceptions -fno-lto
-    -fwrapv)
+set(lum_flags_every_level -O3 -falign-functions=64 -fwrapv -fno-exceptions -fno-lto)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # False alarms of g++ 12: vectors that are filled lane by lane, and the AVX-512 headers, which
   # start from registers that they leave undefined on purpose.

@@ -48,6 +48,7 @@ struct ReversedPixels {
     store_spans(end - kSpanBytes, -kUsed, shuffle_spans(v, kToRight));
   }
 };
+// A word, two of which cover a pixel.
 template <int size>
 constexpr auto half_of_pixel() {
   static_assert(size >= 2 && size <= 16, "two words");
