@@ -18,12 +18,14 @@ endif()
 # of them is larger and slower beyond use. No LTO: it could move code of a level out of its unit.
 # Functions on a cache line's border: how fast a short loop runs depends on where it lies in its
 # line, by up to a factor of two, which is not to change with every edit elsewhere.
-# Signed lanes wrap: to g++ their overflow would otherwise be as undefined as that of an int.
-set(lum_flags_every_level -O3 -falign-functions=64 -fwrapv -fno-exceptions -fno-lto)
+set(lum_flags_every_level -O3 -falign-functions=64 -fno-exceptions -fno-lto)
 if(CMAKE_CXX_COMPILER_ID STREQUAL "GNU")
   # False alarms of g++ 12: vectors that are filled lane by lane, and the AVX-512 headers, which
   # start from registers that they leave undefined on purpose.
   list(APPEND lum_flags_every_level -Wno-uninitialized -Wno-maybe-uninitialized)
+  # Signed lanes wrap. To g++ their overflow would be as undefined as that of an int; clang knows
+  # the difference, and with the flag its sanitizer would no longer check ints.
+  list(APPEND lum_flags_every_level -fwrapv)
 endif()
 
 # Adds src/simd/kernels_<level>.cpp to the target for each level of the processor family.

@@ -98,10 +98,7 @@ template <bool bgr>
 struct Rgba32To420<bgr, true> : ColourTo420 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
   using Block = Pixels4<bgr, true>;
-  static LUM_INLINE Block block(const uint8_t* p) {
-    return {
-        {load<U8>(p), load<U8>(p + kLanes), load<U8>(p + 2 * kLanes), load<U8>(p + 3 * kLanes)}};
-  }
+  static LUM_INLINE Block block(const uint8_t* p) { return load_pixels4<bgr>(p); }
   static LUM_INLINE U8 chroma(const Block& upper, const Block& lower) {
     U64 sums[4];
     for (int i = 0; i < 4; ++i) {

@@ -38,8 +38,7 @@ struct Packed32Source {
   static constexpr bool kEdge = false, kPadded = false;
   explicit Packed32Source(const RowArgs&) {}
   LUM_INLINE Pixels4<bgr, true> block(const uint8_t* a, const uint8_t*) const {
-    return {
-        {load<U8>(a), load<U8>(a + kLanes), load<U8>(a + 2 * kLanes), load<U8>(a + 3 * kLanes)}};
+    return load_pixels4<bgr>(a);
   }
 };
 

@@ -24,6 +24,11 @@ struct Pixels4 {
   U8 quarter[4];
 };
 
+template <bool bgr>
+LUM_INLINE Pixels4<bgr, true> load_pixels4(const uint8_t* p) {
+  return {{load<U8>(p), load<U8>(p + kLanes), load<U8>(p + 2 * kLanes), load<U8>(p + 3 * kLanes)}};
+}
+
 // Pixels of three bytes, in memory order (bgr tells which).
 template <bool bgr>
 struct Pixels3 {
