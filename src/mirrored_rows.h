@@ -47,11 +47,18 @@ inline void copy_reversed(uint8_t* to, const uint8_t* from) {
 void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
 
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
-// on either side. The byte `aligned` before a row's first one begins a vector.
+// on either side. The byte `aligned` before a row's first one begins a vector. Those of a narrow
+// frame lie close together: caches hold them best so, and there is little to be cleared at first,
+// as what lies behind a row may be read.
 template <int kRows, int kBeside, uint32_t columns = 4096, int aligned = 0>
 class MirroredStrip {
  public:
   static constexpr uint32_t kColumns = columns;
+
+  explicit MirroredStrip(uint32_t width)
+      : pitch_((kAround + std::min(width, kColumns) + 63) / 64 * 64) {
+    memset(rows_, 0, kRows * pitch_);
+  }
 
   // Columns x to x + n - 1 of a row and those beside them.
   void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
@@ -66,16 +73,17 @@ class MirroredStrip {
     if (before == 0) copy_reversed<kBeside>(to - kBeside, row + 1);
     if (behind == 0) copy_reversed<kBeside>(to + n, row + width - 1 - kBeside);
   }
-  const uint8_t* operator[](int64_t y) const { return rows_[y & (kRows - 1)] + kBefore; }
+  const uint8_t* operator[](int64_t y) const { return rows_ + offset(y); }
 
  private:
   static constexpr int kBefore = 64 + aligned;
+  static constexpr size_t kAround = kBefore + 2 * kPaddedBytes;
 
-  uint8_t* at(int64_t y) { return rows_[y & (kRows - 1)] + kBefore; }
+  size_t offset(int64_t y) const { return static_cast<size_t>(y & (kRows - 1)) * pitch_ + kBefore; }
+  uint8_t* at(int64_t y) { return rows_ + offset(y); }
 
-  static constexpr size_t kRowBytes = (kBefore + kColumns + 2 * kPaddedBytes + 63) / 64 * 64;
-
-  alignas(64) uint8_t rows_[kRows][kRowBytes] = {};
+  const size_t pitch_;
+  alignas(64) uint8_t rows_[kRows * ((kAround + kColumns + 63) / 64 * 64)];
 };
 
 }  // namespace lum

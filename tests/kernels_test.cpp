@@ -74,12 +74,13 @@ RowMemory row_memory(Source source, size_t n, uint64_t seed, RowArgs& args) {
     args.below = seed % 3 == 1 ? -pitch : pitch;
     return {padded + 2, static_cast<size_t>(pitch) + 2};
   }
-  if (source == Source::paired_chroma) {  // two rows above and below, two samples before the row
-    args.above = seed % 3 == 0 ? pitch : -pitch;
-    args.below = seed % 3 == 1 ? -pitch : pitch;
+  if (source == Source::paired_chroma) {  // the row, two samples before it, and eight of words
+    args.above = seed % 3 == 0 ? -4 * pitch : 4 * pitch;
+    args.below = seed % 3 == 1 ? 4 * pitch : -4 * pitch;
     args.above2 = -2 * pitch;
     args.below2 = 2 * pitch;
-    return {padded + 2 * static_cast<size_t>(pitch) + 2, 2 * static_cast<size_t>(pitch) + 2};
+    args.pitch = pitch;
+    return {7 * static_cast<size_t>(pitch) + 2 + padded, 4 * static_cast<size_t>(pitch) + 2};
   }
   if (source == Source::mosaic8_binned || is_cygm_window(source)) {
     const ptrdiff_t bytes = static_cast<ptrdiff_t>(row_bytes(source, n));
@@ -169,7 +170,7 @@ void report_fault(int signal_number) {
 
 class Bench {
  public:
-  Bench() : a_(kLarge * 9), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
+  Bench() : a_(kLarge * 11), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
 
   // Empty when the kernel wrote what the reference says and nothing else; otherwise what differs.
   std::string run(RowKernel kernel, Source source, Sink sink, Trial t, const char* level) {

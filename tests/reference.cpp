@@ -274,28 +274,27 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
       }
       break;
     case Source::paired_chroma: {
-      // Columns -2 .. 3 from the pair's native pixel towards its green one; rows y, y +- 1, y +- 2.
-      static const int kGreenLessOwn[3][6] = {
-          {-3, 3, -12, 9, -7, 2}, {1, 1, 4, -1, 2, 0}, {0, 0, -3, 2, -2, 0}};
-      static const int kGreenLessOther[3][6] = {
-          {1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}};
-      const ptrdiff_t rows[5] = {0, args.above, args.below, args.above2, args.below2};
+      // Columns -2 .. 3 from the pair's native pixel towards its green one, of the row itself.
+      static const int kGreenLessOwn[6] = {-3, 3, -12, 9, -7, 2};
+      static const int kGreenLessOther[6] = {1, 1, -1, 8, -2, 1};
+      const ptrdiff_t sums[4] = {args.above, args.below, args.above2, args.below2};
       const auto clamped = [](int v) { return v < 0 ? 0 : v > 255 ? 255 : v; };
       pixels.resize(n);
       for (size_t x = 0; x < n; ++x) {
         const bool native = x % 2 == args.column;
         const uint8_t* own = a + (x / 2 * 2 + args.column);
         const int step = args.column == 0 ? 1 : -1;
-        int d1 = 16, d2 = 16;
-        for (int row = 0; row < 5; ++row) {
-          for (int column = -2; column <= 3; ++column) {
-            const int z = own[rows[row] + step * column];
-            d1 += kGreenLessOwn[(row + 1) / 2][column + 2] * z;
-            d2 += kGreenLessOther[(row + 1) / 2][column + 2] * z;
-          }
+        int d1 = 0, d2 = 0;
+        for (int column = -2; column <= 3; ++column) {
+          d1 += kGreenLessOwn[column + 2] * own[step * column];
+          d2 += kGreenLessOther[column + 2] * own[step * column];
         }
-        d1 >>= 5;
-        d2 >>= 5;
+        for (const ptrdiff_t row : sums) {
+          d1 += word(a + row, x / 2, false);
+          d2 += word(a + row + args.pitch, x / 2, false);
+        }
+        d1 = (static_cast<int16_t>(d1) + 16) >> 5;
+        d2 = (static_cast<int16_t>(d2) + 16) >> 5;
         const int z = a[x];
         const int n_own = native ? z : clamped(z - d1);
         const int other = clamped(native ? z + d1 - d2 : z - d2);

@@ -17,7 +17,7 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
                         size_t{f.width / 2} * (f.height / 2));
   const size_t pixel = pixel_bytes(f.sink);
   using Strip = MirroredStrip<4, 2>;  // rows y - 1 .. y + 2
-  Strip strip;
+  Strip strip(f.width);
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
     const auto source_row = [&](int64_t y) {

@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "bayer/demosaic.h"
 
+#include <string.h>
+
 #include <algorithm>
 
 #include "arguments.h"
@@ -11,6 +13,11 @@
 
 namespace lum {
 namespace {
+
+template <class Int>
+constexpr Int round_up(Int n, Int step) {
+  return (n + step - 1) / step * step;
+}
 
 const uint8_t* source_row(const MosaicFrame& f, int64_t y) {
   return f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
@@ -25,36 +32,96 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
   return (f.red.column + f.red.row + y) & 1;
 }
 
-// The two demosaics that go from samples to pixels in one step need up to two rows above and below
-// and three samples more on either side.
-void convert_in_one_step(const Kernels& kernels, const MosaicFrame& f, Source source) {
+// What the pixels of a row in a strip of a frame are made of: its samples, fetched up to eight rows
+// at a time, and what they need of the rows around it. Pixels are made of `kReach` rows above and
+// below; prepare() is told of each row once, in order, before any row within its reach is written.
+using StripSamples = MirroredStrip<8, 4>;
+struct BilinearRows {
+  static constexpr Source kSource = Source::bilinear;
+  static constexpr int kReach = 1;
+  explicit BilinearRows(uint32_t width) : samples(width) {}
+  void prepare(const Kernels&, int64_t, uint32_t, size_t) {}
+  void place(int64_t y, RowArgs& args) const {
+    args.above = samples[y - 1] - samples[y];
+    args.below = samples[y + 1] - samples[y];
+  }
+
+  StripSamples samples;
+};
+
+// A row adds the same to the rows above and below it, and the same to those two away, so that its
+// samples are weighed once. The sums of narrow frames lie close together, as caches hold them best.
+class PairedChromaRows {
+ public:
+  static constexpr Source kSource = Source::paired_chroma;
+  static constexpr int kReach = 2;
+  explicit PairedChromaRows(uint32_t width)
+      : samples(width),
+        pitch_(kPaddedBytes + round_up<size_t>(std::min(width, kColumns), kPaddedBytes)) {
+    memset(sums_, 0, kRows * pitch_);
+  }
+  void prepare(const Kernels& kernels, int64_t y, uint32_t native, size_t n) {
+    kernels.demosaic.pair_sums(samples[y], native, {beside(y), beyond(y), pitch()},
+                               round_up(n, kPaddedBytes));
+  }
+  void place(int64_t y, RowArgs& args) {
+    const uint8_t* const here = samples[y];
+    args.above = distance(here, beside(y - 1));
+    args.below = distance(here, beside(y + 1));
+    args.above2 = distance(here, beyond(y - 2));
+    args.below2 = distance(here, beyond(y + 2));
+    args.pitch = pitch();
+  }
+
+  StripSamples samples;
+
+ private:
+  static constexpr uint32_t kColumns = StripSamples::kColumns;
+  static constexpr size_t kBeyondRows = 8, kBesideRows = 4, kRows = 2 * (kBeyondRows + kBesideRows);
+
+  ptrdiff_t pitch() const { return static_cast<ptrdiff_t>(pitch_); }
+  uint8_t* beyond(int64_t y) { return sums_ + 2 * pitch_ * (y & (kBeyondRows - 1)); }
+  uint8_t* beside(int64_t y) {
+    return sums_ + 2 * pitch_ * (kBeyondRows + (y & (kBesideRows - 1)));
+  }
+
+  const size_t pitch_;
+  alignas(64) uint8_t sums_[kRows * (kColumns + kPaddedBytes)];
+};
+
+// The two demosaics that go from samples to pixels in one step, strip by strip.
+template <class Rows>
+void convert_in_strips(const Kernels& kernels, const MosaicFrame& f) {
   // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
   // the sides of a row, would wait.
-  constexpr int kReach = 2, kAhead = 4;
-  using Strip = MirroredStrip<8, 4>;
-  Strip rows;
+  constexpr int kReach = Rows::kReach, kAhead = 4;
+  constexpr uint32_t kColumns = StripSamples::kColumns;
+  Rows rows(f.width);
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, source, f.sink, pixels, pixels);
+  const RowWriter write(kernels, Rows::kSource, f.sink, pixels, pixels);
 
-  for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
-    const uint32_t n = std::min(Strip::kColumns, f.width - x);
-    const auto fetch = [&](int64_t y, const uint8_t* row) { rows.fetch(y, row, f.width, x, n); };
+  for (uint32_t x = 0; x < f.width; x += kColumns) {
+    const uint32_t n = std::min(kColumns, f.width - x);
+    const auto fetch = [&](int64_t y, const uint8_t* row) {
+      rows.samples.fetch(y, row, f.width, x, n);
+    };
+    const auto prepare = [&](int64_t y) {
+      rows.prepare(kernels, y, native_column(f, static_cast<uint32_t>(y)), n);
+    };
     for (int64_t y = -kReach; y < kAhead; ++y) fetch(y, source_row(f, y));
+    for (int64_t y = -kReach; y < kReach; ++y) prepare(y);
     RowArgs args;
     const uint8_t* ahead = source_row(f, kAhead);
     for (uint32_t row = 0; row < f.height; ++row) {
       const int64_t y = row;
       fetch(y + kAhead, ahead);
       ahead = source_row(f, y + kAhead + 1);
-      const uint8_t* const here = rows[y];
+      prepare(y + kReach);
+      rows.place(y, args);
       args.column = native_column(f, row);
-      args.above = rows[y - 1] - here;
-      args.below = rows[y + 1] - here;
-      args.above2 = rows[y - 2] - here;
-      args.below2 = rows[y + 2] - here;
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      args.ahead_of_a = distance(here, ahead + x);
-      write(destination(f, x, row), here, nullptr, n, args);
+      args.ahead_of_a = distance(rows.samples[y], ahead + x);
+      write(destination(f, x, row), rows.samples[y], nullptr, n, args);
     }
   }
 }
@@ -65,7 +132,6 @@ constexpr int kTile = 1024;
 constexpr int kBeside = 8;  // samples that are needed on either side of a tile
 static_assert(kBeside <= kTileMargin, "the margin holds them");
 constexpr int kMostStep = 32;  // words, of the widest level
-constexpr int round_up(int n, int step) { return (n + step - 1) / step * step; }
 // Words of a half, from the margin on.
 constexpr int tile_words(int columns, int step) {
   return round_up((kTileMargin + columns + kBeside + 1) / 2, step);
@@ -86,8 +152,8 @@ struct Ring {
   int16_t* operator[](int64_t y) { return rows[y & (used - 1)] + kTileSlack; }
 };
 
+using TileSamples = MirroredStrip<8, kBeside, kTile, kTileMargin>;
 struct TileRows {
-  MirroredStrip<8, kBeside, kTile, kTileMargin> z;
   Ring<8> qh, ah3;
   Ring<4> pv, av3;
   alignas(64) WordRow qv, e, act, work[5];
@@ -95,7 +161,7 @@ struct TileRows {
 };
 
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
-                  TileRows& rows) {
+                  TileSamples& z, TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
   const bool edge_aware = mode == DemosaicMode::lcaav;
   const auto step = edge_aware ? k.lcaav : k.lcaa;
@@ -110,13 +176,13 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
   const size_t words = static_cast<size_t>(tile_words(static_cast<int>(n), k.step));
 
-  const auto samples = [&](int64_t y) { return rows.z[y] - kTileMargin; };
-  const auto fetch = [&](int64_t y) { rows.z.fetch(y, source_row(f, y), f.width, x, n); };
+  const auto samples = [&](int64_t y) { return z[y] - kTileMargin; };
+  const auto fetch = [&](int64_t y) { z.fetch(y, source_row(f, y), f.width, x, n); };
   const auto add_row = [&](int64_t y) { k.along_row(samples(y), rows.qh[y], rows.ah3[y], words); };
   const auto add_columns = [&](int64_t y) {
-    const uint8_t* const z[5] = {samples(y - 2), samples(y - 1), samples(y), samples(y + 1),
-                                 samples(y + 2)};
-    k.down_column(z, rows.pv[y], rows.av3[y], words);
+    const uint8_t* const five[5] = {samples(y - 2), samples(y - 1), samples(y), samples(y + 1),
+                                    samples(y + 2)};
+    k.down_column(five, rows.pv[y], rows.av3[y], words);
   };
 
   rows.qh.used = rows.ah3.used = edge_aware ? 8 : 4;
@@ -174,17 +240,18 @@ uint32_t demosaic(DemosaicMode mode, uint8_t* dst, const uint8_t* src, uint32_t 
 void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, DemosaicMode mode) {
   switch (mode) {
     case DemosaicMode::bilinear:
-      convert_in_one_step(kernels, frame, Source::bilinear);
+      convert_in_strips<BilinearRows>(kernels, frame);
       return;
     case DemosaicMode::yuv422:
-      convert_in_one_step(kernels, frame, Source::paired_chroma);
+      convert_in_strips<PairedChromaRows>(kernels, frame);
       return;
     case DemosaicMode::lcaa:
     case DemosaicMode::lcaav:
       break;
   }
+  TileSamples z(frame.width);
   TileRows rows = {};
-  for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, rows);
+  for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, z, rows);
 }
 
 }  // namespace lum

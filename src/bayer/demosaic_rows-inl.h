@@ -79,15 +79,66 @@ constexpr PairKernel kGreenMinusOwn = {
 constexpr PairKernel kGreenMinusOther = {
     {{1, 1, -1, 8, -2, 1}, {1, -5, 5, -9, 4, -2}, {0, 0, 1, 1, 0, 0}}};
 
+// The pairs to the left, here and to the right, in registers: two of these loads cross a line.
+struct PairSamples {
+  explicit LUM_INLINE PairSamples(const uint8_t* p)
+      : pair{in_register(load<U8>(p - 2)), in_register(load<U8>(p)), in_register(load<U8>(p + 2))} {
+  }
+  U8 pair[3];
+};
+
+// Adds the weighted samples of one of the pairs.
+template <const PairKernel& kernel, int row, bool green_first, int pair>
+LUM_INLINE void add_pair(const PairSamples& samples, I16& sum) {
+  constexpr int column = green_first ? 5 - 2 * pair : 2 * pair;
+  constexpr int w0 = kernel.row[row][column];
+  constexpr int w1 = kernel.row[row][green_first ? column - 1 : column + 1];
+  if constexpr (w0 != 0 || w1 != 0) {
+    sum += madd(samples.pair[pair], I8(splat_pair(w0, w1)));
+  }
+}
+// What a row adds to the difference of a row that many rows away.
+template <const PairKernel& kernel, int row, bool green_first>
+LUM_INLINE I16 row_sum(const PairSamples& samples) {
+  I16 sum = {};
+  add_pair<kernel, row, green_first, 0>(samples, sum);
+  add_pair<kernel, row, green_first, 1>(samples, sum);
+  add_pair<kernel, row, green_first, 2>(samples, sum);
+  return sum;
+}
+
+// Of the rows beside a row, green comes first in pairs where it does not in this one.
+template <bool green_first>
+LUM_INLINE void pair_sums_of_row(const uint8_t* z, const PairSums& to, size_t n) {
+  for (size_t x = 0; x < n; x += kLanes) {
+    const PairSamples samples(z + x);
+    store(to.beside + x, U8(row_sum<kGreenMinusOwn, 1, !green_first>(samples)));
+    store(to.beside + to.pitch + x, U8(row_sum<kGreenMinusOther, 1, !green_first>(samples)));
+    store(to.beyond + x, U8(row_sum<kGreenMinusOwn, 2, green_first>(samples)));
+    store(to.beyond + to.pitch + x, U8(row_sum<kGreenMinusOther, 2, green_first>(samples)));
+  }
+}
+inline void pair_sums(const uint8_t* z, uint32_t native, const PairSums& sums, size_t n) {
+  const PairSums to = sums;  // or each store might change its pointers
+  if (native != 0) {
+    pair_sums_of_row<true>(z, to, n);
+  } else {
+    pair_sums_of_row<false>(z, to, n);
+  }
+}
+
 // Full-resolution luminance, one colour difference a pair:
 //   native: N = z, G = z + d1, O = z + d1 - d2     green: N = z - d1, G = z, O = z - d2
-// Both pixels of a pair share the 16-bit lane of their differences.
+// Both pixels of a pair share the 16-bit lane of their differences. What other rows add to these
+// comes from pair_sums(): two rows above take the same of a row as two rows below, and the row
+// above the same as the row below.
 struct PairedChroma {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = true;
   explicit PairedChroma(const RowArgs& args)
-      : offsets{0, args.above, args.below, args.above2, args.below2},
+      : sums{args.above, args.below, args.above2, args.below2},
+        to_other(args.pitch),
         green_first((args.column & 1) != 0),
         own_is_blue(args.own_is_blue != 0) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
@@ -100,71 +151,19 @@ struct PairedChroma {
     U8 own, green, other;
   };
 
-  // Adds the weighted samples of a row's pairs to the left, here and to the right.
-  template <const PairKernel& kernel, bool green_first_, int row, int pair>
-  static LUM_INLINE void add_pair(U8 samples, I16& sum) {
-    constexpr int column = green_first_ ? 5 - 2 * pair : 2 * pair;
-    constexpr int w0 = kernel.row[row][column];
-    constexpr int w1 = kernel.row[row][green_first_ ? column - 1 : column + 1];
-    if constexpr (w0 != 0 || w1 != 0) sum += madd(samples, I8(splat_pair(w0, w1)));
-  }
-  template <const PairKernel& kernel, bool green_first_, int row>
-  static LUM_INLINE void add_row(const uint8_t* p, I16& sum) {
-    add_pair<kernel, green_first_, row, 0>(load<U8>(p - 2), sum);
-    add_pair<kernel, green_first_, row, 1>(load<U8>(p), sum);
-    add_pair<kernel, green_first_, row, 2>(load<U8>(p + 2), sum);
-  }
-  // (sum + 16) >> 5
-  static LUM_INLINE I16 unscaled(I16 sum) { return mul_round(sum, I16{} + (1 << 10)); }
-  template <const PairKernel& kernel, bool green_first_>
-  LUM_INLINE I16 difference(const uint8_t* a) const {
-    I16 near = {}, far = {};  // two sums, so that additions wait for each other less
-    add_row<kernel, green_first_, 0>(a, near);
-    add_row<kernel, green_first_, 1>(a + offsets[1], far);
-    add_row<kernel, green_first_, 1>(a + offsets[2], near);
-    add_row<kernel, green_first_, 2>(a + offsets[3], far);
-    add_row<kernel, green_first_, 2>(a + offsets[4], near);
-    return unscaled(near + far);
-  }
-
-  // Both differences at once, where all weights stay in registers: each sample is loaded once, and
-  // most of these loads cross a line.
-  struct Differences {
-    I16 own, other;
-  };
-  template <bool green_first_, int row, int pair>
-  static LUM_INLINE void add_pair_to_both(const uint8_t* p, Differences& sums) {
-    // Two rows away nothing is asked of the pair on one side.
-    if constexpr (row == 2 && pair == (green_first_ ? 2 : 0)) return;
-    const U8 samples = in_register(load<U8>(p + 2 * pair - 2));
-    add_pair<kGreenMinusOwn, green_first_, row, pair>(samples, sums.own);
-    add_pair<kGreenMinusOther, green_first_, row, pair>(samples, sums.other);
-  }
-  template <bool green_first_, int row>
-  static LUM_INLINE void add_row_to_both(const uint8_t* p, Differences& sums) {
-    add_pair_to_both<green_first_, row, 0>(p, sums);
-    add_pair_to_both<green_first_, row, 1>(p, sums);
-    add_pair_to_both<green_first_, row, 2>(p, sums);
-  }
-  template <bool green_first_>
-  LUM_INLINE Differences differences(const uint8_t* a) const {
-    if constexpr (!kManyRegisters) {
-      const I16 own = difference<kGreenMinusOwn, green_first_>(a);
-      return {own, difference<kGreenMinusOther, green_first_>(a)};
-    }
-    Differences near = {}, far = {};
-    add_row_to_both<green_first_, 0>(a, near);
-    add_row_to_both<green_first_, 1>(a + offsets[1], far);
-    add_row_to_both<green_first_, 1>(a + offsets[2], near);
-    add_row_to_both<green_first_, 2>(a + offsets[3], far);
-    add_row_to_both<green_first_, 2>(a + offsets[4], near);
-    return {unscaled(near.own + far.own), unscaled(near.other + far.other)};
+  // (sum + 16) >> 5, with the sums of the other rows
+  LUM_INLINE I16 difference(I16 own_row, const uint8_t* p) const {
+    const I16 beside = load<I16>(p + sums[0]) + load<I16>(p + sums[1]);
+    const I16 beyond = load<I16>(p + sums[2]) + load<I16>(p + sums[3]);
+    return mul_round(own_row + (beside + beyond), I16{} + (1 << 10));
   }
 
   template <bool green_first_>
   LUM_INLINE Colours colours(const uint8_t* a) const {
-    const auto [d1, d2] = differences<green_first_>(a);
-    const U16 z = load<U16>(a);
+    const PairSamples samples(a);
+    const I16 d1 = difference(row_sum<kGreenMinusOwn, 0, green_first_>(samples), a);
+    const I16 d2 = difference(row_sum<kGreenMinusOther, 0, green_first_>(samples), a + to_other);
+    const U16 z = U16(samples.pair[1]);
     const I16 first = I16(z & 255), second = I16(z >> 8);
     const I16 native = green_first_ ? second : first, green = green_first_ ? first : second;
     const I16 native_green = native + d1, green_own = green - d1;
@@ -177,7 +176,7 @@ struct PairedChroma {
             alternate_sat(native_other, green_other)};
   }
 
-  ptrdiff_t offsets[5];
+  ptrdiff_t sums[4], to_other;
   bool green_first, own_is_blue;
 };
 

@@ -55,7 +55,7 @@ constexpr Weights weights(const Shares& shares, bool is_top) {
 // on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
-  Strip strip;
+  Strip strip(width);
   for (uint32_t x = 0; x < width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, width - x);
     const auto source_line = [&](int64_t y) {

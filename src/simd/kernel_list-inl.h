@@ -181,7 +181,8 @@ constexpr Kernels make_kernels() {
   add<Source::cygm_3x3_luma, Sink::mono8_rec601, CygmWindowLuma, Mono8<Rec601>>(k);
   add_colour<Source::cygm_binned, CygmBinned>(k);
   add<Source::cygm_binned, Sink::uyvy, CygmBinned, Uyvy>(k);
-  k.demosaic = {kLanes / 2, along_row, down_column, direction<false>, direction<true>, lcaa, lcaav};
+  k.demosaic = {pair_sums,        kLanes / 2,      along_row, down_column,
+                direction<false>, direction<true>, lcaa,      lcaav};
 
   k.direct = make_direct_kernels();
 

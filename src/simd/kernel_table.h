@@ -33,7 +33,8 @@ enum class Source : unsigned {
   planes8,             // three rows of bytes, RowArgs::pitch apart: R from a, G, B
   bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with two samples
              // before and behind: see RowArgs::above
-  paired_chroma,    // likewise with two rows above and below, two samples before and three behind
+  paired_chroma,  // a row of a Bayer mosaic with two samples before and behind, and pair_sums() of
+                  // the rows beside it: see RowArgs::above
   bgr24_corrected,  // bgr24, then RowArgs::matrix
   bgr48_corrected,  // B, G, R as words in host order, then RowArgs::matrix
   // Two samples before and behind the row, and rows beside it: see RowArgs::above.
@@ -168,10 +169,11 @@ struct RowArgs {
   uint32_t scale = 0;
   // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.
   uint32_t wide = 0;
-  ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes
-  // bilinear, paired_chroma: where the rows above and below lie, in bytes from a, and for the
-  // latter the rows beyond them; `column` is then the parity of the columns that hold the row's own
-  // colour, and own_is_blue tells which that is. mosaic8_binned: a is the cells' row with red,
+  ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes; paired_chroma: below
+  // bilinear: where the rows above and below lie, in bytes from a; `column` is then the parity of
+  // the columns that hold the row's own colour, and own_is_blue tells which that is. paired_chroma:
+  // the same of the sums `beside` of the rows above and below and of the sums `beyond` of the rows
+  // two away; `pitch` is that of PairSums. mosaic8_binned: a is the cells' row with red,
   // whose column is `column`; `above` is where the red row across the cells lies, `below` their row
   // with blue, `below2` the blue row across them. cygm_3x3, cygm_binned: where the lines above,
   // below and two below lie; `matrix` then holds weights of the lines' chroma, rows R, G, B,
@@ -227,7 +229,19 @@ struct DemosaicTile {
   uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
 };
 
+// What the samples of a row add to 32 times the colour differences of the rows above and below it
+// and of the rows two away: words, one for a pair of pixels, at the bytes that the pair has in a
+// row of samples. Here are green minus the colour that those rows have, and `pitch` bytes on green
+// minus the colour that they lack.
+struct PairSums {
+  uint8_t *beside, *beyond;
+  ptrdiff_t pitch;
+};
+
 struct DemosaicKernels {
+  // Of a row's samples, those of the row's own colour in columns of parity `native`; two samples
+  // before and behind are read. n is a multiple of 64.
+  void (*pair_sums)(const uint8_t* z, uint32_t native, const PairSums& sums, size_t n);
   int step;  // words are computed so many at a time: `words` is a multiple
   // From a row's samples: qh and the sums over three columns of the activity along the row.
   void (*along_row)(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words);
