@@ -1,9 +1,13 @@
 // SPDX-License-Identifier: MIT
-// No conversion takes memory from the heap, whatever the size of its frame. The linker hands every
-// call of an allocating function in this program, the library's included, to the counters below.
+// No conversion takes memory from the heap, whatever the size of its frame, and none takes more of
+// the stack than is promised. The linker hands every call of an allocating function in this
+// program, the library's included, to the counters below.
 #include <gtest/gtest.h>
+#include <pthread.h>
 
+#include <algorithm>
 #include <cstddef>
+#include <functional>
 #include <new>
 #include <vector>
 
@@ -59,7 +63,7 @@ TEST(Allocation, IsCounted) {
   EXPECT_EQ(allocations, before + 1);
 }
 
-TEST(Allocation, NoneInTheGenericTransform) {
+void convert_by_the_generic_transform() {
   unsigned converted = 0;
   for (Frame& frame : frames()) {
     for (const PixelFormat& format : kPixelFormats) {
@@ -89,7 +93,7 @@ TEST(Allocation, NoneInTheGenericTransform) {
   EXPECT_GT(converted, 1000u);
 }
 
-TEST(Allocation, NoneInTheDirectFunctions) {
+void convert_by_direct_functions() {
   for (Frame& frame : frames()) {
     uint8_t *const dst = frame.dst.data(), *const src = frame.src.data();
     const uint32_t width = frame.size.width, height = frame.size.height, count = width * height;
@@ -121,6 +125,50 @@ TEST(Allocation, NoneInTheDirectFunctions) {
     EXPECT_EQ(allocations, before) << width << " x " << height;
     EXPECT_EQ(errors, 0u);
   }
+}
+
+TEST(Allocation, NoneInTheGenericTransform) { convert_by_the_generic_transform(); }
+TEST(Allocation, NoneInTheDirectFunctions) { convert_by_direct_functions(); }
+
+// How far down its stack a thread that runs f() writes, of as much as `room`.
+size_t stack_used(size_t room, const std::function<void()>& f) {
+  struct Task {
+    const std::function<void()>& f;
+    const uint8_t* top;
+  } task = {f, nullptr};
+  constexpr uint8_t kUntouched = 0xA5;
+  constexpr size_t kPage = 4096;
+  std::vector<uint8_t> memory(room + kPage, kUntouched);
+  uint8_t* const stack = &memory[(kPage - reinterpret_cast<uintptr_t>(&memory[0]) % kPage)];
+  pthread_attr_t attributes;
+  pthread_t thread;
+  pthread_attr_init(&attributes);
+  pthread_attr_setstack(&attributes, stack, room);
+  const auto run = [](void* p) -> void* {
+    Task& t = *static_cast<Task*>(p);
+    t.top = static_cast<const uint8_t*>(__builtin_frame_address(0));
+    t.f();
+    return nullptr;
+  };
+  EXPECT_EQ(pthread_create(&thread, &attributes, run, &task), 0);
+  pthread_join(thread, nullptr);
+  pthread_attr_destroy(&attributes);
+  const uint8_t* const end = stack + room;
+  const uint8_t* const lowest = std::find_if(static_cast<const uint8_t*>(stack), end,
+                                             [](uint8_t v) { return v != kUntouched; });
+  return static_cast<size_t>(task.top - lowest);
+}
+
+// Of the public header. What this program adds to it is on the safe side.
+TEST(Stack, HoldsWhatIsPromised) {
+#if defined(__SANITIZE_ADDRESS__) || defined(__SANITIZE_THREAD__)
+  GTEST_SKIP() << "sanitizers have a stack of their own";
+#endif
+  constexpr size_t kPromised = 128 << 10, kRoom = 1 << 20;
+  const size_t used = stack_used(kRoom, convert_by_the_generic_transform);
+  EXPECT_LE(used, kPromised);
+  EXPECT_GT(used, kPromised / 2) << "strips of rows alone take more";
+  EXPECT_LE(stack_used(kRoom, convert_by_direct_functions), kPromised);
 }
 
 }  // namespace

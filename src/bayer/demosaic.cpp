@@ -77,13 +77,14 @@ class PairedChromaRows {
 
  private:
   static constexpr uint32_t kColumns = StripSamples::kColumns;
-  static constexpr size_t kBeyondRows = 8, kBesideRows = 4, kRows = 2 * (kBeyondRows + kBesideRows);
+  // As many rows as are needed when the last one is prepared, with the sums of its neighbours.
+  static constexpr int64_t kBeyondRows = 2 * kReach + 1, kBesideRows = kReach + 2;
+  static constexpr size_t kRows = 2 * (kBeyondRows + kBesideRows);
 
   ptrdiff_t pitch() const { return static_cast<ptrdiff_t>(pitch_); }
-  uint8_t* beyond(int64_t y) { return sums_ + 2 * pitch_ * (y & (kBeyondRows - 1)); }
-  uint8_t* beside(int64_t y) {
-    return sums_ + 2 * pitch_ * (kBeyondRows + (y & (kBesideRows - 1)));
-  }
+  uint8_t* sums(int64_t row) { return sums_ + 2 * pitch_ * static_cast<size_t>(row); }
+  uint8_t* beyond(int64_t y) { return sums((y + kBeyondRows) % kBeyondRows); }
+  uint8_t* beside(int64_t y) { return sums(kBeyondRows + (y + kBesideRows) % kBesideRows); }
 
   const size_t pitch_;
   alignas(64) uint8_t sums_[kRows * (kColumns + kPaddedBytes)];
