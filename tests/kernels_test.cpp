@@ -307,6 +307,38 @@ TEST_P(LevelTest, SwapsThreeByteOrdersInPlace) {
   }
 }
 
+// Two rows at once are what each of them is alone.
+TEST_P(LevelTest, CygmRowsShareALine) {
+  const Arena a(2 * kWidest + 4), b(kWidest + 2), dst(8 * kWidest + 16);
+  for (size_t n = 2; n <= kWidest + 2; ++n) {
+    const bool at_end = n % 4 < 2;
+    uint8_t *const cyan = a.place(2 * n, at_end), *const green = b.place(n, at_end);
+    Random random(n);
+    test::fill(cyan, 2 * n, 0, random);
+    test::fill(green, n, 0, random);
+    RowArgs args;
+    args.column = n / 2 % 2;
+    for (size_t s = 0; s < kSinkCount; ++s) {
+      const Sink sink = static_cast<Sink>(s);
+      const RowKernel kernel = table_->at(Source::cygm, sink);
+      if (kernel == nullptr || n % kSinks[s].group_pixels != 0) continue;
+      const size_t bytes = n * pixel_bytes(sink);
+      uint8_t* const out = dst.place(2 * bytes, at_end);
+      std::fill(out, out + 2 * bytes, uint8_t{0xEE});
+      reference::Bytes expected(2 * bytes, 0xEE);
+      for (size_t row = 0; row < 2; ++row) {
+        ASSERT_TRUE(reference::row(Source::cygm, sink, &expected[row * bytes], cyan + row * n,
+                                   green, n, args));
+      }
+      args.rows = 2;
+      kernel(out, cyan, green, n, args);
+      args.rows = 1;
+      ASSERT_TRUE(std::equal(expected.begin(), expected.end(), out))
+          << "width " << n << " to " << kSinks[s].name;
+    }
+  }
+}
+
 TEST_P(LevelTest, ExchangesRows) {
   const Arena first(kLarge), second(kLarge);
   for (size_t n = 0; n <= 330; ++n) {

@@ -10,23 +10,22 @@
 namespace lum {
 namespace {
 
-// The two frame lines of an output row as the kernels take them.
-struct LinePair {
+// The frame lines of the output rows y, y even, and y + 1, as the kernels take them: lines y and
+// y + 2 hold cyan and yellow and follow each other in the second field, line y + 1 of the first
+// field is between them.
+struct Lines {
   const uint8_t* cyan_yellow;
   const uint8_t* green_magenta;
   RowArgs args;
 };
 
-LinePair lines_of_row(const uint8_t* src, uint32_t width, uint32_t height, uint32_t y) {
+Lines lines_of_rows(const uint8_t* src, uint32_t width, uint32_t height, uint32_t y) {
   const uint8_t* const second_field = src + size_t{height / 2} * width;
-  // Of the lines y and y + 1 the even one is 2 i of the second field, the odd one 2 i + 1 of the
-  // first.
-  const uint32_t even = y + (y & 1), odd = y + 1 - (y & 1);
-  LinePair pair;
-  pair.cyan_yellow = second_field + size_t{even / 2} * width;
-  pair.green_magenta = src + size_t{odd / 2} * width;
-  pair.args.column = odd % 4 == 3 ? 1 : 0;
-  return pair;
+  Lines lines;
+  lines.cyan_yellow = second_field + size_t{y / 2} * width;
+  lines.green_magenta = src + size_t{y / 2} * width;
+  lines.args.column = y % 4 == 2 ? 1 : 0;
+  return lines;
 }
 
 }  // namespace
@@ -35,10 +34,11 @@ void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t
                   uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm, sink);
   const size_t row_bytes = width * pixel_bytes(sink);
-  for (uint32_t y = 0; y + 1 < height; ++y) {
-    const LinePair lines = lines_of_row(src, width, height, y);
+  for (uint32_t y = 0; y + 1 < height; y += 2) {
+    Lines lines = lines_of_rows(src, width, height, y);
+    lines.args.rows = y + 2 < height ? 2 : 1;
     kernel(dst, lines.cyan_yellow, lines.green_magenta, width, lines.args);
-    dst += row_bytes;
+    dst += lines.args.rows * row_bytes;
   }
   memcpy(dst, dst - row_bytes, row_bytes);
 }
@@ -49,19 +49,25 @@ void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* sr
   const RowKernel kernel = kernels.at(Source::cygm, Sink::bgr24);
   const size_t row_bytes = size_t{width} * kBytes;
   const uint32_t computed = height - 4;
-  for (uint32_t y = 0; y < computed; ++y) {
-    uint8_t* const row = dst + y * row_bytes;
-    const LinePair lines = lines_of_row(src, width, height, y);
+  for (uint32_t y = 0; y < computed; y += 2) {
+    uint8_t* row = dst + y * row_bytes;
+    Lines lines = lines_of_rows(src, width, height, y);
+    lines.args.rows = 2;
     kernel(row, lines.cyan_yellow, lines.green_magenta, width, lines.args);
     // Kept: the last pixel is not the copy of its neighbour that the kernel makes; its block takes
     // the sample that follows the row end in the buffer. A row of the four columns from width - 2
     // on has that pixel as its second; the fourth column is padding.
-    const size_t at = width - 2;
-    uint8_t a[4] = {}, b[4] = {}, pixels[4 * kBytes];
-    memcpy(a, lines.cyan_yellow + at, 3);
-    memcpy(b, lines.green_magenta + at, 3);
-    kernel(pixels, a, b, 4, lines.args);
-    memcpy(row + (width - 1) * kBytes, pixels + kBytes, kBytes);
+    lines.args.rows = 1;
+    const uint8_t* const ends[2] = {lines.cyan_yellow + width - 2,
+                                    lines.cyan_yellow + 2 * size_t{width} - 2};
+    for (const uint8_t* end : ends) {
+      uint8_t a[4] = {}, b[4] = {}, pixels[4 * kBytes];
+      memcpy(a, end, 3);
+      memcpy(b, lines.green_magenta + width - 2, 3);
+      kernel(pixels, a, b, 4, lines.args);
+      row += row_bytes;
+      memcpy(row - kBytes, pixels + kBytes, kBytes);
+    }
   }
   // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2
   // has no such repetition.

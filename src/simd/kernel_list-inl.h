@@ -44,6 +44,8 @@ template <>
 constexpr bool kTakesTwo<Mosaic8Pairs> = true;
 template <>
 constexpr bool kTakesTwo<Mosaic16> = true;
+template <>
+constexpr bool kSharesB<Cygm> = true;
 
 template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {

@@ -181,7 +181,7 @@ struct RowArgs {
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
-  // a and b are by turns.
+  // a and b are by turns. cygm: one or two, from a and from what follows it, both with b.
   size_t rows = 1;
   // From what a kernel reads to what it prefetches to be read next; for rows that the library made,
   // part of what the next ones are made of.

@@ -185,28 +185,31 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
   rest_of_row<Source, Sink, in_place>(source, dst, a, b, x, n, args);
 }
 
-// Whether two rows of a frame are taken together, as what the middle one of three source rows is
+// Whether two rows of a frame are taken together, as what a source row that both are made of is
 // loaded and sorted for serves both.
 template <class Source>
 constexpr bool kTakesTwo = false;
+// Whether those two are all: the second one's b is the first one's, and its a follows.
+template <class Source>
+constexpr bool kSharesB = false;
 
-// From rows that lie one below the other; a_above: a is the upper one of the first row's two.
-template <class Source, class Sink, bool a_above, class To>
-LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* upper, size_t n,
-                         const RowArgs& args) {
+// Two rows of a frame from the source row `shared`, which is b of both or a of both, and one more
+// each.
+template <class Source, class Sink, bool shares_b, class To>
+LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* shared, ptrdiff_t to_first,
+                         ptrdiff_t to_second, size_t n, const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
+  const size_t out_row = n * Sink::kPixelBytes;
   const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
   const size_t x = whole_blocks<Source>(n);
-  const uint8_t* const end = upper + source_bytes<Source>(x);
+  const uint8_t* const end = shared + source_bytes<Source>(x);
   To to = dst;
-  for (const uint8_t* from = upper; from != end; from += kIn, to = to + kOut) {
-    const uint8_t* const middle = from + in_row;
-    const uint8_t* const lower = middle + in_row;
+  for (const uint8_t* from = shared; from != end; from += kIn, to = to + kOut) {
+    const uint8_t *const first = from + to_first, *const second = from + to_second;
     for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(middle + line, ahead_of_a);
-      prefetch_read(lower + line, ahead_of_a);
+      prefetch_read(from + line, ahead_of_a);
+      prefetch_read(second + line, ahead_of_a);
     }
     if (write_ahead != 0) {
       for (size_t line = 0; line < kOut; line += 64) {
@@ -214,23 +217,28 @@ LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* upper, siz
         prefetch_write(to + out_row + line, write_ahead);
       }
     }
-    const auto first = a_above ? source.block(from, middle) : source.block(middle, from);
-    const auto second = a_above ? source.block(lower, middle) : source.block(middle, lower);
-    Sink::store_block(to, first);
-    Sink::store_block(to + out_row, second);
+    const auto pixels = shares_b ? source.block(first, from) : source.block(from, first);
+    const auto more = shares_b ? source.block(second, from) : source.block(from, second);
+    Sink::store_block(to, pixels);
+    Sink::store_block(to + out_row, more);
   }
-  const uint8_t* const middle = upper + in_row;
-  const uint8_t* const lower = middle + in_row;
-  rest_of_row<Source, Sink, false>(source, dst, a_above ? upper : middle, a_above ? middle : upper,
-                                   x, n, args);
-  rest_of_row<Source, Sink, false>(source, dst + out_row, a_above ? lower : middle,
-                                   a_above ? middle : lower, x, n, args);
+  const auto rest = [&](To to, const uint8_t* other) {
+    rest_of_row<Source, Sink, false>(source, to, shares_b ? other : shared,
+                                     shares_b ? shared : other, x, n, args);
+  };
+  rest(dst, shared + to_first);
+  rest(dst + out_row, shared + to_second);
 }
 
-// The source rows of the next row of a frame: the upper one goes to below the lower one.
+// The source rows of the next row of a frame: of a mosaic the upper one goes to below the lower
+// one.
 template <class Source>
 LUM_INLINE void to_next_row(const uint8_t*& a, const uint8_t*& b, size_t n) {
-  if (Source::kRows == 2) (a < b ? a : b) += 2 * source_bytes<Source>(n);
+  if constexpr (kSharesB<Source>) {
+    a += source_bytes<Source>(n);
+  } else if (Source::kRows == 2) {
+    (a < b ? a : b) += 2 * source_bytes<Source>(n);
+  }
 }
 
 // Rows of a frame, each kLanes pixels or more. in_place: dst may be a.
@@ -240,12 +248,20 @@ LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t
   const Source source(args);
   const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
   size_t rows = Source::kRows == 2 ? args.rows : 1;
-  if constexpr (kTakesTwo<Source>) {
+  if constexpr (kSharesB<Source>) {
+    if (rows == 2) {
+      const ptrdiff_t to_a = distance(b, a);
+      two_rows<Source, Sink, true>(source, dst, b, to_a, to_a + static_cast<ptrdiff_t>(in_row), n,
+                                   args);
+      return;
+    }
+  } else if constexpr (kTakesTwo<Source>) {
+    const ptrdiff_t row = static_cast<ptrdiff_t>(in_row);
     for (; rows >= 2; rows -= 2, dst = dst + 2 * out_row, a += 2 * in_row, b += 2 * in_row) {
       if (a < b) {
-        two_rows<Source, Sink, true>(source, dst, a, n, args);
+        two_rows<Source, Sink, true>(source, dst, b, -row, row, n, args);
       } else {
-        two_rows<Source, Sink, false>(source, dst, b, n, args);
+        two_rows<Source, Sink, false>(source, dst, a, -row, row, n, args);
       }
     }
   }
