@@ -140,12 +140,11 @@ void add_matrices(std::vector<Row>& rows) {
     };
     rows.push_back(row);
   };
-  const auto add_deep = [&](const char* name, Sink sink, const Reduction& reduction,
-                            uint32_t scale) {
+  const auto add_deep = [&](const char* name, Sink sink, const Reduction& reduction, uint32_t scale,
+                            Source mosaic = Source::mosaic16_corrected) {
     Row row = row_of(name, reduction.source, sink);
     row.run = [=](const Kernels& k, const Frame& f) {
-      convert_mosaic_reduced(k, mosaic_frame(f, sink), reduction, Source::mosaic16_corrected,
-                             matrix_args(scale));
+      convert_mosaic_reduced(k, mosaic_frame(f, sink), reduction, mosaic, matrix_args(scale));
     };
     rows.push_back(row);
   };
@@ -153,7 +152,9 @@ void add_matrices(std::vector<Row>& rows) {
   add8(Source::mosaic8_corrected, Sink::uyvy);
   add8(Source::mosaic8_wrapped, Sink::mono8_rec601);
   Reduction packed = {Source::mono12_packed, Sink::mono16_rec601, {}};
-  add_deep("bayer12p-matrix", Sink::bgr24, packed, kMatrixScale + 4);
+  packed.args.shift = 2;
+  add_deep("bayer12p-matrix", Sink::bgr24, packed, kMatrixScale + 4 + packed.args.shift,
+           Source::mosaic12_corrected);
   packed.args.shift = kShift12;
   add_deep("bayer12p-matrix", Sink::bgr48, packed, kMatrixScale);
   for (const Sink sink : {Sink::mono16_rec601, Sink::bgr48}) {

@@ -210,14 +210,23 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
     case Source::mosaic16:
     case Source::mosaic8_corrected:
     case Source::mosaic8_wrapped:
+    case Source::mosaic12_corrected:
     case Source::mosaic16_corrected: {
-      const bool words = source == Source::mosaic16 || source == Source::mosaic16_corrected;
+      const bool words = source != Source::mosaic8 && source != Source::mosaic8_corrected &&
+                         source != Source::mosaic8_wrapped;
       if (source == Source::mosaic16 && !deep) return false;
+      if (source == Source::mosaic12_corrected && deep) return false;
       pixels = from_blocks(n, 2, [&](size_t x, size_t y) {
+        if (source == Source::mosaic12_corrected) {
+          return bayer_block(
+              red_row, [&](size_t c, size_t r) { return two_word_rows(c, r) >> 2; }, x, y);
+        }
         const Pixel p = bayer_block(red_row, words ? two_word_rows : two_rows, x, y);
         return source == Source::mosaic8_wrapped ? correct_wrapped(p, args.matrix) : p;
       });
-      if (source == Source::mosaic8_corrected || source == Source::mosaic16_corrected) {
+      if (source == Source::mosaic12_corrected) {
+        pixels = correct(pixels, args.matrix, static_cast<int>(args.scale) - 2, 255);
+      } else if (source == Source::mosaic8_corrected || source == Source::mosaic16_corrected) {
         pixels = correct(pixels, args.matrix, static_cast<int>(args.scale), deep ? 65535 : 255);
       }
       break;

@@ -15,7 +15,8 @@ namespace {
 
 constexpr uint32_t kMatrixScale = 10;  // the coefficients' 1024
 // 12-bit and 16-bit samples to bytes: as many bits more.
-constexpr uint32_t kScale12To8 = kMatrixScale + 4;
+// Of samples that come shifted up by two bits, so that bits 16 to 31 of a sum are the colour.
+constexpr uint32_t kShift12To8 = 2, kScale12To8 = kMatrixScale + 4 + kShift12To8;
 constexpr uint32_t kScale16To8 = kMatrixScale + 8;
 
 bool is_deep(Sink sink) { return sink >= Sink::mono16_rec601; }
@@ -92,11 +93,16 @@ void correct_raw8(const Kernels& kernels, const MosaicFrame& f, const ColourMatr
 }
 
 void correct_raw12(const Kernels& kernels, const MosaicFrame& f, const ColourMatrix& matrix) {
+  const bool deep = is_deep(f.sink);
   Reduction reduction = {Source::mono12_packed, Sink::mono16_rec601, {}};
-  reduction.args.shift = is_deep(f.sink) ? 4 : 0;
-  convert_mosaic_reduced(
-      kernels, f, reduction, Source::mosaic16_corrected,
-      is_deep(f.sink) ? correction(matrix, kMatrixScale, 16) : correction(matrix, kScale12To8, 12));
+  reduction.args.shift = deep ? 4 : kShift12To8;
+  if (deep) {
+    convert_mosaic_reduced(kernels, f, reduction, Source::mosaic16_corrected,
+                           correction(matrix, kMatrixScale, 16));
+  } else {
+    convert_mosaic_reduced(kernels, f, reduction, Source::mosaic12_corrected,
+                           correction(matrix, kScale12To8, 12 + kShift12To8));
+  }
 }
 
 void correct_raw16(const Kernels& kernels, const MosaicFrame& f, uint32_t shift,

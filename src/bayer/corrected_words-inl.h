@@ -57,67 +57,123 @@ struct Corrected16 : Samples {
     return correct(Samples::last_block(a, b));
   }
 
- protected:
-  // pack(lo, hi) takes the scaled sums of a vector of words.
-  template <class Word, class Pack>
-  LUM_INLINE void sums(const Rgb16& p, Word (&lo)[3], Word (&hi)[3], Pack pack) const {
-    half(p.r.lo, p.g.lo, p.b.lo, lo, pack);
-    half(p.r.hi, p.g.hi, p.b.hi, hi, pack);
+ private:
+  LUM_INLINE void half(U16 r, U16 g, U16 b, U16 (&out)[3]) const {
+    const Words2 red_green = interleave(I16(r ^ 0x8000), I16(g ^ 0x8000));
+    const Words2 blue_zero = interleave(I16(b ^ 0x8000), I16{});
+    for (int i = 0; i < 3; ++i) {
+      out[i] = pack_sat_unsigned(matrix.scaled_sum(i, red_green.lo, blue_zero.lo),
+                                 matrix.scaled_sum(i, red_green.hi, blue_zero.hi));
+    }
   }
-  // Lane by lane, limited to `limit`.
-  LUM_INLINE Rgb16 wide(const Rgb16& p, int limit) const {
+  LUM_INLINE Rgb16 by_lanes(const Rgb16& p) const {
     uint16_t in[3][kLanes], out[3][kLanes];
     store(in[0], p.r);
     store(in[1], p.g);
     store(in[2], p.b);
-    each_lane(in[0], in[1], in[2], out[0], [this, limit](int i, int r, int g, int b) {
-      return matrix.clamped(i, r, g, b, limit);
-    });
+    each_lane(in[0], in[1], in[2], out[0],
+              [this](int i, int r, int g, int b) { return matrix.clamped(i, r, g, b, 65535); });
     return {load<Wide>(out[0]), load<Wide>(out[1]), load<Wide>(out[2])};
   }
 
-  WordMatrix matrix;
-
- private:
-  template <class Word, class Pack>
-  LUM_INLINE void half(U16 r, U16 g, U16 b, Word (&out)[3], Pack pack) const {
-    const Words2 red_green = interleave(I16(r ^ 0x8000), I16(g ^ 0x8000));
-    const Words2 blue_zero = interleave(I16(b ^ 0x8000), I16{});
-    for (int i = 0; i < 3; ++i) {
-      out[i] = pack(matrix.scaled_sum(i, red_green.lo, blue_zero.lo),
-                    matrix.scaled_sum(i, red_green.hi, blue_zero.hi));
-    }
-  }
-
   LUM_INLINE Rgb16 correct(const Rgb16& p) const {
-    if (__builtin_expect(matrix.wide(), 0)) return wide(p, 65535);
+    if (__builtin_expect(matrix.wide(), 0)) return by_lanes(p);
     U16 lo[3], hi[3];
-    sums(p, lo, hi, [](I32 first, I32 second) { return pack_sat_unsigned(first, second); });
+    half(p.r.lo, p.g.lo, p.b.lo, lo);
+    half(p.r.hi, p.g.hi, p.b.hi, hi);
     return {{lo[0], hi[0]}, {lo[1], hi[1]}, {lo[2], hi[2]}};
   }
+
+  WordMatrix matrix;
 };
 
-// 16-bit samples; to 8 bits.
-struct Mosaic16CorrectedTo8 : Corrected16<Mosaic16> {
-  using Corrected16<Mosaic16>::Corrected16;
+// Words of a mosaic to 8 bits. `own` is the row with samples of its colour in even columns, and a
+// lane of a multiply-add holds two words:
+//
+//   own:    R0 G1 R2     even pixel: R0, G1 and G0', B1'     both have G1 and B1'
+//   other:  G0'B1'G2'     odd pixel: R2, G1 and G2', B1'
+//
+// The sums' upper halves lie side by side as the pixels do. Samples of 12 bits come shifted up by
+// two and with a scale of 16, so that these halves are the corrected colours; the scale of others
+// is 18.
+template <bool of_12_bits>
+struct MosaicWordsCorrectedTo8 : Mosaic16 {
+  explicit MosaicWordsCorrectedTo8(const RowArgs& args)
+      : Mosaic16(args), scalar(args), own_is_b((args.column & 1) != 0) {
+    for (int i = 0; i < 3; ++i) {
+      const int32_t* const m = args.matrix + 3 * i;
+      const int32_t first = own_is_b ? m[2] : m[0], third = own_is_b ? m[0] : m[2];
+      first_green[i] = I16(splat_words(first, m[1]));
+      second_third[i] = I16(splat_words(0, third));
+      // What words less 32768 leave out of the sum.
+      const uint32_t sum =
+          static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
+      if (!of_12_bits) bias[i] = U32{} + (sum << 15);
+    }
+  }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic16::block(a, b));
+    if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::block(a, b));
+    const uint8_t* const own = own_is_b ? b : a;
+    const uint8_t* const other = own_is_b ? a : b;
+    return colours(own, load<U16>(own + kLanes + 2), other, load<U16>(other + kLanes + 2));
   }
   LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
-    return correct(Mosaic16::last_block(a, b));
+    if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::last_block(a, b));
+    const uint8_t* const own = own_is_b ? b : a;
+    const uint8_t* const other = own_is_b ? a : b;
+    return colours(own, load_edge16(own + kLanes), other, load_edge16(other + kLanes));
   }
 
  private:
-  LUM_INLINE Rgb8 correct(const Rgb16& p) const {
-    I16 lo[3], hi[3];
-    if (__builtin_expect(matrix.wide(), 0)) {
-      const Rgb16 v = wide(p, 255);
-      return {narrow(I16(v.r.lo), I16(v.r.hi)), narrow(I16(v.g.lo), I16(v.g.hi)),
-              narrow(I16(v.b.lo), I16(v.b.hi))};
-    }
-    sums(p, lo, hi, [](I32 first, I32 second) { return pack_sat(first, second); });
-    return {narrow(lo[0], hi[0]), narrow(lo[1], hi[1]), narrow(lo[2], hi[2])};
+  struct Words {
+    I16 c[3];
+  };
+  // (g1 + g2) >> 1 of the samples
+  static LUM_INLINE U16 mean(U16 g1, U16 g2) {
+    if constexpr (of_12_bits) return ((g1 + g2) >> 1) & static_cast<uint16_t>(~3);
+    return avg_down(g1, g2);
   }
+  static LUM_INLINE I16 as_signed(U16 v) { return I16(of_12_bits ? v : v ^ 0x8000); }
+
+  LUM_INLINE Words half(U16 own0, U16 own1, U16 other0, U16 other1) const {
+    const U16 green = mean(alternate(own1, own0), alternate(other0, other1));
+    const I16 even = as_signed(alternate(own0, U16(U32(green) << 16)));
+    const I16 odd = as_signed(U16(high_words(U32(own1), U32(green))));
+    const I16 third = as_signed(other0);
+    Words out;
+    for (int i = 0; i < 3; ++i) {
+      const U32 sum = of_12_bits ? U32(madd(third, second_third[i]))
+                                 : add_madd(bias[i], third, second_third[i]);
+      const I16 high =
+          high_words(add_madd(sum, even, first_green[i]), add_madd(sum, odd, first_green[i]));
+      out.c[i] = of_12_bits ? high : high >> 2;
+    }
+    return out;
+  }
+  // own1_hi, other1_hi: the upper half's samples one column on.
+  LUM_INLINE Rgb8 colours(const uint8_t* own, U16 own1_hi, const uint8_t* other,
+                          U16 other1_hi) const {
+    const Words lo =
+        half(load<U16>(own), load<U16>(own + 2), load<U16>(other), load<U16>(other + 2));
+    const Words hi = half(load<U16>(own + kLanes), own1_hi, load<U16>(other + kLanes), other1_hi);
+    return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
+  }
+  LUM_INLINE Rgb8 by_lanes(const Rgb16& p) const {
+    uint16_t in[3][kLanes];
+    uint8_t out[3][kLanes];
+    store(in[0], p.r);
+    store(in[1], p.g);
+    store(in[2], p.b);
+    each_lane(in[0], in[1], in[2], out[0], [this](int i, int r, int g, int b) {
+      return scalar.clamped(i, r, of_12_bits ? g & ~3 : g, b, 255);
+    });
+    return {load<U8>(out[0]), load<U8>(out[1]), load<U8>(out[2])};
+  }
+
+  ScalarMatrix scalar;
+  bool own_is_b;
+  I16 first_green[3], second_third[3];
+  U32 bias[3] = {};
 };
 
 }  // namespace

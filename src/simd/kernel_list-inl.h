@@ -149,6 +149,10 @@ constexpr Kernels make_kernels() {
   add<Source::mosaic8_corrected, Sink::uyvy, Mosaic8Corrected, Uyvy>(k);
   using Mosaic8Wrapped = Corrected8<MosaicPairs8, true>;
   add<Source::mosaic8_wrapped, Sink::mono8_rec601, Mosaic8Wrapped, Mono8<Rec601>>(k);
+  using Mosaic12CorrectedTo8 = MosaicWordsCorrectedTo8<true>;
+  add_colour<Source::mosaic12_corrected, Mosaic12CorrectedTo8>(k);
+  add<Source::mosaic12_corrected, Sink::uyvy, Mosaic12CorrectedTo8, Uyvy>(k);
+  using Mosaic16CorrectedTo8 = MosaicWordsCorrectedTo8<false>;
   add_colour<Source::mosaic16_corrected, Mosaic16CorrectedTo8>(k);
   add<Source::mosaic16_corrected, Sink::uyvy, Mosaic16CorrectedTo8, Uyvy>(k);
   using Mosaic16Corrected = Corrected16<Mosaic16>;

@@ -26,6 +26,7 @@ enum class Source : unsigned {
   cygm,               // two lines of a complementary mosaic: a holds cyan, yellow; b green, magenta
   mosaic8_corrected,  // mosaic8, then RowArgs::matrix
   mosaic8_wrapped,    // the same with sums of 32 bits, of which bits 10 to 25 count
+  mosaic12_corrected,  // mosaic16 of 12 bits that come shifted up by two, then RowArgs::matrix
   mosaic16_corrected,  // mosaic16, then RowArgs::matrix
   yuv411,              // U Y0 Y1 V Y2 Y3
   yuv422,              // U Y0 V Y1
@@ -43,7 +44,7 @@ enum class Source : unsigned {
   cygm_3x3_luma,   // the same, its luminance
   cygm_binned,     // blocks of two lines and columns, two samples a pixel
 };
-constexpr size_t kSourceCount = 26;
+constexpr size_t kSourceCount = 27;
 
 // What a row kernel writes; the values are those of LumSimpleImageFormat.
 enum class Sink : unsigned {
@@ -87,6 +88,7 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"cygm", 1, 1, 2, 2, Bound::arithmetic},
     {"mosaic8_corrected", 1, 1, 2, 2, Bound::writing},
     {"mosaic8_wrapped", 1, 1, 2, 2, Bound::arithmetic},
+    {"mosaic12_corrected", 1, 2, 2, 2, Bound::arithmetic},
     {"mosaic16_corrected", 1, 2, 2, 2, Bound::arithmetic},
     {"yuv411", 4, 6, 1, 4, Bound::memory},
     {"yuv422", 2, 4, 1, 2, Bound::memory},
@@ -163,7 +165,8 @@ struct RowArgs {
   // mono16, and where DirectKernels names it: 1 when the first byte of a word is its high byte.
   uint32_t big_endian = 0;
   // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes
-  // its row's sum >> scale, limited to what the sink holds; the scale of bytes is 10. Studio-range
+  // its row's sum >> scale, limited to what the sink holds. The scale of bytes is 10; of
+  // mosaic12_corrected 16, and of mosaic16_corrected to 8-bit sinks 18. Studio-range
   // YUV: four factors, as DirectKernels says.
   const int32_t* matrix = nullptr;
   uint32_t scale = 0;

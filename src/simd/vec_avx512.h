@@ -142,6 +142,10 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) {
   return u8(
       _mm512_mask_shuffle_epi8(m(odd), 0x5555555555555555, m(even), m(load<U8>(kUpperBytes.v))));
 }
+// The even words of the first, the odd ones of the second.
+LUM_INLINE U16 alternate(U16 even, U16 odd) {
+  return u16(_mm512_mask_blend_epi16(0xAAAAAAAA, m(U8(even)), m(U8(odd))));
+}
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 constexpr LaneTable kUpperWords = lane_table([](int i) { return i % 16 | 2; });
 LUM_INLINE I16 high_words(U32 even, U32 odd) {

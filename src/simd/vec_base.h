@@ -185,6 +185,10 @@ LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) {
 }
 // The upper bytes of both, side by side: even's, odd's, even's ...
 LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0xFF00)); }
+// The even words of the first, the odd ones of the second.
+LUM_INLINE U16 alternate(U16 even, U16 odd) {
+  return U16((U32(even) & 0x0000FFFFu) | (U32(odd) & 0xFFFF0000u));
+}
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) { return I16((even >> 16) | (odd & 0xFFFF0000u)); }
 // Words of the columns before: the last of the vector before and all but the last of this one; and

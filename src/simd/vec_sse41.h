@@ -96,6 +96,10 @@ LUM_INLINE I16 pack_sat(I32 lo, I32 hi) { return i16(_mm_packs_epi32(m(lo), m(hi
 LUM_INLINE U16 pack_sat_unsigned(I32 lo, I32 hi) { return u16(_mm_packus_epi32(m(lo), m(hi))); }
 // The upper bytes of both, side by side: even's, odd's, even's ...
 LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0xFF00)); }
+// The even words of the first, the odd ones of the second.
+LUM_INLINE U16 alternate(U16 even, U16 odd) {
+  return u16(_mm_blend_epi16(m(U8(even)), m(U8(odd)), 0xAA));
+}
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return i16(_mm_blend_epi16(m(U8(even >> 16)), m(U8(odd)), 0xAA));
