@@ -14,8 +14,8 @@ namespace lum {
 namespace {
 
 constexpr uint32_t kMatrixScale = 10;  // the coefficients' 1024
-// 12-bit and 16-bit samples to bytes: as many bits more.
-// Of samples that come shifted up by two bits, so that bits 16 to 31 of a sum are the colour.
+// 12-bit and 16-bit samples to bytes: as many bits more. The former come shifted up by two, so that
+// bits 16 to 31 of a sum are the colour.
 constexpr uint32_t kShift12To8 = 2, kScale12To8 = kMatrixScale + 4 + kShift12To8;
 constexpr uint32_t kScale16To8 = kMatrixScale + 8;
 
