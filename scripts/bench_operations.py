@@ -12,9 +12,9 @@ PORT_0 = r"v?p(madd|mul|dp)|v?ps(ll|rl|ra)[wdq]|v?ps(ll|rl|ra)v|vpsh[lr]d|vpabs"
 PORT_5 = (r"v?p(shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|ermt|cmp)|v?pack|"
           r"v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
 # The steps of the interpolating demosaics.
-STEPS = {"along_row", "down_column", "direction", "lcaa", "lcaav"}
-# Sources whose loop makes a block of each of two rows: those of kTakesTwo.
-TWO_ROWS = {"Mosaic8", "Mosaic8Pairs", "Mosaic16"}
+STEPS = {"along_row", "down_column", "direction", "lcaa", "lcaav", "pair_sums"}
+# Sources whose loop makes a block of each of two rows: those of kTakesTwo and kSharesB.
+TWO_ROWS = {"Mosaic8", "Mosaic8Pairs", "Mosaic16", "Cygm"}
 
 
 def functions(unit):
