@@ -152,16 +152,15 @@ void add_matrices(std::vector<Row>& rows) {
   add8(Source::mosaic8_corrected, Sink::uyvy);
   add8(Source::mosaic8_wrapped, Sink::mono8_rec601);
   Reduction packed = {Source::mono12_packed, Sink::mono16_rec601, {}};
-  packed.args.shift = 2;
-  add_deep("bayer12p-matrix", Sink::bgr24, packed, kMatrixScale + 4 + packed.args.shift,
-           Source::mosaic12_corrected);
+  packed.args.shift = kShift12To8;
+  add_deep("bayer12p-matrix", Sink::bgr24, packed, kScale12To8, Source::mosaic12_corrected);
   packed.args.shift = kShift12;
   add_deep("bayer12p-matrix", Sink::bgr48, packed, kMatrixScale);
   for (const Sink sink : {Sink::mono16_rec601, Sink::bgr48}) {
     add_deep("bayer12le-matrix", sink, reduce_mono16(sink, kShift12, 0), kMatrixScale);
   }
   add_deep("bayer12le-matrix", Sink::bgr24, reduce_mono16(Sink::mono16_rec601, kShift12, 0),
-           kMatrixScale + 8);
+           kScale16To8);
   for (const bool deep : {false, true}) {
     const Source source = deep ? Source::bgr48_corrected : Source::bgr24_corrected;
     const Sink sink = deep ? Sink::bgr48 : Sink::bgr24;

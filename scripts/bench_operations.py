@@ -13,7 +13,7 @@ PORT_5 = (r"v?p(shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|erm
           r"v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
 # The steps of the interpolating demosaics.
 STEPS = {"along_row", "down_column", "direction", "lcaa", "lcaav", "pair_sums"}
-# Sources whose loop makes a block of each of two rows: those of kTakesTwo and kSharesB.
+# Sources whose loop makes a block of each of two rows: those of kPairs.
 TWO_ROWS = {"Mosaic8", "Mosaic8Pairs", "Mosaic16", "Cygm"}
 
 

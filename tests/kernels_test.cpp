@@ -109,7 +109,10 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
     const bool twelve = source == Source::mosaic12_corrected;
     const bool words = source == Source::mosaic16_corrected || source == Source::bgr48_corrected;
     const int64_t top = words ? 65535 : twelve ? 16383 : 255;
-    const uint32_t least = twelve ? 16 : words && !deep ? 18 : 10, most = deep ? 18 : least;
+    const uint32_t least = twelve           ? kScale12To8
+                           : words && !deep ? kScale16To8
+                                            : 10,
+                   most = deep ? 18 : least;
     for (const test::Matrix& m : kMatrices) {
       args.matrix = m.data();
       for (args.scale = least; args.scale <= most; args.scale += 4) {
@@ -317,6 +320,29 @@ TEST_P(LevelTest, SwapsThreeByteOrdersInPlace) {
       reference::row(source, sink, expected.data(), before.data(), nullptr, count, {});
       table_->at(source, sink)(row, row, nullptr, count, {});
       ASSERT_TRUE(std::equal(expected.begin(), expected.end(), row)) << "width " << count;
+    }
+  }
+}
+
+// Frames prove the sums of level base, and that theirs are right; this, that the others make them
+// of the samples that are there.
+TEST_P(LevelTest, PairSumsReadTwoSamplesBeside) {
+  constexpr size_t kMost = 4 * 64, kSums = 4;
+  const Arena samples(kMost + 4), sums(kSums * kMost);
+  const auto base = kernels_of(Level::base)->demosaic.pair_sums;
+  for (size_t n = 64; n <= kMost; n += 64) {
+    for (const bool at_end : {false, true}) {
+      for (const uint32_t native : {0, 1}) {
+        uint8_t* const z = samples.place(n + 4, at_end) + 2;
+        uint8_t* const to = sums.place(kSums * n, at_end);
+        Random random(n + native);
+        test::fill(z - 2, n + 4, 0, random);
+        reference::Bytes expected(kSums * n);
+        const ptrdiff_t pitch = static_cast<ptrdiff_t>(n);
+        base(z, native, {&expected[0], &expected[2 * n], pitch}, n);
+        table_->demosaic.pair_sums(z, native, {to, to + 2 * n, pitch}, n);
+        ASSERT_TRUE(std::equal(expected.begin(), expected.end(), to)) << n << " samples";
+      }
     }
   }
 }

@@ -14,10 +14,8 @@ namespace lum {
 namespace {
 
 constexpr uint32_t kMatrixScale = 10;  // the coefficients' 1024
-// 12-bit and 16-bit samples to bytes: as many bits more. The former come shifted up by two, so that
-// bits 16 to 31 of a sum are the colour.
-constexpr uint32_t kShift12To8 = 2, kScale12To8 = kMatrixScale + 4 + kShift12To8;
-constexpr uint32_t kScale16To8 = kMatrixScale + 8;
+static_assert(kScale12To8 == kMatrixScale + 4 + kShift12To8 && kScale16To8 == kMatrixScale + 8,
+              "to bytes: as many bits more as samples have");
 
 bool is_deep(Sink sink) { return sink >= Sink::mono16_rec601; }
 

@@ -93,9 +93,7 @@ struct Corrected16 : Samples {
 //   own:    R0 G1 R2     even pixel: R0, G1 and G0', B1'     both have G1 and B1'
 //   other:  G0'B1'G2'     odd pixel: R2, G1 and G2', B1'
 //
-// The sums' upper halves lie side by side as the pixels do. Samples of 12 bits come shifted up by
-// two and with a scale of 16, so that these halves are the corrected colours; the scale of others
-// is 18.
+// The sums' upper halves lie side by side as the pixels do.
 template <bool of_12_bits>
 struct MosaicWordsCorrectedTo8 : Mosaic16 {
   explicit MosaicWordsCorrectedTo8(const RowArgs& args)
@@ -108,7 +106,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
       // What words less 32768 leave out of the sum.
       const uint32_t sum =
           static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
-      if (!of_12_bits) bias[i] = U32{} + (sum << 15);
+      if constexpr (!of_12_bits) bias[i] = U32{} + (sum << 15);
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
@@ -130,7 +128,8 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
   };
   // (g1 + g2) >> 1 of the samples
   static LUM_INLINE U16 mean(U16 g1, U16 g2) {
-    if constexpr (of_12_bits) return ((g1 + g2) >> 1) & static_cast<uint16_t>(~3);
+    if constexpr (of_12_bits)
+      return ((g1 + g2) >> 1) & static_cast<uint16_t>(0xFFFFu << kShift12To8);
     return avg_down(g1, g2);
   }
   static LUM_INLINE I16 as_signed(U16 v) { return I16(of_12_bits ? v : v ^ 0x8000); }
@@ -146,7 +145,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
                                  : add_madd(bias[i], third, second_third[i]);
       const I16 high =
           high_words(add_madd(sum, even, first_green[i]), add_madd(sum, odd, first_green[i]));
-      out.c[i] = of_12_bits ? high : high >> 2;
+      out.c[i] = of_12_bits ? high : high >> (kScale16To8 - 16);
     }
     return out;
   }
@@ -165,7 +164,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
     store(in[1], p.g);
     store(in[2], p.b);
     each_lane(in[0], in[1], in[2], out[0], [this](int i, int r, int g, int b) {
-      return scalar.clamped(i, r, of_12_bits ? g & ~3 : g, b, 255);
+      return scalar.clamped(i, r, of_12_bits ? g >> kShift12To8 << kShift12To8 : g, b, 255);
     });
     return {load<U8>(out[0]), load<U8>(out[1]), load<U8>(out[2])};
   }

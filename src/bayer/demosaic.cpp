@@ -32,9 +32,9 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
   return (f.red.column + f.red.row + y) & 1;
 }
 
-// What the pixels of a row in a strip of a frame are made of: its samples, fetched up to eight rows
-// at a time, and what they need of the rows around it. Pixels are made of `kReach` rows above and
-// below; prepare() is told of each row once, in order, before any row within its reach is written.
+// What the pixels of a row are made of, in a strip of a frame: its samples and what is needed of
+// `kReach` rows above and below, which place() tells. prepare() is called for each of the rows
+// once, in order, when its samples are there and before any row within its reach is written.
 using StripSamples = MirroredStrip<8, 4>;
 struct BilinearRows {
   static constexpr Source kSource = Source::bilinear;
@@ -168,7 +168,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const auto step = edge_aware ? k.lcaav : k.lcaa;
   const auto direction = edge_aware ? k.direction_and_activity : k.direction;
   // How far below the row that is written the differences along a row must be known, and how far
-  // samples are fetched: as in convert_in_one_step(), before they are needed.
+  // samples are fetched: as in convert_in_strips(), before they are needed.
   const int reach = edge_aware ? 3 : 1;
   constexpr int kAhead = 5;
   const size_t pixels = size_t{f.width} * f.height;

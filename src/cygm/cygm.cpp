@@ -50,23 +50,23 @@ void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* sr
   const size_t row_bytes = size_t{width} * kBytes;
   const uint32_t computed = height - 4;
   for (uint32_t y = 0; y < computed; y += 2) {
-    uint8_t* row = dst + y * row_bytes;
+    uint8_t* const row = dst + y * row_bytes;
     Lines lines = lines_of_rows(src, width, height, y);
     lines.args.rows = 2;
     kernel(row, lines.cyan_yellow, lines.green_magenta, width, lines.args);
     // Kept: the last pixel is not the copy of its neighbour that the kernel makes; its block takes
     // the sample that follows the row end in the buffer. A row of the four columns from width - 2
     // on has that pixel as its second; the fourth column is padding.
-    lines.args.rows = 1;
-    const uint8_t* const ends[2] = {lines.cyan_yellow + width - 2,
-                                    lines.cyan_yellow + 2 * size_t{width} - 2};
-    for (const uint8_t* end : ends) {
+    RowArgs alone = lines.args;
+    alone.rows = 1;
+    const uint8_t* from = lines.cyan_yellow + width - 2;
+    uint8_t* last = row + row_bytes - kBytes;
+    for (int i = 0; i < 2; ++i, from += width, last += row_bytes) {
       uint8_t a[4] = {}, b[4] = {}, pixels[4 * kBytes];
-      memcpy(a, end, 3);
+      memcpy(a, from, 3);
       memcpy(b, lines.green_magenta + width - 2, 3);
-      kernel(pixels, a, b, 4, lines.args);
-      row += row_bytes;
-      memcpy(row - kBytes, pixels + kBytes, kBytes);
+      kernel(pixels, a, b, 4, alone);
+      memcpy(last, pixels + kBytes, kBytes);
     }
   }
   // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2

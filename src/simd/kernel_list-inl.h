@@ -39,13 +39,13 @@ constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
 template <bool bgr>
 constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
 template <>
-constexpr bool kTakesTwo<Mosaic8> = true;
+constexpr Pairs kPairs<Mosaic8> = Pairs::by_turns;
 template <>
-constexpr bool kTakesTwo<Mosaic8Pairs> = true;
+constexpr Pairs kPairs<Mosaic8Pairs> = Pairs::by_turns;
 template <>
-constexpr bool kTakesTwo<Mosaic16> = true;
+constexpr Pairs kPairs<Mosaic16> = Pairs::by_turns;
 template <>
-constexpr bool kSharesB<Cygm> = true;
+constexpr Pairs kPairs<Cygm> = Pairs::of_one_b;
 
 template <Source source, Sink sink, class From, class To, bool in_place = false>
 constexpr void add(Kernels& k) {

@@ -153,6 +153,10 @@ inline ptrdiff_t distance(const uint8_t* from, const uint8_t* to) {
                                 reinterpret_cast<uintptr_t>(from));
 }
 
+// mosaic12_corrected and mosaic16_corrected to 8-bit sinks: RowArgs::scale. Samples of the former
+// come shifted up, so that bits 16 to 31 of a sum are the colour.
+constexpr uint32_t kShift12To8 = 2, kScale12To8 = 14 + kShift12To8, kScale16To8 = 18;
+
 // What a kernel needs to know beyond its rows; each source reads only what its comment names.
 struct RowArgs {
   // mosaics: 0 when column 0 of row a is red, 1 when column 1 is.
@@ -165,9 +169,8 @@ struct RowArgs {
   // mono16, and where DirectKernels names it: 1 when the first byte of a word is its high byte.
   uint32_t big_endian = 0;
   // The corrected sources: nine coefficients, rows R, G, B, columns R, G, B. Each colour becomes
-  // its row's sum >> scale, limited to what the sink holds. The scale of bytes is 10; of
-  // mosaic12_corrected 16, and of mosaic16_corrected to 8-bit sinks 18. Studio-range
-  // YUV: four factors, as DirectKernels says.
+  // its row's sum >> scale, limited to what the sink holds. The scale of bytes is 10, of
+  // words to 8-bit sinks as below. Studio-range YUV: four factors, as DirectKernels says.
   const int32_t* matrix = nullptr;
   uint32_t scale = 0;
   // 1 when a coefficient does not fit 16 bits or a sum may not fit 32.
@@ -175,12 +178,12 @@ struct RowArgs {
   ptrdiff_t pitch = 0;  // planes8: from R to G and from G to B, in bytes; paired_chroma: below
   // bilinear: where the rows above and below lie, in bytes from a; `column` is then the parity of
   // the columns that hold the row's own colour, and own_is_blue tells which that is. paired_chroma:
-  // the same of the sums `beside` of the rows above and below and of the sums `beyond` of the rows
-  // two away; `pitch` is that of PairSums. mosaic8_binned: a is the cells' row with red,
-  // whose column is `column`; `above` is where the red row across the cells lies, `below` their row
-  // with blue, `below2` the blue row across them. cygm_3x3, cygm_binned: where the lines above,
-  // below and two below lie; `matrix` then holds weights of the lines' chroma, rows R, G, B,
-  // columns above, here, below, two below.
+  // likewise, but above and below are where the sums `beside` of these rows lie, above2 and below2
+  // the sums `beyond` of those two away, and pitch is that of PairSums. mosaic8_binned: a is the
+  // cells' row with red, whose column is `column`; `above` is where the red row across the cells
+  // lies, `below` their row with blue, `below2` the blue row across them. cygm_3x3, cygm_binned:
+  // where the lines above, below and two below lie; `matrix` then holds weights of the lines'
+  // chroma, rows R, G, B, columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row

@@ -186,15 +186,14 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
 }
 
 // Whether two rows of a frame are taken together, as what a source row that both are made of is
-// loaded and sorted for serves both.
+// loaded and sorted for serves both: any number of rows, whose a and b are the shared one by turns,
+// or two rows that share b.
+enum class Pairs { none, by_turns, of_one_b };
 template <class Source>
-constexpr bool kTakesTwo = false;
-// Whether those two are all: the second one's b is the first one's, and its a follows.
-template <class Source>
-constexpr bool kSharesB = false;
+constexpr Pairs kPairs = Pairs::none;
 
 // Two rows of a frame from the source row `shared`, which is b of both or a of both, and one more
-// each.
+// each. All are prefetched as far ahead as a.
 template <class Source, class Sink, bool shares_b, class To>
 LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* shared, ptrdiff_t to_first,
                          ptrdiff_t to_second, size_t n, const RowArgs& args) {
@@ -234,7 +233,7 @@ LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* shared, pt
 // one.
 template <class Source>
 LUM_INLINE void to_next_row(const uint8_t*& a, const uint8_t*& b, size_t n) {
-  if constexpr (kSharesB<Source>) {
+  if constexpr (kPairs<Source> == Pairs::of_one_b) {
     a += source_bytes<Source>(n);
   } else if (Source::kRows == 2) {
     (a < b ? a : b) += 2 * source_bytes<Source>(n);
@@ -248,14 +247,14 @@ LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t
   const Source source(args);
   const size_t in_row = source_bytes<Source>(n), out_row = n * Sink::kPixelBytes;
   size_t rows = Source::kRows == 2 ? args.rows : 1;
-  if constexpr (kSharesB<Source>) {
+  if constexpr (kPairs<Source> == Pairs::of_one_b) {
     if (rows == 2) {
       const ptrdiff_t to_a = distance(b, a);
       two_rows<Source, Sink, true>(source, dst, b, to_a, to_a + static_cast<ptrdiff_t>(in_row), n,
                                    args);
       return;
     }
-  } else if constexpr (kTakesTwo<Source>) {
+  } else if constexpr (kPairs<Source> == Pairs::by_turns) {
     const ptrdiff_t row = static_cast<ptrdiff_t>(in_row);
     for (; rows >= 2; rows -= 2, dst = dst + 2 * out_row, a += 2 * in_row, b += 2 * in_row) {
       if (a < b) {
@@ -321,7 +320,7 @@ template <class Source, class Sink>
 size_t streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
                     const RowArgs& args) {
   // By turns only where a vector is a line: see PastCache.
-  if constexpr (kTakesTwo<Source> && kLanes == kCacheLine) {
+  if constexpr (kPairs<Source> == Pairs::by_turns && kLanes == kCacheLine) {
     if (args.rows > 1) {
       rows_of_frame<Source, Sink, false>(PastCache{dst}, a, b, n, args);
       return n;
