@@ -5,6 +5,23 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+// What words less 32768 leave out of the sum of a row of the matrix.
+LUM_INLINE U32 bias_of_row(const int32_t* m) {
+  const uint32_t sum =
+      static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
+  return U32{} + (sum << 15);
+}
+
+// Lane by lane: out[i * kLanes + x] = f(i, r, g, b).
+template <class Out, class F>
+LUM_INLINE void each_lane16(const Rgb16& p, Out* out, F f) {
+  uint16_t in[3][kLanes];
+  store(in[0], p.r);
+  store(in[1], p.g);
+  store(in[2], p.b);
+  each_lane(in[0], in[1], in[2], out, f);
+}
+
 // The matrix for words.
 class WordMatrix : public ScalarMatrix {
  public:
@@ -14,10 +31,7 @@ class WordMatrix : public ScalarMatrix {
     for (int i = 0; i < 3; ++i, m += 3) {
       red_green_[i] = I16(splat_words(m[0], m[1]));
       blue_[i] = I16(splat_words(m[2], 0));
-      // What words less 32768 leave out of the sum.
-      const uint32_t sum =
-          static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
-      bias_[i] = U32{} + (sum << 15);
+      bias_[i] = bias_of_row(m);
     }
   }
 
@@ -67,12 +81,9 @@ struct Corrected16 : Samples {
     }
   }
   LUM_INLINE Rgb16 by_lanes(const Rgb16& p) const {
-    uint16_t in[3][kLanes], out[3][kLanes];
-    store(in[0], p.r);
-    store(in[1], p.g);
-    store(in[2], p.b);
-    each_lane(in[0], in[1], in[2], out[0],
-              [this](int i, int r, int g, int b) { return matrix.clamped(i, r, g, b, 65535); });
+    uint16_t out[3][kLanes];
+    each_lane16(p, out[0],
+                [this](int i, int r, int g, int b) { return matrix.clamped(i, r, g, b, 65535); });
     return {load<Wide>(out[0]), load<Wide>(out[1]), load<Wide>(out[2])};
   }
 
@@ -103,10 +114,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
       const int32_t first = own_is_b ? m[2] : m[0], third = own_is_b ? m[0] : m[2];
       first_green[i] = I16(splat_words(first, m[1]));
       second_third[i] = I16(splat_words(0, third));
-      // What words less 32768 leave out of the sum.
-      const uint32_t sum =
-          static_cast<uint32_t>(m[0]) + static_cast<uint32_t>(m[1]) + static_cast<uint32_t>(m[2]);
-      if constexpr (!of_12_bits) bias[i] = U32{} + (sum << 15);
+      if constexpr (!of_12_bits) bias[i] = bias_of_row(m);
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
@@ -158,12 +166,8 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
     return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
   }
   LUM_INLINE Rgb8 by_lanes(const Rgb16& p) const {
-    uint16_t in[3][kLanes];
     uint8_t out[3][kLanes];
-    store(in[0], p.r);
-    store(in[1], p.g);
-    store(in[2], p.b);
-    each_lane(in[0], in[1], in[2], out[0], [this](int i, int r, int g, int b) {
+    each_lane16(p, out[0], [this](int i, int r, int g, int b) {
       return scalar.clamped(i, r, of_12_bits ? g >> kShift12To8 << kShift12To8 : g, b, 255);
     });
     return {load<U8>(out[0]), load<U8>(out[1]), load<U8>(out[2])};
