@@ -47,16 +47,17 @@ inline void copy_reversed(uint8_t* to, const uint8_t* from) {
 void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
 
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
-// on either side. The byte `aligned` before a row's first one begins a vector. Those of a narrow
+// on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a vector. Those of a narrow
 // frame lie close together: caches hold them best so, and there is little to be cleared at first,
 // as what lies behind a row may be read.
-template <int kRows, int kBeside, uint32_t columns = 4096, int aligned = 0>
+template <int kRows, int kBeside, uint32_t columns = 4096, int most_aligned = 0>
 class MirroredStrip {
  public:
   static constexpr uint32_t kColumns = columns;
 
-  explicit MirroredStrip(uint32_t width)
-      : pitch_((kAround + std::min(width, kColumns) + 63) / 64 * 64) {
+  explicit MirroredStrip(uint32_t width, int aligned = 0)
+      : before_(64 + static_cast<size_t>(aligned)),
+        pitch_((kAround + std::min(width, kColumns) + 63) / 64 * 64) {
     memset(rows_, 0, kRows * pitch_);
   }
 
@@ -76,13 +77,12 @@ class MirroredStrip {
   const uint8_t* operator[](int64_t y) const { return rows_ + offset(y); }
 
  private:
-  static constexpr int kBefore = 64 + aligned;
-  static constexpr size_t kAround = kBefore + 2 * kPaddedBytes;
+  static constexpr size_t kAround = 64 + most_aligned + 2 * kPaddedBytes;
 
-  size_t offset(int64_t y) const { return static_cast<size_t>(y & (kRows - 1)) * pitch_ + kBefore; }
+  size_t offset(int64_t y) const { return static_cast<size_t>(y & (kRows - 1)) * pitch_ + before_; }
   uint8_t* at(int64_t y) { return rows_ + offset(y); }
 
-  const size_t pitch_;
+  const size_t before_, pitch_;
   alignas(64) uint8_t rows_[kRows * ((kAround + kColumns + 63) / 64 * 64)];
 };
 

@@ -133,11 +133,13 @@ constexpr int kTile = 1024;
 constexpr int kBeside = 8;  // samples that are needed on either side of a tile
 static_assert(kBeside <= kTileMargin, "the margin holds them");
 constexpr int kMostStep = 32;  // words, of the widest level
-// Words of a half, from the margin on.
-constexpr int tile_words(int columns, int step) {
-  return round_up((kTileMargin + columns + kBeside + 1) / 2, step);
+// Words of a half, from the margin on. Where whole vectors end with the frame, nothing is needed
+// beside them.
+constexpr int tile_words(int margin, int columns, int step) {
+  const bool ends_with_frame = margin == 0 && columns % (2 * step) == 0;
+  return round_up((margin + columns + (ends_with_frame ? 0 : kBeside) + 1) / 2, step);
 }
-static_assert(tile_words(kTile, kMostStep) <= kMostTileWords, "room for a tile");
+static_assert(tile_words(kTileMargin, kTile, kMostStep) <= kMostTileWords, "room for a tile");
 constexpr int kRowWords = 3 * kTileSlack + 2 * kMostTileWords;
 constexpr ptrdiff_t kPlanePitch = 2 * kMostTileWords + 64;
 
@@ -152,6 +154,9 @@ struct Ring {
   int64_t used = N;
   int16_t* operator[](int64_t y) { return rows[y & (used - 1)] + kTileSlack; }
 };
+
+// A frame that is one tile needs no columns beside it but mirrored ones.
+int tile_margin(const MosaicFrame& f) { return f.width <= kTile ? 0 : kTileMargin; }
 
 using TileSamples = MirroredStrip<8, kBeside, kTile, kTileMargin>;
 struct TileRows {
@@ -175,9 +180,10 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
-  const size_t words = static_cast<size_t>(tile_words(static_cast<int>(n), k.step));
+  const int margin = tile_margin(f);
+  const size_t words = static_cast<size_t>(tile_words(margin, static_cast<int>(n), k.step));
 
-  const auto samples = [&](int64_t y) { return z[y] - kTileMargin; };
+  const auto samples = [&](int64_t y) { return z[y] - margin; };
   const auto fetch = [&](int64_t y) { z.fetch(y, source_row(f, y), f.width, x, n); };
   const auto add_row = [&](int64_t y) { k.along_row(samples(y), rows.qh[y], rows.ah3[y], words); };
   const auto add_columns = [&](int64_t y) {
@@ -219,7 +225,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     RowArgs args;
     const bool red = is_red_row(f, static_cast<uint32_t>(y));
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    const uint8_t* const planes = (red ? t.planes[0] : t.planes[2]) + kTileMargin;
+    const uint8_t* const planes = (red ? t.planes[0] : t.planes[2]) + margin;
     // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
     args.ahead_of_a = distance(planes, source_row(f, y + kAhead + 1) + x);
     args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
@@ -250,7 +256,7 @@ void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, Demosaic
     case DemosaicMode::lcaav:
       break;
   }
-  TileSamples z(frame.width);
+  TileSamples z(frame.width, tile_margin(frame));
   TileRows rows = {};
   for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, z, rows);
 }

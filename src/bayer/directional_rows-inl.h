@@ -24,10 +24,27 @@ LUM_INLINE void store_columns(int16_t* row, const Columns& v) {
   store(row + kOddColumns, v.odd);
 }
 
+// Samples mirror about the frame's first and last column, and so does all that is made of them.
+// Rows that begin and end with a frame go on so where a step looks beyond them; in rows that begin
+// or end elsewhere, what looks there is not needed.
+LUM_INLINE I16 before_first(I16 odd) { return I16{} + odd[0]; }
+LUM_INLINE I16 behind_last(I16 even) { return I16{} + even[kLanes / 2 - 1]; }
+LUM_INLINE void mirror_beside(int16_t* row, size_t words) {
+  int16_t *const odd = row + kOddColumns, *const end = row + words, *const odd_end = odd + words;
+  odd[-1] = odd[0];
+  row[-1] = row[1];
+  odd[-2] = odd[1];
+  end[0] = end[-1];
+  odd_end[0] = odd_end[-2];
+  end[1] = end[-2];
+}
+
 // Sums of three neighbours, made along with what is added: loads beside what has just been stored
 // would wait for it.
 class ColumnSums {
  public:
+  // Of rows whose second column has this.
+  explicit ColumnSums(int second) : last_{I16{}, I16{} + static_cast<int16_t>(second)} {}
   // v, which begins at word x, gives the sums of its even columns and those of the odd columns of
   // the vector before; finish() gives the last ones.
   LUM_INLINE void add(int16_t* sums, size_t x, const Columns& v) {
@@ -37,14 +54,16 @@ class ColumnSums {
     both_ = both;
     last_ = v;
   }
-  LUM_INLINE void finish(int16_t* sums, size_t words) const { store_odd(sums, words, I16{}); }
+  LUM_INLINE void finish(int16_t* sums, size_t words) const {
+    store_odd(sums, words, behind_last(last_.even));
+  }
 
  private:
   LUM_INLINE void store_odd(int16_t* sums, size_t x, I16 behind) const {
     store(sums + kOddColumns + x - kLanes / 2, both_ + words_behind(last_.even, behind));
   }
 
-  Columns last_ = {};
+  Columns last_;
   I16 both_ = {};
 };
 
@@ -53,12 +72,17 @@ LUM_INLINE I16 weighed(U8 samples, int even, int odd) {
   return madd(samples, I8(splat_pair(even, odd)));
 }
 
+LUM_INLINE int activity(int z0, int z1, int z3, int z4) {
+  const int change = z0 - z4 + 2 * (z3 - z1);
+  return change < 0 ? -change : change;
+}
+
 // Five samples in line, two before to two behind:
 //   p = z0 - 2 z1 + 2 z2 - 2 z3 + z4, sixteen times a colour difference after the low-pass that
 //   follows; a = |z0 - 2 z1 + 2 z3 - z4|, how much the line changes
 //   qh = 2 p(x) - p(x - 1) - p(x + 1), as one filter [-1 4 -7 8 -7 4 -1]
 inline void along_row(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words) {
-  ColumnSums sums;
+  ColumnSums sums(activity(z[-1], z[0], z[2], z[3]));
   for (size_t x = 0; x < words; x += kLanes / 2) {
     const uint8_t* const p = z + 2 * x;
     const U8 m4 = in_register(load<U8>(p - 4)), m2 = in_register(load<U8>(p - 2)),
@@ -85,7 +109,7 @@ LUM_INLINE I16 activity(I16 z0, I16 z1, I16 z3, I16 z4) {
 }
 
 inline void down_column(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words) {
-  ColumnSums sums;
+  ColumnSums sums(activity(z[0][1], z[1][1], z[3][1], z[4][1]));
   const uint8_t *const r0 = z[0], *const r1 = z[1], *const r2 = z[2], *const r3 = z[3],
                        *const r4 = z[4];
   for (size_t x = 0; x < words; x += kLanes / 2) {
@@ -146,6 +170,8 @@ void direction(const int16_t* const pv[3], const int16_t* const ah3[3], const in
     half(static_cast<ptrdiff_t>(x));
     half(static_cast<ptrdiff_t>(x) + kOddColumns);
   }
+  mirror_beside(qv, words);
+  mirror_beside(e, words);
 }
 
 // Differences of a pixel: to the colour that green pixels miss in their row (first) and to the one
@@ -344,8 +370,8 @@ LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
     write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), chosen(Half::native(share), v.native),
                        chosen(Half::green(share), v.green));
   };
-  I16 odd_before = {};
   NativeAndGreen here = both_of<Half>(t, 0);
+  I16 odd_before = before_first(Half::odd(here.native.calm, here.green.calm));
   size_t x = kLanes / 2;
   for (; x < t.words; x += kLanes / 2) {
     const NativeAndGreen next = both_of<Half>(t, x);
@@ -353,7 +379,8 @@ LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
     odd_before = Half::odd(here.native.calm, here.green.calm);
     here = next;
   }
-  write(x - kLanes / 2, odd_before, here, I16{});
+  write(x - kLanes / 2, odd_before, here,
+        behind_last(Half::even(here.native.calm, here.green.calm)));
 }
 
 template <class Half>
@@ -371,6 +398,7 @@ LUM_INLINE void lcaav_in_two_passes(const DemosaicTile& t) {
     keep(x + Half::kNative, native_of<Half>(t, word, s));
     keep(x + Half::kGreen, green_of<Half>(t, word, s));
   }
+  mirror_beside(t.work[4], t.words);
   for (size_t word = 0; word < t.words; word += kLanes / 2) {
     const ptrdiff_t x = static_cast<ptrdiff_t>(word);
     const auto of = [&](ptrdiff_t own, ptrdiff_t other, ptrdiff_t beside) {

@@ -215,8 +215,9 @@ constexpr size_t kPaddedBytes = 64;
 
 // The steps of the interpolating demosaics. They work on rows of a column tile: samples as bytes,
 // everything else as words, those of the even columns and kOddColumns behind them those of the odd
-// ones. Every pointer is at column -kTileMargin, aligned to 64 bytes. Words can be read for
-// kTileSlack beyond either end of a half, bytes for twice as many.
+// ones. Every pointer is at the first column that is computed, aligned to 64 bytes: the tile's, where
+// that is the whole width of a frame, else kTileMargin columns before it. Words can be read and
+// written for kTileSlack beyond either end of a half, bytes for twice as many.
 constexpr int kTileMargin = 16;
 constexpr int kTileSlack = 32;
 constexpr int kMostTileWords = 544;  // of a half
