@@ -46,44 +46,63 @@ inline void copy_reversed(uint8_t* to, const uint8_t* from) {
 // instruction, which is slow to start.
 void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
 
+// Rows by number: N of them, a power of two, and row y + N is in the place of row y.
+template <class T, int N>
+class RowRing {
+ public:
+  void place(int64_t y, T* row) { rows_[y] = rows_[y + N] = row; }  // of 0 to N - 1
+  T* operator[](int64_t y) const { return *from(y); }
+  // Rows y, y + 1 ... y + N - 1 in order.
+  T* const* from(int64_t y) const { return rows_ + (y & (N - 1)); }
+
+ private:
+  T* rows_[2 * N];
+};
+
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
-// on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a vector. Those of a narrow
-// frame lie close together: caches hold them best so, and there is little to be cleared at first,
-// as what lies behind a row may be read.
+// on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a
+// vector. Those of a narrow frame lie close together: caches hold them best so, and there is little
+// to be cleared at first, as what lies behind a row may be read.
 template <int kRows, int kBeside, uint32_t columns = 4096, int most_aligned = 0>
 class MirroredStrip {
  public:
   static constexpr uint32_t kColumns = columns;
 
-  explicit MirroredStrip(uint32_t width, int aligned = 0)
-      : before_(64 + static_cast<size_t>(aligned)),
-        pitch_((kAround + std::min(width, kColumns) + 63) / 64 * 64) {
-    memset(rows_, 0, kRows * pitch_);
+  explicit MirroredStrip(uint32_t width, int aligned = 0) : width_(width) {
+    const size_t pitch = (kAround + std::min(width, kColumns) + 63) / 64 * 64;
+    memset(bytes_, 0, kRows * pitch);
+    for (int i = 0; i < kRows; ++i) rows_.place(i, bytes_ + i * pitch + 64 + aligned);
   }
 
-  // Columns x to x + n - 1 of a row and those beside them.
-  void fetch(int64_t y, const uint8_t* row, uint32_t width, uint32_t x, uint32_t n) {
-    uint8_t* const to = at(y);
-    const uint32_t rest = width - x - n;
-    if (width <= kBeside || (rest > 0 && rest < kBeside)) {
-      copy_mirrored(to - kBeside, row, width, int64_t{x} - kBeside, int64_t{n} + 2 * kBeside);
+  // From now on columns x to x + n - 1 of rows are fetched, and those beside them.
+  void begin(uint32_t x, uint32_t n) {
+    const uint32_t rest = width_ - x - n;
+    x_ = x;
+    n_ = n;
+    before_ = x == 0 ? 0 : kBeside;
+    behind_ = rest == 0 ? 0 : kBeside;
+    few_ = width_ <= kBeside || (rest > 0 && rest < kBeside);
+  }
+  void fetch(int64_t y, const uint8_t* row) {
+    uint8_t* const to = rows_[y];
+    if (few_) {
+      copy_mirrored(to - kBeside, row, width_, int64_t{x_} - kBeside, int64_t{n_} + 2 * kBeside);
       return;
     }
-    const uint32_t before = x == 0 ? 0 : kBeside, behind = rest == 0 ? 0 : kBeside;
-    copy_bytes(to - before, row + x - before, before + n + behind);
-    if (before == 0) copy_reversed<kBeside>(to - kBeside, row + 1);
-    if (behind == 0) copy_reversed<kBeside>(to + n, row + width - 1 - kBeside);
+    copy_bytes(to - before_, row + x_ - before_, before_ + n_ + behind_);
+    if (before_ == 0) copy_reversed<kBeside>(to - kBeside, row + 1);
+    if (behind_ == 0) copy_reversed<kBeside>(to + n_, row + width_ - 1 - kBeside);
   }
-  const uint8_t* operator[](int64_t y) const { return rows_ + offset(y); }
+  const uint8_t* operator[](int64_t y) const { return rows_[y]; }
 
  private:
   static constexpr size_t kAround = 64 + most_aligned + 2 * kPaddedBytes;
 
-  size_t offset(int64_t y) const { return static_cast<size_t>(y & (kRows - 1)) * pitch_ + before_; }
-  uint8_t* at(int64_t y) { return rows_ + offset(y); }
-
-  const size_t before_, pitch_;
-  alignas(64) uint8_t rows_[kRows * ((kAround + kColumns + 63) / 64 * 64)];
+  const uint32_t width_;
+  uint32_t x_ = 0, n_ = 0, before_ = 0, behind_ = 0;
+  bool few_ = false;
+  RowRing<uint8_t, kRows> rows_;
+  alignas(64) uint8_t bytes_[kRows * ((kAround + kColumns + 63) / 64 * 64)];
 };
 
 }  // namespace lum

@@ -59,17 +59,23 @@ class PairedChromaRows {
       : samples(width),
         pitch_(kPaddedBytes + round_up<size_t>(std::min(width, kColumns), kPaddedBytes)) {
     memset(sums_, 0, kRows * pitch_);
+    uint8_t* sums = sums_;
+    for (int i = 0; i < kBeyondRows; ++i, sums += 2 * pitch_) {
+      beyond_[i] = beyond_[i + kBeyondRows] = sums;
+    }
+    for (int i = 0; i < kBesideRows; ++i, sums += 2 * pitch_) beside_.place(i, sums);
   }
   void prepare(const Kernels& kernels, int64_t y, uint32_t native, size_t n) {
-    kernels.demosaic.pair_sums(samples[y], native, {beside(y), beyond(y), pitch()},
+    newest_ = newest_ == kBeyondRows - 1 ? 0 : newest_ + 1;
+    kernels.demosaic.pair_sums(samples[y], native, {beside_[y], beyond_[newest_], pitch()},
                                round_up(n, kPaddedBytes));
   }
-  void place(int64_t y, RowArgs& args) {
+  void place(int64_t y, RowArgs& args) const {
     const uint8_t* const here = samples[y];
-    args.above = distance(here, beside(y - 1));
-    args.below = distance(here, beside(y + 1));
-    args.above2 = distance(here, beyond(y - 2));
-    args.below2 = distance(here, beyond(y + 2));
+    args.above = distance(here, beside_[y - 1]);
+    args.below = distance(here, beside_[y + 1]);
+    args.above2 = distance(here, beyond_[newest_ + 1]);
+    args.below2 = distance(here, beyond_[newest_]);
     args.pitch = pitch();
   }
 
@@ -78,15 +84,16 @@ class PairedChromaRows {
  private:
   static constexpr uint32_t kColumns = StripSamples::kColumns;
   // As many rows as are needed when the last one is prepared, with the sums of its neighbours.
-  static constexpr int64_t kBeyondRows = 2 * kReach + 1, kBesideRows = kReach + 2;
+  static constexpr int kBeyondRows = 2 * kReach + 1, kBesideRows = kReach + 2;
   static constexpr size_t kRows = 2 * (kBeyondRows + kBesideRows);
 
   ptrdiff_t pitch() const { return static_cast<ptrdiff_t>(pitch_); }
-  uint8_t* sums(int64_t row) { return sums_ + 2 * pitch_ * static_cast<size_t>(row); }
-  uint8_t* beyond(int64_t y) { return sums((y + kBeyondRows) % kBeyondRows); }
-  uint8_t* beside(int64_t y) { return sums(kBeyondRows + (y + kBesideRows) % kBesideRows); }
 
   const size_t pitch_;
+  RowRing<uint8_t, kBesideRows> beside_;
+  // In the order of rows, again and again: behind the newest one comes the oldest.
+  uint8_t* beyond_[2 * kBeyondRows];
+  int newest_ = 0;
   alignas(64) uint8_t sums_[kRows * (kColumns + kPaddedBytes)];
 };
 
@@ -103,26 +110,26 @@ void convert_in_strips(const Kernels& kernels, const MosaicFrame& f) {
 
   for (uint32_t x = 0; x < f.width; x += kColumns) {
     const uint32_t n = std::min(kColumns, f.width - x);
-    const auto fetch = [&](int64_t y, const uint8_t* row) {
-      rows.samples.fetch(y, row, f.width, x, n);
-    };
+    rows.samples.begin(x, n);
     const auto prepare = [&](int64_t y) {
       rows.prepare(kernels, y, native_column(f, static_cast<uint32_t>(y)), n);
     };
-    for (int64_t y = -kReach; y < kAhead; ++y) fetch(y, source_row(f, y));
+    for (int64_t y = -kReach; y < kAhead; ++y) rows.samples.fetch(y, source_row(f, y));
     for (int64_t y = -kReach; y < kReach; ++y) prepare(y);
     RowArgs args;
     const uint8_t* ahead = source_row(f, kAhead);
-    for (uint32_t row = 0; row < f.height; ++row) {
+    uint8_t* dst = destination(f, x, 0);
+    const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
+    for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
       const int64_t y = row;
-      fetch(y + kAhead, ahead);
+      rows.samples.fetch(y + kAhead, ahead);
       ahead = source_row(f, y + kAhead + 1);
       prepare(y + kReach);
       rows.place(y, args);
       args.column = native_column(f, row);
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
       args.ahead_of_a = distance(rows.samples[y], ahead + x);
-      write(destination(f, x, row), rows.samples[y], nullptr, n, args);
+      write(dst, rows.samples[y], nullptr, n, args);
     }
   }
 }
@@ -149,10 +156,17 @@ using WordRow = int16_t[kRowWords];
 // The last rows of something, by row number: N of them or fewer, powers of two. Fewer stay in the
 // first-level cache.
 template <int N>
-struct Ring {
-  alignas(64) WordRow rows[N];
-  int64_t used = N;
-  int16_t* operator[](int64_t y) { return rows[y & (used - 1)] + kTileSlack; }
+class WordRows {
+ public:
+  explicit WordRows(int used = N) {
+    for (int i = 0; i < N; ++i) ring_.place(i, words_[i & (used - 1)] + kTileSlack);
+  }
+  int16_t* operator[](int64_t y) const { return ring_[y]; }
+  const int16_t* const* from(int64_t y) const { return ring_.from(y); }
+
+ private:
+  RowRing<int16_t, N> ring_;
+  alignas(64) WordRow words_[N];
 };
 
 // A frame that is one tile needs no columns beside it but mirrored ones.
@@ -160,14 +174,16 @@ int tile_margin(const MosaicFrame& f) { return f.width <= kTile ? 0 : kTileMargi
 
 using TileSamples = MirroredStrip<8, kBeside, kTile, kTileMargin>;
 struct TileRows {
-  Ring<8> qh, ah3;
-  Ring<4> pv, av3;
+  explicit TileRows(DemosaicMode mode)
+      : qh(mode == DemosaicMode::lcaav ? 8 : 4), ah3(mode == DemosaicMode::lcaav ? 8 : 4) {}
+  WordRows<8> qh, ah3;
+  WordRows<4> pv, av3;
   alignas(64) WordRow qv, e, act, work[5];
   alignas(64) uint8_t planes[3 * kPlanePitch];
 };
 
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
-                  TileSamples& z, TileRows& rows) {
+                  TileSamples& samples, TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
   const bool edge_aware = mode == DemosaicMode::lcaav;
   const auto step = edge_aware ? k.lcaav : k.lcaa;
@@ -183,17 +199,15 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const int margin = tile_margin(f);
   const size_t words = static_cast<size_t>(tile_words(margin, static_cast<int>(n), k.step));
 
-  const auto samples = [&](int64_t y) { return z[y] - margin; };
-  const auto fetch = [&](int64_t y) { z.fetch(y, source_row(f, y), f.width, x, n); };
-  const auto add_row = [&](int64_t y) { k.along_row(samples(y), rows.qh[y], rows.ah3[y], words); };
+  RowRing<const uint8_t, 8> z;
+  for (int i = 0; i < 8; ++i) z.place(i, samples[i] - margin);
+  const auto add_row = [&](int64_t y) { k.along_row(z[y], rows.qh[y], rows.ah3[y], words); };
   const auto add_columns = [&](int64_t y) {
-    const uint8_t* const five[5] = {samples(y - 2), samples(y - 1), samples(y), samples(y + 1),
-                                    samples(y + 2)};
-    k.down_column(five, rows.pv[y], rows.av3[y], words);
+    k.down_column(z.from(y - 2), rows.pv[y], rows.av3[y], words);
   };
 
-  rows.qh.used = rows.ah3.used = edge_aware ? 8 : 4;
-  for (int64_t y = -3; y < kAhead; ++y) fetch(y);
+  samples.begin(x, n);
+  for (int64_t y = -3; y < kAhead; ++y) samples.fetch(y, source_row(f, y));
   for (int64_t y = -reach; y <= reach; ++y) add_row(y);
   add_columns(-1);
   add_columns(0);
@@ -205,31 +219,31 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   for (int i = 0; i < 3; ++i) t.planes[i] = rows.planes + i * kPlanePitch;
   t.words = words;
 
-  for (int64_t y = 0; y < f.height; ++y) {
-    fetch(y + kAhead);
+  RowArgs args;
+  // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
+  const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
+  args.write_ahead = static_cast<ptrdiff_t>(dst_pitch);
+  const uint8_t* ahead = source_row(f, kAhead);
+  uint8_t* dst = destination(f, x, 0);
+  for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
+    const int64_t y = row;
+    samples.fetch(y + kAhead, ahead);
+    ahead = source_row(f, y + kAhead + 1);
     add_columns(y + 1);
-    const int16_t* const pv[3] = {rows.pv[y - 1], rows.pv[y], rows.pv[y + 1]};
-    const int16_t* const ah3[3] = {rows.ah3[y - 1], rows.ah3[y], rows.ah3[y + 1]};
-    const int16_t* const av3[3] = {rows.av3[y - 1], rows.av3[y], rows.av3[y + 1]};
-    direction(pv, ah3, av3, rows.qv + kTileSlack, rows.e + kTileSlack, rows.act + kTileSlack,
-              words);
+    direction(rows.pv.from(y - 1), rows.ah3.from(y - 1), rows.av3.from(y - 1), rows.qv + kTileSlack,
+              rows.e + kTileSlack, rows.act + kTileSlack, words);
     add_row(y + reach + 1);  // here, so that the direction is stored when its neighbours are read
-    for (int i = 0; i < 7; ++i) {
-      t.z[i] = samples(y + i - 3);
-      t.qh[i] = rows.qh[y + i - 3];
-    }
-    t.native = native_column(f, static_cast<uint32_t>(y));
+    t.z = z.from(y - 3);
+    t.qh = rows.qh.from(y - 3);
+    t.native = native_column(f, row);
     step(t);
 
     // The own colour is red or blue: the planes are read forwards or backwards.
-    RowArgs args;
-    const bool red = is_red_row(f, static_cast<uint32_t>(y));
-    args.pitch = red ? kPlanePitch : -kPlanePitch;
+    const bool red = is_red_row(f, row);
     const uint8_t* const planes = (red ? t.planes[0] : t.planes[2]) + margin;
-    // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
-    args.ahead_of_a = distance(planes, source_row(f, y + kAhead + 1) + x);
-    args.write_ahead = static_cast<ptrdiff_t>(f.width * pixel_bytes(f.sink));
-    write(destination(f, x, static_cast<uint32_t>(y)), planes, nullptr, n, args);
+    args.pitch = red ? kPlanePitch : -kPlanePitch;
+    args.ahead_of_a = distance(planes, ahead + x);
+    write(dst, planes, nullptr, n, args);
   }
 }
 
@@ -257,7 +271,7 @@ void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, Demosaic
       break;
   }
   TileSamples z(frame.width, tile_margin(frame));
-  TileRows rows = {};
+  TileRows rows(mode);
   for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, z, rows);
 }
 

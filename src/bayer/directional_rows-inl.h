@@ -147,7 +147,23 @@ LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far, int shift) 
   return I16(U16(e) << shift);
 }
 
-// Copies of the pointers, which a store cannot change.
+// Copies of the pointers, which a store cannot change: of a tile, and of three rows.
+struct Tile {
+  explicit LUM_INLINE Tile(const DemosaicTile& t)
+      : z{t.z[0], t.z[1], t.z[2], t.z[3], t.z[4], t.z[5], t.z[6]},
+        qh{t.qh[0], t.qh[1], t.qh[2], t.qh[3], t.qh[4], t.qh[5], t.qh[6]},
+        qv(t.qv),
+        e(t.e),
+        act(t.act),
+        work{t.work[0], t.work[1], t.work[2], t.work[3], t.work[4]},
+        words(t.words),
+        planes{t.planes[0], t.planes[1], t.planes[2]} {}
+  const uint8_t* z[7];
+  const int16_t *qh[7], *qv, *e, *act;
+  int16_t* work[5];
+  size_t words;
+  uint8_t* planes[3];
+};
 struct Rows3 {
   explicit Rows3(const int16_t* const rows[3]) : above(rows[0]), here(rows[1]), below(rows[2]) {}
   const int16_t *above, *here, *below;
@@ -201,8 +217,8 @@ struct Halves {
 // With d1 = (first + 8) >> 4 and d2 alike:
 //   native: N = z, G = z - d1, O = G + d2     green: N = z - d1, G = z, O = G - d2
 template <class Half>
-LUM_INLINE void write_planes(const DemosaicTile& t, size_t x, const Columns& z,
-                             const Differences& native, const Differences& green) {
+LUM_INLINE void write_planes(const Tile& t, size_t x, const Columns& z, const Differences& native,
+                             const Differences& green) {
   const I16 native_z = Half::native(z), green_z = Half::green(z);
   const I16 g = native_z - rounded(native.first, 4);
   store(t.planes[0] + 2 * x, Half::bytes(native_z, green_z - rounded(green.first, 4)));
@@ -219,7 +235,7 @@ LUM_INLINE Differences mixed(I16 w, const Differences& along, const Differences&
 }
 
 template <class Half>
-LUM_INLINE void lcaa_row(const DemosaicTile& t) {
+LUM_INLINE void lcaa_row(const Tile& t) {
   for (size_t x = 0; x < t.words; x += kLanes / 2) {
     const auto row = [&](ptrdiff_t half) -> Differences {
       return {at(t.qh[3] + half, x), negated_average(at(t.qh[2] + half, x), at(t.qh[4] + half, x))};
@@ -240,12 +256,11 @@ LUM_INLINE void lcaa_row(const DemosaicTile& t) {
   }
 }
 
-inline void lcaa(const DemosaicTile& tile) {
-  const DemosaicTile t = tile;  // or each store might change its pointers
+inline void lcaa(const DemosaicTile& t) {
   if (t.native == 0) {
-    lcaa_row<Halves<true>>(t);
+    lcaa_row<Halves<true>>(Tile(t));
   } else {
-    lcaa_row<Halves<false>>(t);
+    lcaa_row<Halves<false>>(Tile(t));
   }
 }
 
@@ -291,7 +306,7 @@ LUM_INLINE Differences chosen(I16 share, const SharpAndSmooth& v) {
 // Native or green pixels: `own` is their half of the rows and `other` that of the pixels beside
 // them. The samples beside are left and right, or the other way round.
 template <bool is_native>
-LUM_INLINE SharpAndSmooth sharp_and_smooth(const DemosaicTile& t, size_t word, ptrdiff_t own,
+LUM_INLINE SharpAndSmooth sharp_and_smooth(const Tile& t, size_t word, ptrdiff_t own,
                                            ptrdiff_t other, ptrdiff_t beside, I16 z, I16 z_above,
                                            I16 z_below, I16 z_beside, I16 z_beyond) {
   const ptrdiff_t x = static_cast<ptrdiff_t>(word);
@@ -331,19 +346,19 @@ struct Samples {
   const uint8_t* p;
   Columns z, above, below;
 };
-LUM_INLINE Samples samples_of(const DemosaicTile& t, size_t x) {
+LUM_INLINE Samples samples_of(const Tile& t, size_t x) {
   return {t.z[3] + 2 * x, load_columns(t.z[3] + 2 * x), load_columns(t.z[2] + 2 * x),
           load_columns(t.z[4] + 2 * x)};
 }
 template <class Half>
-LUM_INLINE SharpAndSmooth native_of(const DemosaicTile& t, size_t x, const Samples& s) {
+LUM_INLINE SharpAndSmooth native_of(const Tile& t, size_t x, const Samples& s) {
   return sharp_and_smooth<true>(t, x, Half::kNative, Half::kGreen, Half::kBesideNative,
                                 Half::native(s.z), Half::native(s.above), Half::native(s.below),
                                 Half::green(s.z),
                                 Half::green(load_columns(s.p + 2 * Half::kBesideNative)));
 }
 template <class Half>
-LUM_INLINE SharpAndSmooth green_of(const DemosaicTile& t, size_t x, const Samples& s) {
+LUM_INLINE SharpAndSmooth green_of(const Tile& t, size_t x, const Samples& s) {
   return sharp_and_smooth<false>(t, x, Half::kGreen, Half::kNative, Half::kBesideGreen,
                                  Half::green(s.z), Half::green(s.above), Half::green(s.below),
                                  Half::native(s.z),
@@ -356,12 +371,12 @@ struct NativeAndGreen {
   SharpAndSmooth native, green;
 };
 template <class Half>
-LUM_INLINE NativeAndGreen both_of(const DemosaicTile& t, size_t x) {
+LUM_INLINE NativeAndGreen both_of(const Tile& t, size_t x) {
   const Samples s = samples_of(t, x);
   return {native_of<Half>(t, x, s), green_of<Half>(t, x, s)};
 }
 template <class Half>
-LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
+LUM_INLINE void lcaav_at_once(const Tile& t) {
   const auto write = [&](size_t x, I16 odd_before, const NativeAndGreen& v, I16 even_behind) {
     const I16 even = Half::even(v.native.calm, v.green.calm);
     const I16 odd = Half::odd(v.native.calm, v.green.calm);
@@ -384,7 +399,7 @@ LUM_INLINE void lcaav_at_once(const DemosaicTile& t) {
 }
 
 template <class Half>
-LUM_INLINE void lcaav_in_two_passes(const DemosaicTile& t) {
+LUM_INLINE void lcaav_in_two_passes(const Tile& t) {
   const auto keep = [&t](ptrdiff_t x, const SharpAndSmooth& v) {
     store(t.work[0] + x, v.sharp.first);
     store(t.work[1] + x, v.sharp.second);
@@ -414,7 +429,7 @@ LUM_INLINE void lcaav_in_two_passes(const DemosaicTile& t) {
 }
 
 template <class Half>
-LUM_INLINE void lcaav_row(const DemosaicTile& t) {
+LUM_INLINE void lcaav_row(const Tile& t) {
   if constexpr (kManyRegisters) {
     lcaav_at_once<Half>(t);
   } else {
@@ -422,12 +437,11 @@ LUM_INLINE void lcaav_row(const DemosaicTile& t) {
   }
 }
 
-inline void lcaav(const DemosaicTile& tile) {
-  const DemosaicTile t = tile;  // or each store might change its pointers
+inline void lcaav(const DemosaicTile& t) {
   if (t.native == 0) {
-    lcaav_row<Halves<true>>(t);
+    lcaav_row<Halves<true>>(Tile(t));
   } else {
-    lcaav_row<Halves<false>>(t);
+    lcaav_row<Halves<false>>(Tile(t));
   }
 }
 

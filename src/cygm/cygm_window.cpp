@@ -12,8 +12,8 @@
 namespace lum {
 namespace {
 
-// Rows y - 1 .. y + 2; of the two bytes beside them a kernel may use the nearer one.
-using Strip = MirroredStrip<4, 2>;
+// Of the two bytes beside a row a kernel may use the nearer one.
+using Strip = MirroredStrip<8, 2>;
 
 // The chroma D of a line, and the lines above and below it: how often it counts in P and in Q, of
 // which P + Q is 32 times the red difference to luminance and Q - P the blue one.
@@ -55,24 +55,31 @@ constexpr Weights weights(const Shares& shares, bool is_top) {
 // on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
+  // Lines are fetched long before they are read: a load of what has just been stored in pieces, at
+  // the sides of a line, would wait.
+  constexpr int64_t kAhead = 4;
   Strip strip(width);
+  const auto source_line = [&](int64_t y) {
+    const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
+    return src + size_t{line / 2 + (line % 2 == 0 ? height / 2 : 0)} * width;
+  };
   for (uint32_t x = 0; x < width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, width - x);
-    const auto source_line = [&](int64_t y) {
-      const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
-      return src + size_t{line / 2 + (line % 2 == 0 ? height / 2 : 0)} * width;
-    };
-    const auto fetch = [&](int64_t y) { strip.fetch(y, source_line(y), width, x, n); };
-    fetch(-1);
-    fetch(0);
-    for (uint32_t y = 0; y < height; y += step) {
-      for (uint32_t ahead = 1; ahead <= step; ++ahead) fetch(int64_t{y} + ahead);
-      RowArgs args;
+    strip.begin(x, n);
+    for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_line(y));
+    const uint8_t* ahead = source_line(kAhead);
+    RowArgs args;
+    for (uint32_t line = 0; line < height; line += step) {
+      const int64_t y = line;
+      for (uint32_t i = 0; i < step; ++i) {
+        strip.fetch(y + kAhead + i, ahead);
+        ahead = source_line(y + kAhead + i + 1);
+      }
       args.above = strip[y - 1] - strip[y];
       args.below = strip[y + 1] - strip[y];
       args.below2 = strip[y + 2] - strip[y];
-      args.ahead_of_a = distance(strip[y], source_line(int64_t{y} + step + 1) + x);
-      f(x, y, n, strip[y], args);
+      args.ahead_of_a = distance(strip[y], ahead + x);
+      f(x, line, n, strip[y], args);
     }
   }
 }
@@ -93,7 +100,7 @@ void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uin
                       uint32_t width, uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3, sink);
   each_line(src, width, height, 1,
-            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
               const Weights w = weights(kWindow[y % 4], y == 0);
               args.matrix = w.w[0];
               kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), line, nullptr, n, args);
@@ -105,7 +112,7 @@ void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const 
   const RowWriter write(kernels, Source::cygm_binned, sink, size_t{width} * height,
                         size_t{width / 2} * (height / 2));
   each_line(src, width, height, 2,
-            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
               const Weights w = weights(kBlock[y % 4 / 2], y == 0);
               args.matrix = w.w[0];
               const size_t at = size_t{y / 2} * (width / 2) + x / 2;
@@ -117,7 +124,7 @@ void convert_cygm_to_luma(const Kernels& kernels, uint8_t* dst, const uint8_t* s
                           uint32_t height) {
   const RowKernel kernel = kernels.at(Source::cygm_3x3_luma, Sink::mono8_rec601);
   each_line(src, width, height, 1,
-            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs args) {
+            [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
               kernel(dst + size_t{y} * width + x, line, nullptr, n, args);
             });
 }

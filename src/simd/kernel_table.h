@@ -215,9 +215,9 @@ constexpr size_t kPaddedBytes = 64;
 
 // The steps of the interpolating demosaics. They work on rows of a column tile: samples as bytes,
 // everything else as words, those of the even columns and kOddColumns behind them those of the odd
-// ones. Every pointer is at the first column that is computed, aligned to 64 bytes: the tile's, where
-// that is the whole width of a frame, else kTileMargin columns before it. Words can be read and
-// written for kTileSlack beyond either end of a half, bytes for twice as many.
+// ones. Every pointer is at the first column that is computed, aligned to 64 bytes: the tile's,
+// where that is the whole width of a frame, else kTileMargin columns before it. Words can be read
+// and written for kTileSlack beyond either end of a half, bytes for twice as many.
 constexpr int kTileMargin = 16;
 constexpr int kTileSlack = 32;
 constexpr int kMostTileWords = 544;  // of a half
@@ -225,15 +225,15 @@ constexpr ptrdiff_t kOddColumns = kTileSlack + kMostTileWords;
 
 // Index 3 of z and qh is row y, the one that is written.
 struct DemosaicTile {
-  const uint8_t* z[7];   // samples, rows y - 3 .. y + 3
-  const int16_t* qh[7];  // differences along the row, rows y - 3 .. y + 3
-  const int16_t* qv;     // differences down the column, row y
-  const int16_t* e;      // direction, row y: 0..-4 << 12, the latter for smooth along the row
-  const int16_t* act;    // activity, row y; for lcaav alone
-  int16_t* work[5];      // rows for the kernel's own use, where registers are few
-  uint32_t native;       // parity of the columns of row y that hold the row's own colour
-  size_t words;          // of a half, to compute
-  uint8_t* planes[3];    // the row's own colour N, green G, the other colour O
+  const uint8_t* const* z;   // samples, rows y - 3 .. y + 3
+  const int16_t* const* qh;  // differences along the row, rows y - 3 .. y + 3
+  const int16_t* qv;         // differences down the column, row y
+  const int16_t* e;          // direction, row y: 0..-4 << 12, the latter for smooth along the row
+  const int16_t* act;        // activity, row y; for lcaav alone
+  int16_t* work[5];          // rows for the kernel's own use, where registers are few
+  uint32_t native;           // parity of the columns of row y that hold the row's own colour
+  size_t words;              // of a half, to compute
+  uint8_t* planes[3];        // the row's own colour N, green G, the other colour O
 };
 
 // What the samples of a row add to 32 times the colour differences of the rows above and below it
