@@ -69,10 +69,14 @@ RowMemory row_memory(Source source, size_t n, uint64_t seed, RowArgs& args) {
     args.pitch = pitch;
     return {padded, 0};
   }
-  if (source == Source::bilinear) {  // as in the border rows, above and below may be the same
-    args.above = seed % 3 == 0 ? pitch : -pitch;
-    args.below = seed % 3 == 1 ? -pitch : pitch;
-    return {padded + 2, static_cast<size_t>(pitch) + 2};
+  if (source == Source::bilinear) {
+    // Three rows of a frame, or parts of them with two samples more. As in the border rows, above
+    // and below may be the same.
+    const size_t before = args.begins != 0 ? 0 : 2, behind = args.ends != 0 ? 0 : 2;
+    const ptrdiff_t apart = static_cast<ptrdiff_t>(before + n + behind);
+    args.above = seed % 3 == 0 ? apart : -apart;
+    args.below = seed % 3 == 1 ? -apart : apart;
+    return {3 * static_cast<size_t>(apart), static_cast<size_t>(apart) + before};
   }
   if (source == Source::paired_chroma) {  // the row, two samples before it, and eight of words
     args.above = seed % 3 == 0 ? -4 * pitch : 4 * pitch;
@@ -128,7 +132,15 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
       args.matrix = weights;
       out.push_back(args);
     }
-  } else if (source == Source::bilinear || source == Source::paired_chroma) {
+  } else if (source == Source::bilinear) {
+    for (const uint32_t bits : {0, 1, 2, 3, 5, 6, 10, 13}) {
+      args.column = bits & 1;
+      args.own_is_blue = bits >> 1 & 1;
+      args.begins = 1 - (bits >> 2 & 1);
+      args.ends = 1 - (bits >> 3);
+      out.push_back(args);
+    }
+  } else if (source == Source::paired_chroma) {
     for (args.own_is_blue = 0; args.own_is_blue < 2; ++args.own_is_blue) {
       for (args.column = 0; args.column < 2; ++args.column) out.push_back(args);
     }

@@ -272,8 +272,10 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
       pixels.resize(n);
       for (size_t x = 0; x < n; ++x) {
         const uint8_t *own = a + x, *up = own + args.above, *down = own + args.below;
-        const int h = own[-1] + own[1], v = up[0] + down[0];
-        const int d = up[-1] + up[1] + down[-1] + down[1];
+        const ptrdiff_t left = x == 0 && args.begins != 0 ? 1 : -1;
+        const ptrdiff_t right = x == n - 1 && args.ends != 0 ? -1 : 1;
+        const int h = own[left] + own[right], v = up[0] + down[0];
+        const int d = up[left] + up[right] + down[left] + down[right];
         const bool native = x % 2 == args.column;
         const int n_own = native ? own[0] : (h + 1) >> 1,
                   other = native ? (d + 2) >> 2 : (v + 1) >> 1;

@@ -32,28 +32,36 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
   return (f.red.column + f.red.row + y) & 1;
 }
 
-// What the pixels of a row are made of, in a strip of a frame: its samples and what is needed of
-// `kReach` rows above and below, which place() tells. prepare() is called for each of the rows
-// once, in order, when its samples are there and before any row within its reach is written.
-using StripSamples = MirroredStrip<8, 4>;
-struct BilinearRows {
-  static constexpr Source kSource = Source::bilinear;
-  static constexpr int kReach = 1;
-  explicit BilinearRows(uint32_t width) : samples(width) {}
-  void prepare(const Kernels&, int64_t, uint32_t, size_t) {}
-  void place(int64_t y, RowArgs& args) const {
-    args.above = samples[y - 1] - samples[y];
-    args.below = samples[y + 1] - samples[y];
+// From the frame's rows as they lie.
+void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
+  const size_t pixels = size_t{f.width} * f.height;
+  const RowWriter write(kernels, Source::bilinear, f.sink, pixels, pixels);
+  const ptrdiff_t pitch = f.width;
+  const uint8_t* src = f.src;
+  uint8_t* dst = f.dst;
+  RowArgs args;
+  args.ahead_of_a = pitch + kPrefetchDistance;
+  for (uint32_t y = 0; y < f.height; ++y) {
+    args.above = y == 0 ? pitch : -pitch;
+    args.below = y == f.height - 1 ? -pitch : pitch;
+    args.column = native_column(f, y);
+    args.own_is_blue = is_red_row(f, y) ? 0 : 1;
+    write(dst, src, nullptr, f.width, args);
+    src += f.width;
+    dst += f.width * pixel_bytes(f.sink);
   }
+}
 
-  StripSamples samples;
-};
+using StripSamples = MirroredStrip<8, 4>;
 
+// What the pixels of a row are made of, in a strip of a frame: its samples and sums of `kReach`
+// rows above and below, which place() tells. prepare() is called for each of the rows once, in
+// order, when its samples are there and before any row within its reach is written.
+//
 // A row adds the same to the rows above and below it, and the same to those two away, so that its
 // samples are weighed once. The sums of narrow frames lie close together, as caches hold them best.
 class PairedChromaRows {
  public:
-  static constexpr Source kSource = Source::paired_chroma;
   static constexpr int kReach = 2;
   explicit PairedChromaRows(uint32_t width)
       : samples(width),
@@ -97,16 +105,14 @@ class PairedChromaRows {
   alignas(64) uint8_t sums_[kRows * (kColumns + kPaddedBytes)];
 };
 
-// The two demosaics that go from samples to pixels in one step, strip by strip.
-template <class Rows>
-void convert_in_strips(const Kernels& kernels, const MosaicFrame& f) {
+void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
   // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
   // the sides of a row, would wait.
-  constexpr int kReach = Rows::kReach, kAhead = 4;
+  constexpr int kReach = PairedChromaRows::kReach, kAhead = 4;
   constexpr uint32_t kColumns = StripSamples::kColumns;
-  Rows rows(f.width);
+  PairedChromaRows rows(f.width);
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, Rows::kSource, f.sink, pixels, pixels);
+  const RowWriter write(kernels, Source::paired_chroma, f.sink, pixels, pixels);
 
   for (uint32_t x = 0; x < f.width; x += kColumns) {
     const uint32_t n = std::min(kColumns, f.width - x);
@@ -189,7 +195,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const auto step = edge_aware ? k.lcaav : k.lcaa;
   const auto direction = edge_aware ? k.direction_and_activity : k.direction;
   // How far below the row that is written the differences along a row must be known, and how far
-  // samples are fetched: as in convert_in_strips(), before they are needed.
+  // samples are fetched: as in convert_paired_chroma(), before they are needed.
   const int reach = edge_aware ? 3 : 1;
   constexpr int kAhead = 5;
   const size_t pixels = size_t{f.width} * f.height;
@@ -261,10 +267,10 @@ uint32_t demosaic(DemosaicMode mode, uint8_t* dst, const uint8_t* src, uint32_t 
 void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, DemosaicMode mode) {
   switch (mode) {
     case DemosaicMode::bilinear:
-      convert_in_strips<BilinearRows>(kernels, frame);
+      convert_bilinear(kernels, frame);
       return;
     case DemosaicMode::yuv422:
-      convert_in_strips<PairedChromaRows>(kernels, frame);
+      convert_paired_chroma(kernels, frame);
       return;
     case DemosaicMode::lcaa:
     case DemosaicMode::lcaav:

@@ -39,7 +39,7 @@ LUM_INLINE U8 average4(U8 a, U8 b, U8 c, U8 d) {
 struct Bilinear {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 2;
   static constexpr int kRows = 1;
-  static constexpr bool kEdge = false, kPadded = true;
+  static constexpr bool kEdge = false, kPadded = false;
   explicit Bilinear(const RowArgs& args)
       : native(even_lanes(args.column)),
         above(args.above),
@@ -51,11 +51,34 @@ struct Bilinear {
     const uint8_t* const up = a + above;
     const uint8_t* const down = a + below;
     // In registers, or g++ would load them for each operation: half of these loads cross a line.
-    const U8 z = in_register(load<U8>(a));
     const U8 left = in_register(load<U8>(a - 1)), right = in_register(load<U8>(a + 1));
-    const U8 n = in_register(load<U8>(up)), s = in_register(load<U8>(down));
-    const U8 mean = average4(n, s, choose(native, left, load<U8>(up + across)),
-                             choose(native, right, load<U8>(down + across)));
+    return pixels(in_register(load<U8>(a)), left, right, in_register(load<U8>(up)),
+                  in_register(load<U8>(down)), load<U8>(up + across), load<U8>(down + across));
+  }
+  LUM_INLINE Rgb8 side_block(const uint8_t* a, bool begins, bool ends) const {
+    const uint8_t* const up = a + above;
+    const uint8_t* const down = a + below;
+    const U8 z = load<U8>(a), n = load<U8>(up), s = load<U8>(down);
+    const U8 left = begins ? byte_before(z) : load<U8>(a - 1);
+    const U8 right = ends ? byte_behind(z) : load<U8>(a + 1);
+    if (across < 0 && begins) {
+      return pixels(z, left, right, n, s, pair_before(n), pair_before(s));
+    }
+    if (across > 0 && ends) return pixels(z, left, right, n, s, pair_behind(n), pair_behind(s));
+    return pixels(z, left, right, n, s, load<U8>(up + across), load<U8>(down + across));
+  }
+
+ private:
+  // Samples moved by a pair of columns: beyond the side the nearest pair, of which the green lanes
+  // need the sample that is mirrored about the side's column.
+  static LUM_INLINE U8 pair_before(U8 v) { return U8(words_before(splat_first(I16(v)), I16(v))); }
+  static LUM_INLINE U8 pair_behind(U8 v) { return U8(words_behind(I16(v), splat_last(I16(v)))); }
+  // Samples moved by a column: likewise.
+  static LUM_INLINE U8 byte_before(U8 v) { return U8((U16(v) << 8) | (U16(pair_before(v)) >> 8)); }
+  static LUM_INLINE U8 byte_behind(U8 v) { return U8((U16(v) >> 8) | (U16(pair_behind(v)) << 8)); }
+
+  LUM_INLINE Rgb8 pixels(U8 z, U8 left, U8 right, U8 n, U8 s, U8 n_across, U8 s_across) const {
+    const U8 mean = average4(n, s, choose(native, left, n_across), choose(native, right, s_across));
     const U8 mean_of_pair = U8(ordered(U16(mean), exchanged));
     const U8 own = choose(native, z, avg_up(left, right));
     const U8 green = choose(native, mean, z);

@@ -27,8 +27,6 @@ LUM_INLINE void store_columns(int16_t* row, const Columns& v) {
 // Samples mirror about the frame's first and last column, and so does all that is made of them.
 // Rows that begin and end with a frame go on so where a step looks beyond them; in rows that begin
 // or end elsewhere, what looks there is not needed.
-LUM_INLINE I16 before_first(I16 odd) { return I16{} + odd[0]; }
-LUM_INLINE I16 behind_last(I16 even) { return I16{} + even[kLanes / 2 - 1]; }
 LUM_INLINE void mirror_beside(int16_t* row, size_t words) {
   int16_t *const odd = row + kOddColumns, *const end = row + words, *const odd_end = odd + words;
   odd[-1] = odd[0];
@@ -55,7 +53,7 @@ class ColumnSums {
     last_ = v;
   }
   LUM_INLINE void finish(int16_t* sums, size_t words) const {
-    store_odd(sums, words, behind_last(last_.even));
+    store_odd(sums, words, splat_last(last_.even));
   }
 
  private:
@@ -386,7 +384,7 @@ LUM_INLINE void lcaav_at_once(const Tile& t) {
                        chosen(Half::green(share), v.green));
   };
   NativeAndGreen here = both_of<Half>(t, 0);
-  I16 odd_before = before_first(Half::odd(here.native.calm, here.green.calm));
+  I16 odd_before = splat_first(Half::odd(here.native.calm, here.green.calm));
   size_t x = kLanes / 2;
   for (; x < t.words; x += kLanes / 2) {
     const NativeAndGreen next = both_of<Half>(t, x);
@@ -395,7 +393,7 @@ LUM_INLINE void lcaav_at_once(const Tile& t) {
     here = next;
   }
   write(x - kLanes / 2, odd_before, here,
-        behind_last(Half::even(here.native.calm, here.green.calm)));
+        splat_last(Half::even(here.native.calm, here.green.calm)));
 }
 
 template <class Half>

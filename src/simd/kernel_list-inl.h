@@ -39,6 +39,8 @@ constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
 template <bool bgr>
 constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
 template <>
+constexpr bool kMirrors<Bilinear> = true;
+template <>
 constexpr Pairs kPairs<Mosaic8> = Pairs::by_turns;
 template <>
 constexpr Pairs kPairs<Mosaic8Pairs> = Pairs::by_turns;

@@ -186,6 +186,9 @@ struct RowArgs {
   // chroma, rows R, G, B, columns above, here, below, two below.
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
+  // bilinear: whether the row begins and ends with the frame's, beyond which samples are mirrored;
+  // else two more are read there.
+  uint32_t begins = 1, ends = 1;
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
   // a and b are by turns. cygm: one or two, from a and from what follows it, both with b.
   size_t rows = 1;

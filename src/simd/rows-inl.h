@@ -91,6 +91,45 @@ LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
   if (edge) memcpy(in + n, in + n - 2 * sample_bytes, sample_bytes);
 }
 
+// Whether pixels are also made of their neighbours in a row, of up to two columns beside it, and of
+// rows above and below it; beyond the sides of a frame columns are mirrored. Such a source has
+//   side_block(a, begins, ends)  a block at the row's sides: of the frame, if it begins or ends
+//   there
+template <class Source>
+constexpr bool kMirrors = false;
+
+// Few samples of the rows that a source of mirrored ones needs, with what is beside them.
+template <class Source>
+struct FewMirrored {
+  static constexpr size_t kBefore = kLanes, kPitch = 3 * kLanes;
+  FewMirrored(const RowArgs& args, const uint8_t* a, size_t n) {
+    for (size_t i = 0; i < sizeof bytes; i += kLanes) store(bytes + i, U8{});
+    copy(0, a + args.above, n, args);
+    copy(1, a, n, args);
+    copy(2, a + args.below, n, args);
+  }
+  const uint8_t* row() const { return bytes + kPitch + kBefore; }
+  static RowArgs apart(RowArgs args) {
+    args.above = -static_cast<ptrdiff_t>(kPitch);
+    args.below = kPitch;
+    return args;
+  }
+
+ private:
+  void copy(size_t index, const uint8_t* from, size_t n, const RowArgs& args) {
+    uint8_t* const to = bytes + index * kPitch + kBefore;
+    const size_t before = args.begins != 0 ? 0 : 2, behind = args.ends != 0 ? 0 : 2;
+    copy_few<kLanes + 4>(to - before, from - before, before + n + behind);
+    // In this order: of two samples each is mirrored twice.
+    if (before == 0) to[-1] = to[1];
+    if (behind == 0) to[n] = to[n - 2];
+    if (before == 0) to[-2] = to[2];
+    if (behind == 0) to[n + 1] = to[static_cast<ptrdiff_t>(n) - 3];
+  }
+
+  alignas(64) uint8_t bytes[3 * kPitch];
+};
+
 // Fewer pixels than a block: through a block of their own on the stack. It has a source of its own:
 // were it given the row's, each store of the row's loop might change that one.
 template <class Source, class Sink>
@@ -101,7 +140,10 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
   constexpr size_t kSampleBytes = Source::kGroupBytes / Source::kGroupPixels;
   alignas(64) uint8_t out[kLanes * Sink::kPixelBytes];
   if (Sink::kKeeps) copy_few<sizeof out>(out, dst, n * Sink::kPixelBytes);
-  if constexpr (Source::kPadded) {
+  if constexpr (kMirrors<Source>) {
+    const FewMirrored<Source> few(args, a, n);
+    Sink::store_block(out, Source(few.apart(args)).block(few.row(), nullptr));
+  } else if constexpr (Source::kPadded) {
     Sink::store_block(out, source.block(a, b));
   } else {
     constexpr size_t kRoom = (kBlockBytes + 2 + kLanes - 1) / kLanes * kLanes;
@@ -158,9 +200,38 @@ LUM_INLINE void rest_of_row(const Source& source, PastCache dst, const uint8_t* 
 
 LUM_INLINE void prefetch_write(PastCache, ptrdiff_t) {}
 
+// A row, kLanes pixels or more, of a source of mirrored samples.
+template <class Source, class Sink, class To>
+LUM_INLINE void mirrored_row(const Source& source, To dst, const uint8_t* a, size_t n, bool begins,
+                             bool ends, const RowArgs& args) {
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
+  const size_t last = n - kLanes;
+  size_t x = 0;
+  if (begins) {
+    Sink::store_block(dst, source.side_block(a, true, ends && last == 0));
+    x = kLanes;
+  }
+  for (const size_t end = ends ? last : last + 1; x < end; x += kLanes) {
+    const uint8_t* const from = a + x;
+    const To to = dst + x * Sink::kPixelBytes;
+    for (size_t line = 0; line < kIn; line += 64) prefetch_read(from + line, ahead_of_a);
+    for (size_t line = 0; line < kOut; line += 64) prefetch_write(to + line, write_ahead);
+    Sink::store_block(to, source.block(from, nullptr));
+  }
+  if (x < n) {  // some of the pixels for the second time
+    Sink::store_block(dst + last * Sink::kPixelBytes, source.side_block(a + last, false, ends));
+  }
+}
+
 template <class Source, class Sink, bool in_place, class To>
 LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const uint8_t* b, size_t n,
                         const RowArgs& args) {
+  if constexpr (kMirrors<Source>) {
+    mirrored_row<Source, Sink>(source, dst, a, n, args.begins != 0, args.ends != 0, args);
+    return;
+  }
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
@@ -301,6 +372,12 @@ __attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
   const size_t count = streamed_pixels(n);
+  if constexpr (kMirrors<Source>) {
+    if (count == 0) return 0;
+    mirrored_row<Source, Sink>(source, PastCache{dst}, a, count, args.begins != 0,
+                               args.ends != 0 && count == n, args);
+    return count;
+  }
   const size_t last = Source::kEdge && count == n && n > 0 ? n - kLanes : count;
   for (size_t x = 0; x < last; x += kLanes) {
     for (size_t line = 0; line < kIn; line += 64) {

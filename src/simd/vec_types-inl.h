@@ -112,6 +112,10 @@ LUM_INLINE U16 splat_words(int v0, int v1) {
   return U16(U32{} + (static_cast<uint16_t>(v0) | uint32_t{static_cast<uint16_t>(v1)} << 16));
 }
 
+// A vector's first and its last word, in all lanes.
+LUM_INLINE I16 splat_first(I16 v) { return I16{} + v[0]; }
+LUM_INLINE I16 splat_last(I16 v) { return I16{} + v[kLanes / 2 - 1]; }
+
 // Whether a dozen weights and as many samples stay in registers together.
 constexpr bool kManyRegisters = kLanes == 64;
 
