@@ -114,9 +114,10 @@ TEST(Demosaic, KnownAnswers) { expect_known_answers(actual_rgb); }
 // Every level through the frame loop beneath the entry points.
 TEST(Demosaic, EveryLevelWritesWhatTheReferenceWrites) {
   // Widths about the multiples of the tiles and of the strips that the work is cut into.
-  const Size sizes[] = {{2, 2},   {2, 4},   {4, 2},    {4, 4},    {6, 6},    {8, 8},    {18, 2},
-                        {2, 18},  {66, 10}, {130, 6},  {254, 4},  {256, 10}, {258, 8},  {262, 4},
-                        {272, 4}, {42, 6},  {522, 12}, {1030, 6}, {4098, 4}, {4100, 6}, {8198, 4}};
+  const Size sizes[] = {{2, 2},    {2, 4},    {4, 2},    {4, 4},    {6, 6},   {8, 8},
+                        {18, 2},   {2, 18},   {66, 10},  {130, 6},  {254, 4}, {256, 10},
+                        {258, 8},  {262, 4},  {272, 4},  {42, 6},   {64, 8},  {522, 12},
+                        {1024, 6}, {1030, 6}, {4098, 4}, {4100, 6}, {8198, 4}};
   static const DemosaicMode kInternal[] = {DemosaicMode::bilinear, DemosaicMode::lcaa,
                                            DemosaicMode::lcaav, DemosaicMode::yuv422};
   unsigned kind = 0;

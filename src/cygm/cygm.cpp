@@ -28,6 +28,35 @@ Lines lines_of_rows(const uint8_t* src, uint32_t width, uint32_t height, uint32_
   return lines;
 }
 
+// The last pixels of the older form's rows `begin` to `end` - 1, at most kRowsAtOnce, from a
+// multiple of 4 on. Kept: such a pixel is not the copy of its neighbour that the kernel makes; its
+// block takes the sample that follows the row end in the buffer. Rows with the same order of green
+// and magenta lend four columns each to one row, from width - 2 on, which has that pixel as their
+// second; the fourth column is padding.
+constexpr uint32_t kRowsAtOnce = 32;
+void convert_last_column(RowKernel kernel, uint8_t* dst, const uint8_t* src, uint32_t width,
+                         uint32_t height, uint32_t begin, uint32_t end) {
+  constexpr size_t kColumns = 4, kBytes = 3, kMost = kRowsAtOnce / 2 * kColumns;
+  for (uint32_t first = begin; first < begin + 4 && first < end; first += 2) {
+    uint8_t a[kMost] = {}, b[kMost] = {}, pixels[kMost * kBytes];
+    size_t n = 0;
+    for (uint32_t y = first; y < end; y += 4) {
+      const Lines lines = lines_of_rows(src, width, height, y);
+      for (size_t row = 0; row < 2; ++row, n += kColumns) {
+        memcpy(a + n, lines.cyan_yellow + (row + 1) * width - 2, 3);
+        memcpy(b + n, lines.green_magenta + width - 2, 3);
+      }
+    }
+    kernel(pixels, a, b, n, lines_of_rows(src, width, height, first).args);
+    const uint8_t* pixel = pixels + kBytes;
+    for (uint32_t y = first; y < end; y += 4) {
+      for (size_t row = 0; row < 2; ++row, pixel += kColumns * kBytes) {
+        memcpy(dst + ((y + row + 1) * width - 1) * kBytes, pixel, kBytes);
+      }
+    }
+  }
+}
+
 }  // namespace
 
 void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
@@ -54,19 +83,10 @@ void convert_cygm_to_bgr(const Kernels& kernels, uint8_t* dst, const uint8_t* sr
     Lines lines = lines_of_rows(src, width, height, y);
     lines.args.rows = 2;
     kernel(row, lines.cyan_yellow, lines.green_magenta, width, lines.args);
-    // Kept: the last pixel is not the copy of its neighbour that the kernel makes; its block takes
-    // the sample that follows the row end in the buffer. A row of the four columns from width - 2
-    // on has that pixel as its second; the fourth column is padding.
-    RowArgs alone = lines.args;
-    alone.rows = 1;
-    const uint8_t* from = lines.cyan_yellow + width - 2;
-    uint8_t* last = row + row_bytes - kBytes;
-    for (int i = 0; i < 2; ++i, from += width, last += row_bytes) {
-      uint8_t a[4] = {}, b[4] = {}, pixels[4 * kBytes];
-      memcpy(a, from, 3);
-      memcpy(b, lines.green_magenta + width - 2, 3);
-      kernel(pixels, a, b, 4, alone);
-      memcpy(last, pixels + kBytes, kBytes);
+    const uint32_t done = y + 2;
+    if (done % kRowsAtOnce == 0 || done == computed) {
+      const uint32_t begin = (done - 1) / kRowsAtOnce * kRowsAtOnce;
+      convert_last_column(kernel, dst, src, width, height, begin, done);
     }
   }
   // Kept: the last rows repeat what was computed, the very last is not written, and a width of 2
