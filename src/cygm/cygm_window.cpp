@@ -39,8 +39,7 @@ constexpr Share kColours[3] = {{1821, 2509}, {161, -1995}, {-5604, 3686}};
 struct Weights {
   int32_t w[3][kLines];
 };
-// Above line 0 the mirrored line 1 stands for one with green and magenta the other way round.
-constexpr Weights weights(const Shares& shares, bool is_top) {
+constexpr Weights weights(const Shares& shares, bool is_top = false) {
   Weights result{};
   for (int colour = 0; colour < 3; ++colour) {
     for (int line = 0; line < kLines; ++line) {
@@ -50,6 +49,14 @@ constexpr Weights weights(const Shares& shares, bool is_top) {
   }
   return result;
 }
+
+// By line number modulo 4, and of line 0, above which the mirrored line 1 stands for one with green
+// and magenta the other way round.
+constexpr Weights kWindowWeights[5] = {weights(kWindow[0]), weights(kWindow[1]),
+                                       weights(kWindow[2]), weights(kWindow[3]),
+                                       weights(kWindow[0], true)};
+constexpr Weights kBlockWeights[3] = {weights(kBlock[0]), weights(kBlock[1]),
+                                      weights(kBlock[0], true)};
 
 // Calls f(x, y, n, line, args) for lines y = 0, step, 2 step ... of every strip of n columns from x
 // on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
@@ -101,8 +108,7 @@ void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uin
   const RowKernel kernel = kernels.at(Source::cygm_3x3, sink);
   each_line(src, width, height, 1,
             [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
-              const Weights w = weights(kWindow[y % 4], y == 0);
-              args.matrix = w.w[0];
+              args.matrix = kWindowWeights[y == 0 ? 4 : y % 4].w[0];
               kernel(dst + (size_t{y} * width + x) * pixel_bytes(sink), line, nullptr, n, args);
             });
 }
@@ -113,8 +119,7 @@ void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const 
                         size_t{width / 2} * (height / 2));
   each_line(src, width, height, 2,
             [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
-              const Weights w = weights(kBlock[y % 4 / 2], y == 0);
-              args.matrix = w.w[0];
+              args.matrix = kBlockWeights[y == 0 ? 2 : y % 4 / 2].w[0];
               const size_t at = size_t{y / 2} * (width / 2) + x / 2;
               write(dst + at * pixel_bytes(sink), line, nullptr, n / 2, args);
             });
