@@ -39,6 +39,20 @@ constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
 template <bool bgr>
 constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
 template <>
+constexpr bool kFewInstructions<Mono8Source> = true;
+template <>
+constexpr bool kFewInstructions<Mono12Packed> = true;
+template <>
+constexpr bool kFewInstructions<Mono16High> = true;
+template <>
+constexpr bool kFewInstructions<Mono16To8> = true;
+template <>
+constexpr bool kFewInstructions<Mono16To16> = true;
+template <class Layout>
+constexpr bool kFewInstructions<YuvLuma<Layout>> = true;
+template <>
+constexpr bool kFewInstructions<Yuv411To422> = true;
+template <>
 constexpr bool kMirrors<Bilinear> = true;
 template <>
 constexpr Pairs kPairs<Mosaic8> = Pairs::by_turns;

@@ -225,6 +225,34 @@ LUM_INLINE void mirrored_row(const Source& source, To dst, const uint8_t* a, siz
   }
 }
 
+// Whether a source takes so few instructions that the loop counts, which has those of prefetching.
+// They are for whole lines: short vectors make several blocks between them.
+template <class Source>
+constexpr bool kFewInstructions = false;
+template <class Source>
+constexpr int kBlocksAtOnce =
+    kFewInstructions<Source>&& kShufflesBytes&& kLanes < 32 ? 64 / kLanes : 1;
+
+template <int count, class Source, class Sink, class To>
+LUM_INLINE void blocks(const Source& source, To dst, const uint8_t* a, const uint8_t* b,
+                       const RowArgs& args) {
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  for (size_t line = 0; line < count * kIn; line += 64) {
+    prefetch_read(a + line, args.ahead_of_a);
+    if (Source::kRows == 2) prefetch_read(b + line, args.ahead_of_b);
+  }
+  if (!Sink::kKeeps || kPrefetchesKept<Source>) {
+    for (size_t line = 0; line < count * kOut; line += 64) {
+      prefetch_write(dst + line, args.write_ahead);
+    }
+  }
+  for (size_t i = 0; i < count; ++i) {
+    const uint8_t* const second = Source::kRows == 2 ? b + i * kIn : nullptr;
+    Sink::store_block(dst + i * kOut, source.block(a + i * kIn, second));
+  }
+}
+
 template <class Source, class Sink, bool in_place, class To>
 LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const uint8_t* b, size_t n,
                         const RowArgs& args) {
@@ -234,24 +262,26 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
   }
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  constexpr bool kPrefetches = !Sink::kKeeps || kPrefetchesKept<Source>;
-  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
-  const ptrdiff_t write_ahead = args.write_ahead;
+  constexpr size_t kBlocks = kBlocksAtOnce<Source>;
+  // What a store might change otherwise.
+  RowArgs ahead;
+  ahead.ahead_of_a = args.ahead_of_a;
+  ahead.ahead_of_b = args.ahead_of_b;
+  ahead.write_ahead = args.write_ahead;
   // One pointer walks for both rows: few instructions are what counts in a short loop.
   const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
   const size_t x = whole_blocks<Source>(n);
   const uint8_t* const end = a + source_bytes<Source>(x);
+  const uint8_t* from = a;
   To to = dst;
-  for (const uint8_t* from = a; from != end; from += kIn, to = to + kOut) {
-    const uint8_t* const second = Source::kRows == 2 ? from + beside : nullptr;
-    for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(from + line, ahead_of_a);
-      if (Source::kRows == 2) prefetch_read(second + line, ahead_of_b);
+  if constexpr (kBlocks > 1) {
+    const uint8_t* const most = end - x / kLanes % kBlocks * kIn;
+    for (; from != most; from += kBlocks * kIn, to = to + kBlocks * kOut) {
+      blocks<kBlocks, Source, Sink>(source, to, from, from + beside, ahead);
     }
-    if (kPrefetches) {
-      for (size_t line = 0; line < kOut; line += 64) prefetch_write(to + line, write_ahead);
-    }
-    Sink::store_block(to, source.block(from, second));
+  }
+  for (; from != end; from += kIn, to = to + kOut) {
+    blocks<1, Source, Sink>(source, to, from, from + beside, ahead);
   }
   rest_of_row<Source, Sink, in_place>(source, dst, a, b, x, n, args);
 }
