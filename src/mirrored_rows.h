@@ -22,6 +22,12 @@ inline int64_t mirrored(int64_t i, int64_t n) {
   return i;
 }
 
+// Row y of a frame, mirrored likewise.
+inline const uint8_t* mirrored_row(const uint8_t* frame, uint32_t width, uint32_t height,
+                                   int64_t y) {
+  return frame + static_cast<size_t>(mirrored(y, height)) * width;
+}
+
 // Samples of a row of `width` from column `first` on, `count` of them, mirrored where the row ends.
 inline void copy_mirrored(uint8_t* to, const uint8_t* row, int64_t width, int64_t first,
                           int64_t count) {
@@ -50,7 +56,7 @@ void copy_bytes(uint8_t* to, const uint8_t* from, size_t bytes);
 template <class T, int N>
 class RowRing {
  public:
-  void place(int64_t y, T* row) { rows_[y] = rows_[y + N] = row; }  // of 0 to N - 1
+  void place(int slot, T* row) { rows_[slot] = rows_[slot + N] = row; }  // of 0 to N - 1
   T* operator[](int64_t y) const { return *from(y); }
   // Rows y, y + 1 ... y + N - 1 in order.
   T* const* from(int64_t y) const { return rows_ + (y & (N - 1)); }
@@ -63,9 +69,10 @@ class RowRing {
 // on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a
 // vector. Those of a narrow frame lie close together: caches hold them best so, and there is little
 // to be cleared at first, as what lies behind a row may be read.
-template <int kRows, int kBeside, uint32_t columns = 4096, int most_aligned = 0>
+template <int rows, int kBeside, uint32_t columns = 4096, int most_aligned = 0>
 class MirroredStrip {
  public:
+  static constexpr int kRows = rows;
   static constexpr uint32_t kColumns = columns;
 
   explicit MirroredStrip(uint32_t width, int aligned = 0) : width_(width) {
@@ -73,6 +80,9 @@ class MirroredStrip {
     memset(bytes_, 0, kRows * pitch);
     for (int i = 0; i < kRows; ++i) rows_.place(i, bytes_ + i * pitch + 64 + aligned);
   }
+
+  MirroredStrip(const MirroredStrip&) = delete;
+  MirroredStrip& operator=(const MirroredStrip&) = delete;
 
   // From now on columns x to x + n - 1 of rows are fetched, and those beside them.
   void begin(uint32_t x, uint32_t n) {
@@ -83,6 +93,8 @@ class MirroredStrip {
     behind_ = rest == 0 ? 0 : kBeside;
     few_ = width_ <= kBeside || (rest > 0 && rest < kBeside);
   }
+  // Some rows before it is read: a load of what has just been stored in pieces, at the sides of a
+  // row, would wait.
   void fetch(int64_t y, const uint8_t* row) {
     uint8_t* const to = rows_[y];
     if (few_) {

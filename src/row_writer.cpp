@@ -60,19 +60,19 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
   const StreamedPixels pixels = {
       sink_.pixel_bytes, std::max({two_rows ? 2u : 1u, traits.group_pixels, sink_.group_pixels})};
   const auto beside = [&](size_t x) { return two_rows ? b + row_bytes(source_, x) : nullptr; };
-  const auto of_piece = [&](size_t x, size_t count) {
+  const auto args_of_piece = [&](size_t x, size_t count) {
     RowArgs args_here = args;
     args_here.begins = x == 0 ? args.begins : 0;
     args_here.ends = x + count == n ? args.ends : 0;
     return args_here;
   };
   const auto write = [&](uint8_t* to, size_t x, size_t count) {
-    RowArgs args_here = of_piece(x, count);
+    RowArgs args_here = args_of_piece(x, count);
     args_here.write_ahead = 0;
     kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args_here);
   };
   const auto stream = [&](uint8_t* to, size_t x, size_t count) {
-    return streamed_(to, a + row_bytes(source_, x), beside(x), count, of_piece(x, count));
+    return streamed_(to, a + row_bytes(source_, x), beside(x), count, args_of_piece(x, count));
   };
   // What is written in the ordinary way about the end of a row is one wait for memory unless it is
   // fetched before.

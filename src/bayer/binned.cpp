@@ -16,24 +16,23 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
   const RowWriter write(kernels, Source::mosaic8_binned, f.sink, size_t{f.width} * f.height,
                         size_t{f.width / 2} * (f.height / 2));
   const size_t pixel = pixel_bytes(f.sink);
-  // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
-  // the sides of a row, would wait.
   using Strip = MirroredStrip<8, 2>;
-  constexpr int64_t kAhead = 5;
+  constexpr int kAhead = 5;
+  static_assert(kAhead + 3 <= Strip::kRows, "rows y - 1 .. y + kAhead + 1");
   Strip strip(f.width);
-  const auto source_row = [&](int64_t y) {
-    return f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
-  };
+  const auto source_row = [&](int64_t y) { return mirrored_row(f.src, f.width, f.height, y); };
   for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
     const uint32_t n = std::min(Strip::kColumns, f.width - x);
     strip.begin(x, n);
     uint8_t* dst = f.dst + x / 2 * pixel;
     for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_row(y));
+    const uint8_t* ahead = source_row(kAhead);
     RowArgs args;
     args.column = f.red.column;
     for (int64_t y = 0; y < f.height; y += 2) {
-      strip.fetch(y + kAhead, source_row(y + kAhead));
+      strip.fetch(y + kAhead, ahead);
       strip.fetch(y + kAhead + 1, source_row(y + kAhead + 1));
+      ahead = source_row(y + kAhead + 2);
       // Across the cell: from its upper row to the one below it, from its lower row to the one
       // above.
       const bool red_above = f.red.row == 0;
@@ -46,7 +45,7 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
       args.above = far_red - red;
       args.below = blue - red;
       args.below2 = far_blue - red;
-      args.ahead_of_a = distance(red, source_row(y + kAhead + 2) + x);
+      args.ahead_of_a = distance(red, ahead + x);
       write(dst, red, nullptr, n / 2, args);
       dst += f.width / 2 * pixel;
     }

@@ -20,10 +20,7 @@ constexpr Int round_up(Int n, Int step) {
 }
 
 const uint8_t* source_row(const MosaicFrame& f, int64_t y) {
-  return f.src + static_cast<size_t>(mirrored(y, f.height)) * f.width;
-}
-uint8_t* destination(const MosaicFrame& f, uint32_t x, uint32_t y) {
-  return f.dst + (size_t{y} * f.width + x) * pixel_bytes(f.sink);
+  return mirrored_row(f.src, f.width, f.height, y);
 }
 
 // Row y holds red and green, or blue and green; its own colour is at columns of this parity.
@@ -52,29 +49,26 @@ void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
   }
 }
 
-using StripSamples = MirroredStrip<8, 4>;
-
-// What the pixels of a row are made of, in a strip of a frame: its samples and sums of `kReach`
-// rows above and below, which place() tells. prepare() is called for each of the rows once, in
-// order, when its samples are there and before any row within its reach is written.
-//
-// A row adds the same to the rows above and below it, and the same to those two away, so that its
-// samples are weighed once. The sums of narrow frames lie close together, as caches hold them best.
+// What the pixels of a row are made of, in a strip of a frame: its samples and sums of kReach rows
+// above and below, which place() tells. A row adds the same to the rows above and below it, and the
+// same to those two away, so that its samples are weighed once: by prepare(), for each row in
+// order, when its samples are there and before any row within its reach is written. The sums of
+// narrow frames lie close together, as caches hold them best.
 class PairedChromaRows {
  public:
+  using Samples = MirroredStrip<8, 2>;
+  static constexpr uint32_t kColumns = Samples::kColumns;
   static constexpr int kReach = 2;
   explicit PairedChromaRows(uint32_t width)
       : samples(width),
         pitch_(kPaddedBytes + round_up<size_t>(std::min(width, kColumns), kPaddedBytes)) {
     memset(sums_, 0, kRows * pitch_);
     uint8_t* sums = sums_;
-    for (int i = 0; i < kBeyondRows; ++i, sums += 2 * pitch_) {
-      beyond_[i] = beyond_[i + kBeyondRows] = sums;
-    }
+    for (int i = 0; i < kBeyondRows; ++i, sums += 2 * pitch_) beyond_[i] = sums;
     for (int i = 0; i < kBesideRows; ++i, sums += 2 * pitch_) beside_.place(i, sums);
   }
   void prepare(const Kernels& kernels, int64_t y, uint32_t native, size_t n) {
-    newest_ = newest_ == kBeyondRows - 1 ? 0 : newest_ + 1;
+    newest_ = oldest();
     kernels.demosaic.pair_sums(samples[y], native, {beside_[y], beyond_[newest_], pitch()},
                                round_up(n, kPaddedBytes));
   }
@@ -82,34 +76,33 @@ class PairedChromaRows {
     const uint8_t* const here = samples[y];
     args.above = distance(here, beside_[y - 1]);
     args.below = distance(here, beside_[y + 1]);
-    args.above2 = distance(here, beyond_[newest_ + 1]);
+    args.above2 = distance(here, beyond_[oldest()]);
     args.below2 = distance(here, beyond_[newest_]);
     args.pitch = pitch();
   }
 
-  StripSamples samples;
+  Samples samples;
 
  private:
-  static constexpr uint32_t kColumns = StripSamples::kColumns;
   // As many rows as are needed when the last one is prepared, with the sums of its neighbours.
   static constexpr int kBeyondRows = 2 * kReach + 1, kBesideRows = kReach + 2;
   static constexpr size_t kRows = 2 * (kBeyondRows + kBesideRows);
 
   ptrdiff_t pitch() const { return static_cast<ptrdiff_t>(pitch_); }
+  int oldest() const { return newest_ == kBeyondRows - 1 ? 0 : newest_ + 1; }
 
   const size_t pitch_;
   RowRing<uint8_t, kBesideRows> beside_;
-  // In the order of rows, again and again: behind the newest one comes the oldest.
-  uint8_t* beyond_[2 * kBeyondRows];
+  // No ring, which would have room for eight: behind the newest row comes the oldest.
+  uint8_t* beyond_[kBeyondRows];
   int newest_ = 0;
   alignas(64) uint8_t sums_[kRows * (kColumns + kPaddedBytes)];
 };
 
 void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
-  // Rows are fetched long before they are read: a load of what has just been stored in pieces, at
-  // the sides of a row, would wait.
   constexpr int kReach = PairedChromaRows::kReach, kAhead = 4;
-  constexpr uint32_t kColumns = StripSamples::kColumns;
+  static_assert(kAhead + 1 <= PairedChromaRows::Samples::kRows, "rows y .. y + kAhead");
+  constexpr uint32_t kColumns = PairedChromaRows::kColumns;
   PairedChromaRows rows(f.width);
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, Source::paired_chroma, f.sink, pixels, pixels);
@@ -124,7 +117,7 @@ void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
     for (int64_t y = -kReach; y < kReach; ++y) prepare(y);
     RowArgs args;
     const uint8_t* ahead = source_row(f, kAhead);
-    uint8_t* dst = destination(f, x, 0);
+    uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
     const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
     for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
       const int64_t y = row;
@@ -164,6 +157,8 @@ using WordRow = int16_t[kRowWords];
 template <int N>
 class WordRows {
  public:
+  WordRows(const WordRows&) = delete;
+  WordRows& operator=(const WordRows&) = delete;
   explicit WordRows(int used = N) {
     for (int i = 0; i < N; ++i) ring_.place(i, words_[i & (used - 1)] + kTileSlack);
   }
@@ -180,8 +175,8 @@ int tile_margin(const MosaicFrame& f) { return f.width <= kTile ? 0 : kTileMargi
 
 using TileSamples = MirroredStrip<8, kBeside, kTile, kTileMargin>;
 struct TileRows {
-  explicit TileRows(DemosaicMode mode)
-      : qh(mode == DemosaicMode::lcaav ? 8 : 4), ah3(mode == DemosaicMode::lcaav ? 8 : 4) {}
+  // As many rows of the differences along them.
+  explicit TileRows(int along) : qh(along), ah3(along) {}
   WordRows<8> qh, ah3;
   WordRows<4> pv, av3;
   alignas(64) WordRow qv, e, act, work[5];
@@ -195,9 +190,10 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const auto step = edge_aware ? k.lcaav : k.lcaa;
   const auto direction = edge_aware ? k.direction_and_activity : k.direction;
   // How far below the row that is written the differences along a row must be known, and how far
-  // samples are fetched: as in convert_paired_chroma(), before they are needed.
+  // samples are fetched.
   const int reach = edge_aware ? 3 : 1;
   constexpr int kAhead = 5;
+  static_assert(kAhead + 2 <= TileSamples::kRows, "rows y - 1 .. y + kAhead");
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
   const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
@@ -230,7 +226,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
   args.write_ahead = static_cast<ptrdiff_t>(dst_pitch);
   const uint8_t* ahead = source_row(f, kAhead);
-  uint8_t* dst = destination(f, x, 0);
+  uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
   for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
     const int64_t y = row;
     samples.fetch(y + kAhead, ahead);
@@ -239,7 +235,7 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     direction(rows.pv.from(y - 1), rows.ah3.from(y - 1), rows.av3.from(y - 1), rows.qv + kTileSlack,
               rows.e + kTileSlack, rows.act + kTileSlack, words);
     add_row(y + reach + 1);  // here, so that the direction is stored when its neighbours are read
-    t.z = z.from(y - 3);
+    t.z = z.from(y - 1);
     t.qh = rows.qh.from(y - 3);
     t.native = native_column(f, row);
     step(t);
@@ -276,9 +272,11 @@ void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, Demosaic
     case DemosaicMode::lcaav:
       break;
   }
-  TileSamples z(frame.width, tile_margin(frame));
-  TileRows rows(mode);
-  for (uint32_t x = 0; x < frame.width; x += kTile) convert_tile(kernels, frame, mode, x, z, rows);
+  TileSamples samples(frame.width, tile_margin(frame));
+  TileRows rows(mode == DemosaicMode::lcaav ? 8 : 4);
+  for (uint32_t x = 0; x < frame.width; x += kTile) {
+    convert_tile(kernels, frame, mode, x, samples, rows);
+  }
 }
 
 }  // namespace lum

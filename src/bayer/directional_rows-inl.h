@@ -145,10 +145,11 @@ LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far, int shift) 
   return I16(U16(e) << shift);
 }
 
-// Copies of the pointers, which a store cannot change: of a tile, and of three rows.
+// Copies of the pointers, which a store cannot change, in the kernel's own stack: of a tile, and of
+// three rows.
 struct Tile {
   explicit LUM_INLINE Tile(const DemosaicTile& t)
-      : z{t.z[0], t.z[1], t.z[2], t.z[3], t.z[4], t.z[5], t.z[6]},
+      : z{t.z[0], t.z[1], t.z[2]},
         qh{t.qh[0], t.qh[1], t.qh[2], t.qh[3], t.qh[4], t.qh[5], t.qh[6]},
         qv(t.qv),
         e(t.e),
@@ -156,7 +157,7 @@ struct Tile {
         work{t.work[0], t.work[1], t.work[2], t.work[3], t.work[4]},
         words(t.words),
         planes{t.planes[0], t.planes[1], t.planes[2]} {}
-  const uint8_t* z[7];
+  const uint8_t* z[3];
   const int16_t *qh[7], *qv, *e, *act;
   int16_t* work[5];
   size_t words;
@@ -250,7 +251,7 @@ LUM_INLINE void lcaa_row(const Tile& t) {
     const Differences green =
         mixed(two(e_native, Half::kBesideGreen, sum), row(Half::kGreen),
               {two(qv_native, Half::kBesideGreen, negated_average), at(qv_green, x)});
-    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), native, green);
+    write_planes<Half>(t, x, load_columns(t.z[1] + 2 * x), native, green);
   }
 }
 
@@ -345,8 +346,8 @@ struct Samples {
   Columns z, above, below;
 };
 LUM_INLINE Samples samples_of(const Tile& t, size_t x) {
-  return {t.z[3] + 2 * x, load_columns(t.z[3] + 2 * x), load_columns(t.z[2] + 2 * x),
-          load_columns(t.z[4] + 2 * x)};
+  return {t.z[1] + 2 * x, load_columns(t.z[1] + 2 * x), load_columns(t.z[0] + 2 * x),
+          load_columns(t.z[2] + 2 * x)};
 }
 template <class Half>
 LUM_INLINE SharpAndSmooth native_of(const Tile& t, size_t x, const Samples& s) {
@@ -380,7 +381,7 @@ LUM_INLINE void lcaav_at_once(const Tile& t) {
     const I16 odd = Half::odd(v.native.calm, v.green.calm);
     const Columns share = {words_before(odd_before, odd) + odd,
                            even + words_behind(even, even_behind)};
-    write_planes<Half>(t, x, load_columns(t.z[3] + 2 * x), chosen(Half::native(share), v.native),
+    write_planes<Half>(t, x, load_columns(t.z[1] + 2 * x), chosen(Half::native(share), v.native),
                        chosen(Half::green(share), v.green));
   };
   NativeAndGreen here = both_of<Half>(t, 0);
@@ -420,7 +421,7 @@ LUM_INLINE void lcaav_in_two_passes(const Tile& t) {
                    {at(t.work[2] + own, x), at(t.work[3] + own, x)},
                    {at(t.work[0] + own, x), at(t.work[1] + own, x)});
     };
-    write_planes<Half>(t, word, load_columns(t.z[3] + 2 * x),
+    write_planes<Half>(t, word, load_columns(t.z[1] + 2 * x),
                        of(Half::kNative, Half::kGreen, Half::kBesideNative),
                        of(Half::kGreen, Half::kNative, Half::kBesideGreen));
   }

@@ -62,9 +62,8 @@ constexpr Weights kBlockWeights[3] = {weights(kBlock[0]), weights(kBlock[1]),
 // on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {
-  // Lines are fetched long before they are read: a load of what has just been stored in pieces, at
-  // the sides of a line, would wait.
-  constexpr int64_t kAhead = 4;
+  constexpr int kAhead = 4;
+  static_assert(kAhead + 3 <= Strip::kRows, "rows y - 1 .. y + kAhead + 1");
   Strip strip(width);
   const auto source_line = [&](int64_t y) {
     const uint32_t line = static_cast<uint32_t>(mirrored(y, height));

@@ -32,8 +32,7 @@ enum class Source : unsigned {
   yuv422,              // U Y0 V Y1
   yuv444,              // U Y V
   planes8,             // three rows of bytes, RowArgs::pitch apart: R from a, G, B
-  bilinear,  // a row of a Bayer mosaic and its neighbours above and below, all with two samples
-             // before and behind: see RowArgs::above
+  bilinear,       // a row of a Bayer mosaic and its neighbours above and below: see RowArgs::above
   paired_chroma,  // a row of a Bayer mosaic with two samples before and behind, and pair_sums() of
                   // the rows beside it: see RowArgs::above
   bgr24_corrected,  // bgr24, then RowArgs::matrix
@@ -187,7 +186,7 @@ struct RowArgs {
   ptrdiff_t above = 0, below = 0, above2 = 0, below2 = 0;
   uint32_t own_is_blue = 0;
   // bilinear: whether the row begins and ends with the frame's, beyond which samples are mirrored;
-  // else two more are read there.
+  // else two more of each row are read there.
   uint32_t begins = 1, ends = 1;
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
   // a and b are by turns. cygm: one or two, from a and from what follows it, both with b.
@@ -199,7 +198,8 @@ struct RowArgs {
   ptrdiff_t write_ahead = kPrefetchDistance;
 };
 
-// Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two),
+// Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two, and of
+// the rows that RowArgs tells, unless it says otherwise),
 // writes exactly n pixels of dst, or so of each of RowArgs::rows; no pointer needs an alignment. In
 // the two-row sources the last pixel has the value of the one before it. dst may equal a only for
 // rgb24 -> bgr24, bgr24 -> rgb24 and the corrected B, G, R sources.
@@ -226,10 +226,11 @@ constexpr int kTileSlack = 32;
 constexpr int kMostTileWords = 544;  // of a half
 constexpr ptrdiff_t kOddColumns = kTileSlack + kMostTileWords;
 
-// Index 3 of z and qh is row y, the one that is written.
+// Row y is the one that is written, z[1] and qh[3].
 struct DemosaicTile {
-  const uint8_t* const* z;   // samples, rows y - 3 .. y + 3
-  const int16_t* const* qh;  // differences along the row, rows y - 3 .. y + 3
+  const uint8_t* const* z;   // samples, rows y - 1 .. y + 1
+  const int16_t* const* qh;  // differences along the row, rows y - 3 .. y + 3; for lcaa, of which
+                             // those of y - 1 .. y + 1 are there
   const int16_t* qv;         // differences down the column, row y
   const int16_t* e;          // direction, row y: 0..-4 << 12, the latter for smooth along the row
   const int16_t* act;        // activity, row y; for lcaav alone

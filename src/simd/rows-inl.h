@@ -93,41 +93,39 @@ LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
 
 // Whether pixels are also made of their neighbours in a row, of up to two columns beside it, and of
 // rows above and below it; beyond the sides of a frame columns are mirrored. Such a source has
-//   side_block(a, begins, ends)  a block at the row's sides: of the frame, if it begins or ends
-//   there
+//   side_block(a, begins, ends)  a block that begins or ends with the frame's rows
 template <class Source>
 constexpr bool kMirrors = false;
 
-// Few samples of the rows that a source of mirrored ones needs, with what is beside them.
-template <class Source>
-struct FewMirrored {
-  static constexpr size_t kBefore = kLanes, kPitch = 3 * kLanes;
+// Few samples of the rows that a source of mirrored ones needs, with those beside them. The
+// farthest that reaches a pixel is the next one.
+class FewMirrored {
+ public:
   FewMirrored(const RowArgs& args, const uint8_t* a, size_t n) {
-    for (size_t i = 0; i < sizeof bytes; i += kLanes) store(bytes + i, U8{});
+    for (size_t i = 0; i < sizeof bytes_; i += kLanes) store(bytes_ + i, U8{});
     copy(0, a + args.above, n, args);
     copy(1, a, n, args);
     copy(2, a + args.below, n, args);
   }
-  const uint8_t* row() const { return bytes + kPitch + kBefore; }
-  static RowArgs apart(RowArgs args) {
+  const uint8_t* row() const { return bytes_ + kPitch + kBefore; }
+  static RowArgs args_of_row(RowArgs args) {
     args.above = -static_cast<ptrdiff_t>(kPitch);
     args.below = kPitch;
     return args;
   }
 
  private:
+  static constexpr size_t kBefore = kLanes, kPitch = 3 * kLanes;
+
   void copy(size_t index, const uint8_t* from, size_t n, const RowArgs& args) {
-    uint8_t* const to = bytes + index * kPitch + kBefore;
-    const size_t before = args.begins != 0 ? 0 : 2, behind = args.ends != 0 ? 0 : 2;
-    copy_few<kLanes + 4>(to - before, from - before, before + n + behind);
-    // In this order: of two samples each is mirrored twice.
+    uint8_t* const to = bytes_ + index * kPitch + kBefore;
+    const size_t before = args.begins != 0 ? 0 : 1, behind = args.ends != 0 ? 0 : 1;
+    copy_few<kLanes + 2>(to - before, from - before, before + n + behind);
     if (before == 0) to[-1] = to[1];
     if (behind == 0) to[n] = to[n - 2];
-    if (before == 0) to[-2] = to[2];
-    if (behind == 0) to[n + 1] = to[static_cast<ptrdiff_t>(n) - 3];
   }
 
-  alignas(64) uint8_t bytes[3 * kPitch];
+  alignas(64) uint8_t bytes_[3 * kPitch];
 };
 
 // Fewer pixels than a block: through a block of their own on the stack. It has a source of its own:
@@ -141,8 +139,8 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
   alignas(64) uint8_t out[kLanes * Sink::kPixelBytes];
   if (Sink::kKeeps) copy_few<sizeof out>(out, dst, n * Sink::kPixelBytes);
   if constexpr (kMirrors<Source>) {
-    const FewMirrored<Source> few(args, a, n);
-    Sink::store_block(out, Source(few.apart(args)).block(few.row(), nullptr));
+    const FewMirrored few(args, a, n);
+    Sink::store_block(out, Source(few.args_of_row(args)).block(few.row(), nullptr));
   } else if constexpr (Source::kPadded) {
     Sink::store_block(out, source.block(a, b));
   } else {
@@ -202,14 +200,15 @@ LUM_INLINE void prefetch_write(PastCache, ptrdiff_t) {}
 
 // A row, kLanes pixels or more, of a source of mirrored samples.
 template <class Source, class Sink, class To>
-LUM_INLINE void mirrored_row(const Source& source, To dst, const uint8_t* a, size_t n, bool begins,
-                             bool ends, const RowArgs& args) {
+LUM_INLINE void row_with_sides(const Source& source, To dst, const uint8_t* a, size_t n,
+                               const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
+  const bool ends = args.ends != 0;
   const size_t last = n - kLanes;
   size_t x = 0;
-  if (begins) {
+  if (args.begins != 0) {
     Sink::store_block(dst, source.side_block(a, true, ends && last == 0));
     x = kLanes;
   }
@@ -226,14 +225,16 @@ LUM_INLINE void mirrored_row(const Source& source, To dst, const uint8_t* a, siz
 }
 
 // Whether a source takes so few instructions that the loop counts, which has those of prefetching.
-// They are for whole lines: short vectors make several blocks between them.
+// They are for whole lines: short vectors make several blocks between them. Without shuffles of
+// bytes a block takes too many instructions for that.
 template <class Source>
 constexpr bool kFewInstructions = false;
 template <class Source>
-constexpr int kBlocksAtOnce =
-    kFewInstructions<Source>&& kShufflesBytes&& kLanes < 32 ? 64 / kLanes : 1;
+constexpr size_t kBlocksAtOnce = (kFewInstructions<Source> && kShufflesBytes && kLanes < 32)
+                                     ? 64 / kLanes
+                                     : 1;
 
-template <int count, class Source, class Sink, class To>
+template <size_t count, class Source, class Sink, class To>
 LUM_INLINE void blocks(const Source& source, To dst, const uint8_t* a, const uint8_t* b,
                        const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
@@ -256,10 +257,6 @@ LUM_INLINE void blocks(const Source& source, To dst, const uint8_t* a, const uin
 template <class Source, class Sink, bool in_place, class To>
 LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const uint8_t* b, size_t n,
                         const RowArgs& args) {
-  if constexpr (kMirrors<Source>) {
-    mirrored_row<Source, Sink>(source, dst, a, n, args.begins != 0, args.ends != 0, args);
-    return;
-  }
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kBlocks = kBlocksAtOnce<Source>;
@@ -366,7 +363,11 @@ LUM_INLINE void rows_of_frame(To dst, const uint8_t* a, const uint8_t* b, size_t
     }
   }
   for (; rows > 0; --rows, dst = dst + out_row) {
-    one_row<Source, Sink, in_place>(source, dst, a, b, n, args);
+    if constexpr (kMirrors<Source>) {
+      row_with_sides<Source, Sink>(source, dst, a, n, args);
+    } else {
+      one_row<Source, Sink, in_place>(source, dst, a, b, n, args);
+    }
     to_next_row<Source>(a, b, n);
   }
 }
@@ -404,8 +405,9 @@ __attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a
   const size_t count = streamed_pixels(n);
   if constexpr (kMirrors<Source>) {
     if (count == 0) return 0;
-    mirrored_row<Source, Sink>(source, PastCache{dst}, a, count, args.begins != 0,
-                               args.ends != 0 && count == n, args);
+    RowArgs args_of_row = args;
+    if (count < n) args_of_row.ends = 0;
+    row_with_sides<Source, Sink>(source, PastCache{dst}, a, count, args_of_row);
     return count;
   }
   const size_t last = Source::kEdge && count == n && n > 0 ? n - kLanes : count;
