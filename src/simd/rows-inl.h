@@ -91,14 +91,14 @@ LUM_INLINE void load_row(uint8_t (&in)[room], const uint8_t* row, size_t n) {
   if (edge) memcpy(in + n, in + n - 2 * sample_bytes, sample_bytes);
 }
 
-// Whether pixels are also made of their neighbours in a row, of up to two columns beside it, and of
-// rows above and below it; beyond the sides of a frame columns are mirrored. Such a source has
+// Whether pixels are also made of the samples beside them, in their row and in those above and
+// below it; beyond the sides of a frame samples are mirrored. Such a source has
 //   side_block(a, begins, ends)  a block that begins or ends with the frame's rows
 template <class Source>
 constexpr bool kMirrors = false;
 
-// Few samples of the rows that a source of mirrored ones needs, with those beside them. The
-// farthest that reaches a pixel is the next one.
+// Few samples of the rows that a source of mirrored ones needs, with those beside them. Vectors
+// read two columns beyond, of which only the next one reaches a pixel.
 class FewMirrored {
  public:
   FewMirrored(const RowArgs& args, const uint8_t* a, size_t n) {
@@ -260,7 +260,7 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kBlocks = kBlocksAtOnce<Source>;
-  // What a store might change otherwise.
+  // Copies of how far ahead is prefetched, which a store cannot change.
   RowArgs ahead;
   ahead.ahead_of_a = args.ahead_of_a;
   ahead.ahead_of_b = args.ahead_of_b;
