@@ -825,7 +825,8 @@ LUM_API uint32_t LumRaw16ImageTransformEx(uint8_t* dst, const uint8_t* src, uint
 
 // Makes a matrix of floats: once, not once a frame. Coefficients times 1024 are truncated toward
 // zero and saturate. A LumColorCorrection that a caller fills does as well.
-//   matrix        receives the address of the object; give it back by LumDestroyColorCorrection
+//   matrix        receives the address of the object, of kind 2; give it back by
+//                 LumDestroyColorCorrection
 //   coefficients  nine floats, row-major: rows give R, G, B, columns take R, G, B
 // On failure *matrix is as it was.
 // Checks: matrix null: 0x88000002; coefficients null, then one of them not finite: 0x88000003.
@@ -954,23 +955,26 @@ LUM_API uint32_t LumIRaw8CYGMImageTransform(uint8_t* dst, const uint8_t* src, ui
                                             uint32_t height, uint32_t formatIndex,
                                             uint32_t reserved);
 
-// 8-bit CYGM mosaic to BGR24, an older form with edges of its own: the last column takes its right
-// neighbours from the sample that follows the row in its field, rows height - 4 to height - 2 are
-// copies of row height - 5 (with width 2 they are not written).
+// 8-bit CYGM mosaic to BGR24, an older form: colours as LumIRaw8CYGMImageTransform, edges of its
+// own. The last column takes its right neighbours from the sample that follows the row in its
+// field, rows height - 4 to height - 2 are copies of row height - 5 (with width 2 they are not
+// written).
 //   dst     width * height * 3 bytes
 //   src     width * height bytes, two fields
 //   width   pixels, even; 0 writes nothing
 //   height  rows, a multiple of 4, 8 or more; 0 writes nothing
-// In place: no. Not written: row height - 1.
-// Checks: dst null: 0x88000002; src null: 0x88000003; width odd: 0x88000004; height no multiple of
-// 4, or 4: 0x88000005.
+// In place: no. Not written: row height - 1; with width 2 rows height - 4 to height - 1.
+// Checks, with a width or height of 0 too: dst null: 0x88000002; src null: 0x88000003; width odd:
+// 0x88000004; height no multiple of 4, or 4: 0x88000005.
 // Returns 0 or one of these.
 LUM_API uint32_t LumIRaw8CYGMToBGR(uint8_t* dst, const uint8_t* src, uint32_t width,
                                    uint32_t height);
 
 // 8-bit CYGM mosaic, from three lines and columns about the pixel: no half-pixel shift, sharper and
 // with less zipper at edges than the 2x2 form. Every pixel is computed, borders included: lines and
-// columns beyond the frame are mirrored about its outermost ones. Equal samples give that grey.
+// columns beyond the frame are mirrored about its outermost ones, and above it colour differences
+// change their sign, as the line there has green and magenta the other way round. Equal samples
+// give that grey.
 //   dst          width * height * pixel_bytes(formatIndex) bytes
 //   src          width * height bytes, two fields
 //   width        pixels, even, 2 or more
