@@ -487,13 +487,15 @@ LUM_API int32_t LumHasBayerPattern(uint8_t* out, uint32_t code);
 //   Raw 8 to MONO8_REC601, MONO8_REC709     reads n; both are BT.601; patterns 1 and 2 are taken
 //                                           with red and blue exchanged; components beyond 0..255
 //                                           are limited by their low 16 bits only
-//   Raw 16 to MONO16_REC601, MONO16_REC709  reads 2n; host-order words, shifted up by
-//   Raw 16 to BGR48                         16 - bitsUsed; no other alignment or byte order
+//   Raw 16 to MONO16_REC601, MONO16_REC709  reads 2n; both are BT.601; host-order words, shifted up
+//   Raw 16 to BGR48                         by 16 - bitsUsed; no other alignment or byte order;
+//                                           bitsUsed 0 or above 16 makes every sample 0
 //   RawPacked, any bits, to BGR24, BGR48    reads n / 2 * 3 as 12-bit packed, low nibbles too; an
 //                                           odd width writes nothing
 //   Raw, any other pair, to BGR24, BGR48    the same: Raw 16 to BGR24 and Raw 8 to BGR48 are read
 //                                           as packed data
-// Every other pair is refused. Width and height below 2 write nothing and are a success.
+// Every other pair is refused. A width or a height below 2 writes nothing and is a success. No
+// pattern is refused: bits 0 and 1 are the column and the row of red.
 //
 // In place: where the transform permits it. Not written: what the transform leaves unwritten; the
 // records are not written at all.
@@ -1288,8 +1290,8 @@ LUM_API int32_t LumGetTechnoInfo(uint8_t* info);
 // Returns 0, one of these, or 234 when a text was cut ("return code not found" is cut with 0).
 LUM_API uint32_t LumGetErrorInfo(int32_t code, char* buffer, uint32_t bufferSize);
 
-// The English text of a legacy code (0x88000000 and up, also the driver codes 0x8A000000 and up) by
-// its 32 bits; "return code not found" for any other code.
+// The English text of a legacy code (0, 0x88000000 and up, also the driver codes 0x8A000000 and up,
+// 0xCCCCCCCC) by its 32 bits; "return code not found" for any other code.
 //   code        a result, (int32_t) of an unsigned one
 //   buffer      receives the text and a terminating zero; a text that does not fit is cut to
 //               bufferSize characters without a zero. 64 bytes suffice
