@@ -65,6 +65,16 @@ class RowRing {
   T* rows_[2 * N];
 };
 
+// Calls strip(x, n) for strips of `columns` from x on, n in the last one, from the left. No sum of
+// x and `columns` may be made: that of the widest frames is beyond 32 bits.
+template <class F>
+inline void each_strip(uint32_t width, uint32_t columns, F strip) {
+  for (uint32_t x = 0, n; x < width; x += n) {
+    n = std::min(columns, width - x);
+    strip(x, n);
+  }
+}
+
 // The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
 // on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a
 // vector. Those of a narrow frame lie close together: caches hold them best so, and there is little

@@ -4,8 +4,11 @@
 
 #include <gtest/gtest.h>
 
+#include <stdexcept>
+
 #include "levels.h"
 #include "lum/lum.h"
+#include "mirrored_rows.h"
 #include "reference.h"
 #include "test_support.h"
 
@@ -264,6 +267,22 @@ TEST(Demosaic, CroppedFramesGiveTheSamePicture) {
           }
         }
       }
+    }
+  }
+}
+
+// Near 2^32 columns a sum of a column and a strip's width wraps.
+TEST(Demosaic, StripsEndWithTheWidestFrames) {
+  for (const uint32_t columns : {1024u, 4096u}) {
+    for (const uint32_t width : {1u, columns - 1, columns, columns + 1, 0u - 2 * columns,
+                                 0u - columns, 1u - columns, 0xFFFFFFFEu, 0xFFFFFFFFu}) {
+      SCOPED_TRACE(testing::Message() << "width " << width << ", strips of " << columns);
+      uint64_t end = 0;
+      each_strip(width, columns, [&](uint32_t x, uint32_t n) {
+        if (x != end || n == 0 || n > columns) throw std::logic_error("a strip is out of place");
+        end += n;
+      });
+      EXPECT_EQ(end, width);
     }
   }
 }

@@ -1,7 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "bayer/binned.h"
 
-#include <algorithm>
 #include <utility>
 
 #include "arguments.h"
@@ -21,8 +20,7 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
   static_assert(kAhead + 3 <= Strip::kRows, "rows y - 1 .. y + kAhead + 1");
   Strip strip(f.width);
   const auto source_row = [&](int64_t y) { return mirrored_row(f.src, f.width, f.height, y); };
-  for (uint32_t x = 0; x < f.width; x += Strip::kColumns) {
-    const uint32_t n = std::min(Strip::kColumns, f.width - x);
+  each_strip(f.width, Strip::kColumns, [&](uint32_t x, uint32_t n) {
     strip.begin(x, n);
     uint8_t* dst = f.dst + x / 2 * pixel;
     for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_row(y));
@@ -49,7 +47,7 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
       write(dst, red, nullptr, n / 2, args);
       dst += f.width / 2 * pixel;
     }
-  }
+  });
 }
 
 }  // namespace lum

@@ -102,13 +102,11 @@ class PairedChromaRows {
 void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
   constexpr int kReach = PairedChromaRows::kReach, kAhead = 4;
   static_assert(kAhead + 1 <= PairedChromaRows::Samples::kRows, "rows y .. y + kAhead");
-  constexpr uint32_t kColumns = PairedChromaRows::kColumns;
   PairedChromaRows rows(f.width);
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, Source::paired_chroma, f.sink, pixels, pixels);
 
-  for (uint32_t x = 0; x < f.width; x += kColumns) {
-    const uint32_t n = std::min(kColumns, f.width - x);
+  each_strip(f.width, PairedChromaRows::kColumns, [&](uint32_t x, uint32_t n) {
     rows.samples.begin(x, n);
     const auto prepare = [&](int64_t y) {
       rows.prepare(kernels, y, native_column(f, static_cast<uint32_t>(y)), n);
@@ -130,7 +128,7 @@ void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
       args.ahead_of_a = distance(rows.samples[y], ahead + x);
       write(dst, rows.samples[y], nullptr, n, args);
     }
-  }
+  });
 }
 
 // A tile's columns; most frames are one or a few tiles wide, and its rows of words stay in the
@@ -184,7 +182,7 @@ struct TileRows {
 };
 
 void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
-                  TileSamples& samples, TileRows& rows) {
+                  uint32_t n, TileSamples& samples, TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
   const bool edge_aware = mode == DemosaicMode::lcaav;
   const auto step = edge_aware ? k.lcaav : k.lcaa;
@@ -196,7 +194,6 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   static_assert(kAhead + 2 <= TileSamples::kRows, "rows y - 1 .. y + kAhead");
   const size_t pixels = size_t{f.width} * f.height;
   const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
-  const uint32_t n = std::min<uint32_t>(kTile, f.width - x);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
   const int margin = tile_margin(f);
   const size_t words = static_cast<size_t>(tile_words(margin, static_cast<int>(n), k.step));
@@ -274,9 +271,9 @@ void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, Demosaic
   }
   TileSamples samples(frame.width, tile_margin(frame));
   TileRows rows(mode == DemosaicMode::lcaav ? 8 : 4);
-  for (uint32_t x = 0; x < frame.width; x += kTile) {
-    convert_tile(kernels, frame, mode, x, samples, rows);
-  }
+  each_strip(frame.width, kTile, [&](uint32_t x, uint32_t n) {
+    convert_tile(kernels, frame, mode, x, n, samples, rows);
+  });
 }
 
 }  // namespace lum

@@ -1,8 +1,6 @@
 // SPDX-License-Identifier: MIT
 #include "cygm/cygm_window.h"
 
-#include <algorithm>
-
 #include "arguments.h"
 #include "lum/lum.h"
 #include "mirrored_rows.h"
@@ -69,8 +67,7 @@ void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t ste
     const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
     return src + size_t{line / 2 + (line % 2 == 0 ? height / 2 : 0)} * width;
   };
-  for (uint32_t x = 0; x < width; x += Strip::kColumns) {
-    const uint32_t n = std::min(Strip::kColumns, width - x);
+  each_strip(width, Strip::kColumns, [&](uint32_t x, uint32_t n) {
     strip.begin(x, n);
     for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_line(y));
     const uint8_t* ahead = source_line(kAhead);
@@ -87,7 +84,7 @@ void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t ste
       args.ahead_of_a = distance(strip[y], ahead + x);
       f(x, line, n, strip[y], args);
     }
-  }
+  });
 }
 
 uint32_t check(const void* dst, const void* src, uint32_t width, uint32_t height) {
