@@ -5,16 +5,16 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-template <bool bgr>
+template <bool bgr, bool swapped = false>
 struct Packed24Source {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit Packed24Source(const RowArgs&) {}
-  LUM_INLINE Pixels4<bgr, false> block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE Pixels4<bgr != swapped, false> block(const uint8_t* a, const uint8_t*) const {
     constexpr int kQuarter = kLanes / 4 * 3;
-    return {
-        {expand3(a), expand3(a + kQuarter), expand3(a + 2 * kQuarter), expand3(a + 3 * kQuarter)}};
+    return {{expand3<swapped>(a), expand3<swapped>(a + kQuarter),
+             expand3<swapped>(a + 2 * kQuarter), expand3<swapped>(a + 3 * kQuarter)}};
   }
 };
 

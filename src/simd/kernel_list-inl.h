@@ -36,8 +36,8 @@ namespace {
 
 template <>
 constexpr bool kPrefetchesKept<Mono8Source> = !kLoadsRunAhead;
-template <bool bgr>
-constexpr bool kPrefetchesKept<Packed24Source<bgr>> = !kLoadsRunAhead;
+template <bool bgr, bool swapped>
+constexpr bool kPrefetchesKept<Packed24Source<bgr, swapped>> = !kLoadsRunAhead;
 template <>
 constexpr bool kFewInstructions<Mono8Source> = true;
 template <>
@@ -145,7 +145,7 @@ constexpr Kernels make_kernels() {
   add_mono8<Source::rgb24, Rgb24>(k);
   add<Source::rgb24, Sink::bgr24, Swapped24Source<false>, Packed24<true>, true>(k);
   add<Source::rgb24, Sink::rgba32, Rgb24, Packed32<false>>(k);
-  add<Source::rgb24, Sink::bgra32, Rgb24, Packed32<true>>(k);
+  add<Source::rgb24, Sink::bgra32, Packed24Source<false, true>, Packed32<true>>(k);
   add_mono8<Source::bgr24, Packed24Source<true>>(k);
   share_swapped(k, Source::rgb24, Source::bgr24);
 

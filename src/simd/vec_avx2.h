@@ -336,14 +336,19 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 // kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
 // back. The second half is loaded and stored 4 bytes early so that 24 bytes are touched and no
 // more.
-constexpr LaneTable kExpand3 =
-    lane_table([](int i) { return i % 16 / 4 * 3 + byte_of_three(i) + (i < 16 ? 0 : 4); });
+template <bool swap>
+constexpr LaneTable kExpand3 = lane_table([](int i) {
+  return i % 16 / 4 * 3 + byte_of_three(i, swap) + (i < 16 ? 0 : 4);
+});
 template <bool swap>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
   const int byte = i < 16 ? i : i % 16 - 4;
   return byte < 0 || byte >= 12 ? kNone : byte / 3 * 4 + (swap ? 2 - byte % 3 : byte % 3);
 });
-LUM_INLINE U8 expand3(const uint8_t* p) { return shuffle(load24(p), kExpand3); }
+template <bool swap>
+LUM_INLINE U8 expand3(const uint8_t* p) {
+  return shuffle(load24(p), kExpand3<swap>);
+}
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   const __m256i v = m(shuffle(pixels, kCompress3<false>));
   const __m128i low = _mm256_castsi256_si128(v);

@@ -395,14 +395,18 @@ LUM_INLINE void store4_keep(uint8_t* p, U8 c0, U8 c1, U8 c2) {
 
 // kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
 // back.
-constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + byte_of_three(i); });
+template <bool swap>
+constexpr LaneTable kExpand3 = lane_table([](int i) { return i / 4 * 3 + byte_of_three(i, swap); });
 // They begin at byte `from` of the vector, and go on at its beginning beyond its end.
 template <bool swap, int from>
 constexpr LaneTable kCompress3 = lane_table([](int i) {
   const int byte = (i + 64 - from) % 64;
   return byte / 3 * 4 % 64 + (swap ? 2 - byte % 3 : byte % 3);
 });
-LUM_INLINE U8 expand3(const uint8_t* p) { return permute(load48(p), kExpand3); }
+template <bool swap>
+LUM_INLINE U8 expand3(const uint8_t* p) {
+  return permute(load48(p), kExpand3<swap>);
+}
 LUM_INLINE void compress3(uint8_t* p, U8 pixels) {
   _mm512_mask_storeu_epi8(p, kThreeQuarters, m(permute(pixels, kCompress3<false, 0>)));
 }

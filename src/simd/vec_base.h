@@ -332,13 +332,15 @@ LUM_INLINE U8 copy1_to_3(U8 v) { return U8((U32(v) & 0x00FFFFFFu) | (U32(v) & 0x
 
 // kLanes / 4 pixels of four bytes, the last one a copy of the second, from three in memory, and
 // back.
+template <bool swap>
 LUM_INLINE U8 expand3(const uint8_t* p) {
   uint32_t first, second, third, last;
   memcpy(&first, p, 4);
   memcpy(&second, p + 3, 4);
   memcpy(&third, p + 6, 4);
   memcpy(&last, p + 8, 4);
-  return copy1_to_3(U8(U32{first, second, third, last >> 8}));
+  const U8 pixels = copy1_to_3(U8(U32{first, second, third, last >> 8}));
+  return swap ? swap02(pixels) : pixels;
 }
 // The same for kLanes pixels; with `swap` the first and the third byte change places.
 template <bool swap>

@@ -153,7 +153,7 @@ constexpr LaneTable lane_table(Formula formula) {
 
 // Which byte of a pixel of three goes to byte i of pixels of four: the last is a copy of the
 // second.
-constexpr int byte_of_three(int i) { return i % 4 == 3 ? 1 : i % 4; }
+constexpr int byte_of_three(int i, bool swap) { return i % 4 == 3 ? 1 : swap ? 2 - i % 4 : i % 4; }
 
 // Three vectors of three-byte elements whose first and third byte change places, by shuffles within
 // spans of so many bytes. Elements that lie across the border of two spans come from a second load:
