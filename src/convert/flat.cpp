@@ -15,8 +15,9 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
                   const uint8_t* src, uint32_t count, const RowArgs& given) {
   if (count == 0) return;
   RowArgs args = given;
-  const size_t read = row_bytes(source, count);
-  if (read + count * pixel_bytes(sink) <= kPrefetchAbove) {
+  const size_t read = row_bytes(source, count), moved = read + count * pixel_bytes(sink);
+  args.beyond_cache = is_streamed(kernels, moved) ? 1 : 0;
+  if (moved <= kPrefetchAbove) {
     // A line of which bytes stay is waited for, so it, and what it is made of, is fetched a few
     // lines ahead all the same. Narrow sources have no alpha for pixels of four bytes.
     const ptrdiff_t near = pixel_bytes(sink) == 4 ? kNearPrefetch : 0;

@@ -154,7 +154,9 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
   copy_few<sizeof out>(dst, out, n * Sink::kPixelBytes);
 }
 
-// Whether a destination that keeps bytes is prefetched; not where kLoadsRunAhead says why.
+// Whether a destination that keeps bytes is prefetched beside the source. Where kLoadsRunAhead says
+// so, only one of them is: of frames that caches hold the source, else the destination, of which
+// every line is moved twice.
 template <class Source>
 constexpr bool kPrefetchesKept = true;
 
@@ -239,11 +241,14 @@ LUM_INLINE void blocks(const Source& source, To dst, const uint8_t* a, const uin
                        const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  for (size_t line = 0; line < count * kIn; line += 64) {
-    prefetch_read(a + line, args.ahead_of_a);
-    if (Source::kRows == 2) prefetch_read(b + line, args.ahead_of_b);
+  constexpr bool kBoth = !Sink::kKeeps || kPrefetchesKept<Source>;
+  if (kBoth || args.beyond_cache == 0) {
+    for (size_t line = 0; line < count * kIn; line += 64) {
+      prefetch_read(a + line, args.ahead_of_a);
+      if (Source::kRows == 2) prefetch_read(b + line, args.ahead_of_b);
+    }
   }
-  if (!Sink::kKeeps || kPrefetchesKept<Source>) {
+  if (kBoth || args.beyond_cache != 0) {
     for (size_t line = 0; line < count * kOut; line += 64) {
       prefetch_write(dst + line, args.write_ahead);
     }
@@ -265,6 +270,7 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
   ahead.ahead_of_a = args.ahead_of_a;
   ahead.ahead_of_b = args.ahead_of_b;
   ahead.write_ahead = args.write_ahead;
+  ahead.beyond_cache = args.beyond_cache;
   // One pointer walks for both rows: few instructions are what counts in a short loop.
   const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
   const size_t x = whole_blocks<Source>(n);
