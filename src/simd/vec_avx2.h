@@ -314,7 +314,7 @@ LUM_INLINE void store3_same(To p, V same) {
   store(p + 64, shuffle(upper, kTriplicate<size, 2>));
 }
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
-// little else is done, that nothing need be prefetched:
+// little else is done, that fetching both source and destination costs more than it gains:
 constexpr bool kLoadsRunAhead = true;
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   const U8 alpha = U8(U32{} + 0xFF000000u);

@@ -377,7 +377,7 @@ LUM_INLINE void store3_same(To p, V same) {
   store(p + 128, permute(c, kTriplicate<size, 2>));
 }
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
-// little else is done, that nothing need be prefetched:
+// little else is done, that fetching both source and destination costs more than it gains:
 constexpr bool kLoadsRunAhead = false;
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   constexpr __mmask64 colours = 0x7777777777777777ull;

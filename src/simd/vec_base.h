@@ -313,7 +313,7 @@ LUM_INLINE void store3_same(uint8_t* p, V c) {
 }
 
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
-// little else is done, that nothing need be prefetched:
+// little else is done, that fetching both source and destination costs more than it gains:
 constexpr bool kLoadsRunAhead = false;
 LUM_INLINE void store_keep(uint8_t* p, U8 pixels) {
   store(p, blend(U32{} + 0xFF000000u, load<U32>(p), U32(pixels)));
