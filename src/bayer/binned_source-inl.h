@@ -47,23 +47,28 @@ struct Mosaic8Binned {
     ptrdiff_t across;
   };
 
-  static LUM_INLINE I16 own_colour(const Column& c, const uint8_t* near, const uint8_t* far) {
-    return (madd(load<U8>(near), c.nine) + madd(load<U8>(near + c.across), c.three) +
-            madd(load<U8>(far), c.three) + madd(load<U8>(far + c.across), c.one) + 8) >>
-           4;
+  // Sums grow one by one and stay in registers: left to itself, g++ makes all products first and
+  // keeps them in memory.
+  static LUM_INLINE void add(I16& sum, U8 samples, I8 weights) {
+    sum = in_register(sum + madd(samples, weights));
   }
-  static LUM_INLINE I16 green(const Column& c, const uint8_t* near, const uint8_t* far) {
-    return madd(load<U8>(near), c.six) + madd(load<U8>(near + c.across), c.one) +
-           madd(load<U8>(far), c.one);
-  }
-
   LUM_INLINE Words half(const uint8_t* red_row) const {
-    const uint8_t* const beyond_red = red_row + far_red;
-    const uint8_t* const beside_blue = red_row + blue_row;
-    const uint8_t* const beyond_blue = red_row + far_blue;
-    return {own_colour(red, red_row, beyond_red),
-            (green(blue, red_row, beyond_red) + green(red, beside_blue, beyond_blue) + 8) >> 4,
-            own_colour(blue, beside_blue, beyond_blue)};
+    const I16 kRound = I16{} + 8;
+    I16 r = kRound, g = kRound, b = kRound;
+    const auto row = [&](const Column& own, const Column& other, const uint8_t* near,
+                         const uint8_t* far, I16& colour) {
+      const U8 n = in_register(load<U8>(near)), f = in_register(load<U8>(far));
+      add(colour, n, own.nine);
+      add(g, n, other.six);
+      add(colour, f, own.three);
+      add(g, f, other.one);
+      add(colour, load<U8>(near + own.across), own.three);
+      add(g, load<U8>(near + other.across), other.one);
+      add(colour, load<U8>(far + own.across), own.one);
+    };
+    row(red, blue, red_row, red_row + far_red, r);
+    row(blue, red, red_row + blue_row, red_row + far_blue, b);
+    return {r >> 4, g >> 4, b >> 4};
   }
 
   Column red, blue;
