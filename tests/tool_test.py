@@ -407,6 +407,19 @@ class ToolTest(unittest.TestCase):
             with self.subTest(words=words):
                 self.assertEqual(made(*words)[0], picture)
 
+        # Words that stay in the byte order of the frame are numbers to the means all the same.
+        words = [1000 + 64 * x for x in range(8)]
+        self.put("be.raw", struct.pack(">8H", *words) * 4)
+        deep = ("convert", "--from", "Mono16", "--size", "8x4", "--to", "MONO16_REC601")
+        means = [words[2 * x] + 32 for x in range(4)]
+        for order in ("--big-endian", "--via-old"):
+            for change in (("--bin", "2"), ("--resize", "4x2")):
+                with self.subTest(order=order, change=change):
+                    self.lum(*deep, order, *change, "be.raw", "out.pgm")
+                    self.assertEqual(read_pnm(self.get("out.pgm"))[3], means * 2)
+                    self.lum(*deep, order, *change, "be.raw", "out.raw")
+                    self.assertEqual(self.get("out.raw"), struct.pack(">4H", *means) * 2)
+
         self.lum(*base, "--i420", "f.raw", "out.yuv")
         planes = self.get("out.yuv")
         self.assertEqual(len(planes), 12)

@@ -197,6 +197,14 @@ Outcome Conversion::by_dispatcher(uint8_t* to, uint8_t* from, uint32_t width,
   return {"LumImageTransform", LumImageTransform(&input, &output, parameters, count)};
 }
 
+bool Conversion::keeps_foreign_words() const {
+  const LumPixelInfo& from = source->converted().pixel;
+  const LumPixelInfo& to = destination->pixel;
+  const bool copied = from.pixelLayout == LumPixelLayoutMono && from.bitsUsed == 16 &&
+                      to.pixelLayout == LumPixelLayoutMono && to.bitsPerPixel == 16;
+  return copied && (big_endian || entry == Entry::older);
+}
+
 Picture Conversion::picture(const Bytes& buffer, uint32_t width, uint32_t height) const {
   Picture picture;
   picture.width = width;
@@ -236,9 +244,7 @@ Picture Conversion::picture(const Bytes& buffer, uint32_t width, uint32_t height
           : 8;
   if (picture.bits == 16) {
     std::memcpy(picture.samples.data(), from->data(), count * 2);
-    // Kept: mono words of which all 16 bits are used are copied as they are, in their byte order.
-    const bool copied = taken.pixel.pixelLayout == LumPixelLayoutMono && taken.pixel.bitsUsed == 16;
-    if (copied && (big_endian || entry == Entry::older))
+    if (keeps_foreign_words())
       for (uint16_t& v : picture.samples) v = uint16_t(v << 8 | v >> 8);
   } else {
     std::transform(from->begin(), from->begin() + std::ptrdiff_t(count), picture.samples.begin(),

@@ -60,6 +60,10 @@ struct Conversion {
   // sample past the last row.
   Outcome run(uint8_t* destination_data, uint8_t* source_data, uint32_t width, uint32_t height);
 
+  // Kept: mono words of which all 16 bits are used are copied as they are, in the byte order of the
+  // frame. Whether that is not this machine's.
+  bool keeps_foreign_words() const;
+
   // A destination buffer as a picture of its own width and height, colours in the order of picture
   // files.
   Picture picture(const Bytes& buffer, uint32_t width, uint32_t height) const;

@@ -37,6 +37,11 @@ constexpr uint8_t kOpaque = 255;  // the library leaves alpha bytes as it finds 
   throw Failure(text);
 }
 
+// Of every 16-bit word.
+void exchange_bytes(Bytes& words) {
+  for (size_t i = 0; i + 1 < words.size(); i += 2) std::swap(words[i], words[i + 1]);
+}
+
 Picture picture_of_words(const Bytes& words, const FrameSize& size, uint32_t white) {
   Picture picture;
   picture.white = white;
@@ -140,7 +145,16 @@ Bytes Converter::encoded(FileKind kind) const {
   if (route_ == Route::words && kind != FileKind::raw)
     return encode_picture(picture_of_words(result_, job_.size, largest_word()), kind);
   if (route_ != Route::converted) return result_;
-  Bytes pixels = job_.finish.applied(way.destination->pixel, converted_size(), result_);
+  // Means and interpolations need numbers.
+  const bool foreign = way.keeps_foreign_words() && job_.finish.geometry.any();
+  Bytes words;
+  if (foreign) {
+    words = result_;
+    exchange_bytes(words);
+  }
+  Bytes pixels =
+      job_.finish.applied(way.destination->pixel, converted_size(), foreign ? words : result_);
+  if (foreign) exchange_bytes(pixels);
   if (kind == FileKind::raw) return pixels;
   const FrameSize size = job_.finish.geometry.finished(converted_size());
   return encode_picture(way.picture(pixels, size.width, size.height), kind);
