@@ -348,6 +348,11 @@ class ToolTest(unittest.TestCase):
             subprocess.run([LUM, *base, "f.raw", "/dev/stdout"], stdout=log, cwd=self.folder)
             subprocess.run([LUM, *base, "f.raw", "/dev/stdout"], stdout=log, cwd=self.folder)
         self.assertEqual(self.get("log.raw"), 2 * frame)
+        os.chmod(self.path("there.raw"), 0o600)
+        self.lum(*base, "f.raw", "link.raw")
+        self.assertEqual(os.stat(self.path("there.raw")).st_mode & 0o777, 0o600)
+        self.lum(*base, "f.raw", "x" * 255)
+        self.assertEqual(self.get("x" * 255), frame)
         os.symlink("loop.raw", self.path("loop.raw"))
         self.assertIn("nowhere", self.lum(*base, "f.raw", "loop.raw", status=1).text)
         # A reader that waits for a frame before it sends the next one.
@@ -565,6 +570,19 @@ class ToolTest(unittest.TestCase):
                 self.assertEqual(self.get("kept.png") == b"precious", status != 0)
         self.lum("convert", *rg8, "--size", "12x8", "f.raw", "./f.raw", status=1)
         self.lum("simulate", "--format", "Mono8", "f.raw", "f.raw", status=1)
+        with open(self.path("f.raw"), "rb") as same:
+            done = subprocess.run([LUM, "convert", *rg8, "--size", "12x8", "-", "f.raw"],
+                                  stdin=same, stderr=subprocess.PIPE, cwd=self.folder, timeout=60)
+            self.assertEqual((done.returncode, b"the input itself" in done.stderr), (1, True))
+        for i in (1, 2):
+            self.put(f"own{i}.raw", frame)
+        self.lum("convert", *rg8, "--size", "12x8", "own%d.raw", "own%d.raw", status=1)
+        self.assertFalse(os.path.exists(self.path("own0.raw")))
+        for words in (("--bin", ""), ("--frames=",), ("--to", "")):
+            with self.subTest(words=words):
+                self.assertIn(words[0].strip("=") + ": has no value",
+                              self.lum("convert", *rg8, "--size", "12x8", *words, "f.raw", "o.raw",
+                                       status=2).text)
         for name, text in (("o.jpg", r"as \.png.*--type raw"), ("o.pgm", r"PGM holds grey.*\.ppm"),
                            ("none/o.raw", r"none/o.raw: No such"), (".", r"is a directory")):
             with self.subTest(output=name):

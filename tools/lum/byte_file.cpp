@@ -2,6 +2,7 @@
 #include "byte_file.h"
 
 #include <fcntl.h>
+#include <sys/stat.h>
 #include <unistd.h>
 
 #include <algorithm>
@@ -33,6 +34,15 @@ fs::path behind_links(const fs::path& name) {
     at = at.parent_path() / target;
   }
   return at;
+}
+
+// Beside the file, or a rename could not put it in its place. The name tells whose it is where a
+// file system has room for that.
+std::string name_of_unfinished(const fs::path& name) {
+  constexpr size_t kLongestName = 255;
+  const std::string end = "." + std::to_string(getpid()) + ".part";
+  const bool fits = name.filename().string().size() + end.size() <= kLongestName;
+  return fits ? name.string() + end : (name.parent_path() / (".lum" + end)).string();
 }
 
 // The unfinished file, which a signal that ends the program takes away.
@@ -175,11 +185,14 @@ OutputFile::OutputFile(const std::string& name)
     file_ = std::fopen(name_.c_str(), "wb");
   } else {
     name_ = behind_links(name).string();
-    temporary_ = name_ + "." + std::to_string(getpid()) + ".part";
+    temporary_ = name_of_unfinished(name_);
     const int descriptor = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
     if (descriptor < 0) {
       temporary_.clear();
     } else {
+      // Who may read a file that is replaced may read the new one, and nobody else.
+      struct stat replaced;
+      if (stat(name_.c_str(), &replaced) == 0) fchmod(descriptor, replaced.st_mode & 07777);
       set_unfinished(temporary_);
       file_ = fdopen(descriptor, "wb");
     }
@@ -227,10 +240,19 @@ void write_whole(const std::string& name, const Bytes& bytes) {
   output.commit();
 }
 
-void refuse_same_file(const std::string& input, const std::string& output) {
-  if (is_standard_stream(input) || is_standard_stream(output)) return;
-  std::error_code error;
-  if (fs::equivalent(input, output, error) && fs::is_regular_file(input, error))
+InputFiles::InputFiles(const std::vector<std::string>& names) {
+  for (const std::string& name : names) {
+    struct stat file;
+    const int found =
+        is_standard_stream(name) ? fstat(STDIN_FILENO, &file) : stat(name.c_str(), &file);
+    if (found == 0 && S_ISREG(file.st_mode)) files_.insert({file.st_dev, file.st_ino});
+  }
+}
+
+void InputFiles::refuse(const std::string& output) const {
+  struct stat file;
+  if (is_standard_stream(output) || stat(output.c_str(), &file) != 0) return;
+  if (files_.count({file.st_dev, file.st_ino}) != 0)
     throw Failure(output + " is the input itself; it is not overwritten");
 }
 

@@ -4,10 +4,14 @@
 #ifndef LUM_TOOLS_BYTE_FILE_H
 #define LUM_TOOLS_BYTE_FILE_H
 
+#include <sys/types.h>
+
 #include <cstdint>
 #include <cstdio>
 #include <optional>
+#include <set>
 #include <string>
+#include <utility>
 #include <vector>
 
 namespace lum_tool {
@@ -69,8 +73,16 @@ class OutputFile {
 
 void write_whole(const std::string& name, const Bytes& bytes);
 
-// Throws Failure when both names mean the same file.
-void refuse_same_file(const std::string& input, const std::string& output);
+// The files that are read, standard input too when it is one.
+class InputFiles {
+ public:
+  explicit InputFiles(const std::vector<std::string>& names);
+  // Throws Failure when the name means one of them.
+  void refuse(const std::string& output) const;
+
+ private:
+  std::set<std::pair<dev_t, ino_t>> files_;
+};
 
 }  // namespace lum_tool
 

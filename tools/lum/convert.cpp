@@ -161,8 +161,10 @@ int convert_command(const ConvertOptions& options) {
     chosen = std::min(range.last, *stream.total() - 1) - range.first + 1;
     if (!many && options.frames.empty() && *stream.total() > 1) note_first_of(*stream.total());
   }
-  for (const std::string& name : stream.names())
-    if (!sequence) refuse_same_file(name, options.output);
+  const InputFiles inputs(stream.names());
+  if (!sequence) inputs.refuse(options.output);
+  for (uint64_t i = 0; sequence && i < chosen.value_or(0); ++i)
+    inputs.refuse(sequence_name(options.output, range.first + i));
 
   Converter converter({way, finish, words_of(options), size});
   if (has_extension(options.output, "pgm") && kind == FileKind::pnm && !converter.makes_grey())
@@ -194,7 +196,7 @@ int convert_command(const ConvertOptions& options) {
       const Bytes bytes = converter.encoded(kind);
       if (sequence) {
         const std::string name = sequence_name(options.output, number);
-        for (const std::string& input : stream.names()) refuse_same_file(input, name);
+        inputs.refuse(name);
         write_whole(name, bytes);
       } else {
         whole->write(bytes);

@@ -2,6 +2,7 @@
 // The command line of `lum`. Exit status: 0 done, 1 failed, 2 called wrongly.
 #include <CLI/CLI.hpp>
 #include <cstdio>
+#include <cstring>
 #include <exception>
 #include <new>
 
@@ -126,6 +127,23 @@ std::string version_text() {
   return text;
 }
 
+// A value that is empty, as that of a shell variable without one: to the parser the next word would
+// be the value, or the option as if it were not there.
+void refuse_cut_off_values(int argc, char** argv) {
+  for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
+    const std::string word = argv[i];
+    if (word.rfind("--", 0) == 0 && word.back() == '=')
+      throw CLI::ValidationError(word.substr(0, word.size() - 1), "has no value");
+  }
+}
+void refuse_empty_values(const CLI::App& app) {
+  for (const CLI::App* command : app.get_subcommands())
+    for (const CLI::Option* option : command->get_options())
+      for (const std::string& value : option->results())
+        if (value.empty() && !option->get_positional())
+          throw CLI::ValidationError(option->get_name(), "has no value");
+}
+
 }  // namespace
 
 int main(int argc, char** argv) {
@@ -163,7 +181,9 @@ int main(int argc, char** argv) {
     return lum_tool::errors_command(code);
   };
   try {
+    refuse_cut_off_values(argc, argv);
     app.parse(argc, argv);
+    refuse_empty_values(app);
   } catch (const CLI::ParseError& error) {
     return app.exit(error) == 0 ? 0 : kWrongCall;
   }

@@ -204,7 +204,7 @@ int simulate_command(const SimulateOptions& options) {
   way.big_endian = options.big_endian;
   way.msb_aligned = options.msb_aligned;
   way.check(source.step_x(), source.step_y());
-  refuse_same_file(options.input, options.output);
+  InputFiles({options.input}).refuse(options.output);
   const Picture picture = decode_picture(read_whole(options.input), options.input);
   const SimulatedFrame frame =
       simulate_frame(picture, source, options.big_endian, options.msb_aligned);
