@@ -103,8 +103,8 @@ void Conversion::check(uint32_t width, uint32_t height) const {
                   std::to_string(height) + " is not");
   const bool bayer_binned = entry == Entry::bayer_binned;
   if ((debayer || bayer_binned) && !source->is_bayer8())
-    throw Failure("--debayer is for 8-bit Bayer frames; the library converts " + from +
-                  " in one way only");
+    throw Failure("--debayer is for 8-bit Bayer frames, which " + from + " is not" +
+                  (source->is_cygm() ? "; --cygm chooses for it" : ""));
   if ((big_endian || msb_aligned) && !words)
     throw Failure("--big-endian and --msb-aligned are for 16-bit mono and Bayer words; " + from +
                   " has " + std::to_string(source->pixel.bitsPerPixel) + " bits a pixel");
