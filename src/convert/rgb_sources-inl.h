@@ -5,6 +5,7 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+// With `swapped` in the other order, which costs nothing where a shuffle makes them.
 template <bool bgr, bool swapped = false>
 struct Packed24Source {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;

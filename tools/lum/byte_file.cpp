@@ -186,14 +186,16 @@ OutputFile::OutputFile(const std::string& name)
   } else {
     name_ = behind_links(name).string();
     temporary_ = name_of_unfinished(name_);
-    const int descriptor = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, 0666);
+    // Who may read a file that is replaced may read the new one, and nobody else.
+    struct stat replaced;
+    const bool replaces = stat(name_.c_str(), &replaced) == 0;
+    const mode_t mode = replaces ? replaced.st_mode & 0777 : 0666;
+    const int descriptor = open(temporary_.c_str(), O_WRONLY | O_CREAT | O_EXCL | O_CLOEXEC, mode);
     if (descriptor < 0) {
       temporary_.clear();
     } else {
-      // Who may read a file that is replaced may read the new one, and nobody else.
-      struct stat replaced;
-      if (stat(name_.c_str(), &replaced) == 0) fchmod(descriptor, replaced.st_mode & 07777);
       set_unfinished(temporary_);
+      if (replaces) fchmod(descriptor, mode);  // which the mask of new files may have cut
       file_ = fdopen(descriptor, "wb");
     }
   }
