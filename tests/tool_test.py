@@ -525,6 +525,7 @@ class ToolTest(unittest.TestCase):
             (("--from", "IRaw8CYGM", "--size", "16x6"), "f.raw", 1, r"multiple of 4; 16x6"),
             ((*rg8, "--size", "12x8", "--frames", "1"), "f.raw", 1, r"has 1 frame, counted from 0"),
             ((*rg8, "--size", "12x8", "--frames", "9-1"), "f.raw", 1, r"--frames 9-1"),
+            ((*rg8, "--size", "12x8", "--frames=-1"), "f.raw", 1, r"--frames -1: expected"),
             ((*rg8, "--size", "12by8"), "f.raw", 1, r"--size 12by8"),
             ((*rg8, "--size", "4294967297x8"), "f.raw", 1, r"--size 4294967297x8"),
             (("--from", "BayerXY8", "--size", "12x8"), "f.raw", 1, r"BayerXY8.*BayerRG8"),
@@ -573,6 +574,10 @@ class ToolTest(unittest.TestCase):
         with open(self.path("f.raw"), "rb") as same:
             done = subprocess.run([LUM, "convert", *rg8, "--size", "12x8", "-", "f.raw"],
                                   stdin=same, stderr=subprocess.PIPE, cwd=self.folder, timeout=60)
+            self.assertEqual((done.returncode, b"the input itself" in done.stderr), (1, True))
+        with open(self.path("f.raw"), "ab") as same:  # else it would read what it writes
+            done = subprocess.run([LUM, "convert", *rg8, "--size", "12x8", "f.raw", "-"],
+                                  stdout=same, stderr=subprocess.PIPE, cwd=self.folder, timeout=60)
             self.assertEqual((done.returncode, b"the input itself" in done.stderr), (1, True))
         for i in (1, 2):
             self.put(f"own{i}.raw", frame)

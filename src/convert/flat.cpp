@@ -18,8 +18,9 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
   const size_t read = row_bytes(source, count), moved = read + count * pixel_bytes(sink);
   args.beyond_cache = is_streamed(kernels, moved) ? 1 : 0;
   if (moved <= kPrefetchAbove) {
-    // A line of which bytes stay is waited for, so it, and what it is made of, is fetched a few
-    // lines ahead all the same. Narrow sources have no alpha for pixels of four bytes.
+    // A line of which bytes stay is waited for, so what kPrefetchesKept says of it and of what it
+    // is made of is fetched a few lines ahead all the same. Narrow sources have no alpha for pixels
+    // of four bytes.
     const ptrdiff_t near = pixel_bytes(sink) == 4 ? kNearPrefetch : 0;
     const bool narrow = read <= size_t{count} * 2;  // three bytes and more come too slowly
     args.write_ahead = narrow ? near : 0;

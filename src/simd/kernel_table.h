@@ -196,7 +196,7 @@ struct RowArgs {
   ptrdiff_t ahead_of_a = kPrefetchDistance, ahead_of_b = kPrefetchDistance;
   // From what a kernel writes to what it prefetches to be written next; in a tile, the next row.
   ptrdiff_t write_ahead = kPrefetchDistance;
-  uint32_t beyond_cache = 0;  // 1 when the frame is more than the caches hold: see kPrefetchesKept
+  uint32_t beyond_cache = 0;  // 1 when is_streamed() says so of the frame: see kPrefetchesKept
 };
 
 // Converts n pixels. Reads exactly n pixels of row a (and of row b where the source has two, and of

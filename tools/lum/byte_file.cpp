@@ -36,8 +36,8 @@ fs::path behind_links(const fs::path& name) {
   return at;
 }
 
-// Beside the file, or a rename could not put it in its place. The name tells whose it is where a
-// file system has room for that.
+// Beside the file, or a rename could not put it in its place. The name tells whose it is unless
+// that makes it longer than file systems take.
 std::string name_of_unfinished(const fs::path& name) {
   constexpr size_t kLongestName = 255;
   const std::string end = "." + std::to_string(getpid()) + ".part";
@@ -186,7 +186,7 @@ OutputFile::OutputFile(const std::string& name)
   } else {
     name_ = behind_links(name).string();
     temporary_ = name_of_unfinished(name_);
-    // Who may read a file that is replaced may read the new one, and nobody else.
+    // A file that was not for everyone is not either when it is replaced. Its owner is who does so.
     struct stat replaced;
     const bool replaces = stat(name_.c_str(), &replaced) == 0;
     const mode_t mode = replaces ? replaced.st_mode & 0777 : 0666;
@@ -195,7 +195,11 @@ OutputFile::OutputFile(const std::string& name)
       temporary_.clear();
     } else {
       set_unfinished(temporary_);
-      if (replaces) fchmod(descriptor, mode);  // which the mask of new files may have cut
+      if (replaces) {
+        const bool same_group = fchown(descriptor, static_cast<uid_t>(-1), replaced.st_gid) == 0;
+        // The mask of new files may have cut it. A file system without modes has nothing to lose.
+        (void)fchmod(descriptor, same_group ? mode : mode & ~mode_t{S_IRWXG});
+      }
       file_ = fdopen(descriptor, "wb");
     }
   }
@@ -253,9 +257,11 @@ InputFiles::InputFiles(const std::vector<std::string>& names) {
 
 void InputFiles::refuse(const std::string& output) const {
   struct stat file;
-  if (is_standard_stream(output) || stat(output.c_str(), &file) != 0) return;
-  if (files_.count({file.st_dev, file.st_ino}) != 0)
-    throw Failure(output + " is the input itself; it is not overwritten");
+  const bool standard = is_standard_stream(output);
+  const int found = standard ? fstat(STDOUT_FILENO, &file) : stat(output.c_str(), &file);
+  if (found == 0 && files_.count({file.st_dev, file.st_ino}) != 0)
+    throw Failure((standard ? "standard output" : output) +
+                  " is the input itself; it is not overwritten");
 }
 
 }  // namespace lum_tool

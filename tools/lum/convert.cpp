@@ -5,6 +5,7 @@
 #include <cstdio>
 #include <limits>
 #include <memory>
+#include <regex>
 
 #include "byte_file.h"
 #include "commands.h"
@@ -40,14 +41,13 @@ FileKind output_kind(const ConvertOptions& options) {
 FrameRange wanted_frames(const ConvertOptions& options, bool many) {
   if (options.frames.empty()) return {0, many ? kAllFrames : 0};
   if (options.frames == "all") return {0, kAllFrames};
-  unsigned long long first = 0, last = 0;
-  int end = 0;
-  const int length = static_cast<int>(options.frames.size());
-  if (std::sscanf(options.frames.c_str(), "%llu%n", &first, &end) == 1 && end == length)
-    return {first, first};
-  if (std::sscanf(options.frames.c_str(), "%llu-%llu%n", &first, &last, &end) == 2 &&
-      end == length && first <= last)
-    return {first, last};
+  static const std::regex form("([0-9]{1,19})(-([0-9]{1,19}))?");
+  std::smatch numbers;
+  if (std::regex_match(options.frames, numbers, form)) {
+    const uint64_t first = std::stoull(numbers[1]);
+    const uint64_t last = numbers[3].matched ? std::stoull(numbers[3]) : first;
+    if (first <= last) return {first, last};
+  }
   throw Failure("--frames " + options.frames + ": expected \"all\", a number from 0 or two, 2-9");
 }
 
