@@ -77,7 +77,7 @@ void write_whole(const std::string& name, const Bytes& bytes);
 class InputFiles {
  public:
   explicit InputFiles(const std::vector<std::string>& names);
-  // Throws Failure when the name means one of them.
+  // Throws Failure when the name, - for standard output, means one of them.
   void refuse(const std::string& output) const;
 
  private:
