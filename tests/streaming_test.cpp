@@ -144,6 +144,11 @@ std::vector<Conversion> frame_conversions() {
     }
   }
   list.push_back(
+      {"grey to I420", 1, 2,
+       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
+         image_to_i420(k, LumPixelLayoutMono, dst, src, width, height);
+       }});
+  list.push_back(
       {"interlaced to progressive", 3, 3,
        [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
          interlaced_to_progressive(k, dst, src, 3 * width, height);

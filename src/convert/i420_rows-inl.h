@@ -9,20 +9,10 @@ namespace {
 
 // A source gives kLanes pixels of a row as it has them, and of two such blocks the chroma of their
 // squares of 2 x 2 pixels: kLanes / 2 bytes of U and as many of V.
-struct GrayBlock {
-  U8 y;
-};
 struct YuvBlock {
   U8 y, u, v;
 };
 
-// The factors of a grey pixel's three colours added up: ((220 y + 128) >> 8) + 16. The upper half
-// of the product (256 y + 149) 220 is ((220 y + 128.05) >> 8), and bytes beside y are all it takes.
-LUM_INLINE U8 luma_of(const GrayBlock& p) {
-  const U16 factor = multiplier(66 + 129 + 25);
-  const Bytes2 v = interleave(splat8(149), p.y);
-  return pack_sat(I16(mul_hi(U16(v.lo), factor)), I16(mul_hi(U16(v.hi), factor))) + 16;
-}
 LUM_INLINE U8 luma_of(const Rgb8& p) { return luma<StudioY>(p); }
 template <bool bgr>
 LUM_INLINE U8 luma_of(const Pixels4<bgr, true>& p) {
@@ -31,16 +21,21 @@ LUM_INLINE U8 luma_of(const Pixels4<bgr, true>& p) {
 LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
 LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
 
-// Grey has no chroma: the factors of U and of V add up to 0, and the planes are filled elsewhere.
-struct GrayTo420 {
+// Grey is a row like others: its U and V are 128, as the factors of either add up to 0, and fill
+// planes. Those of Y added up leave ((220 y + 128) >> 8) + 16. The upper half of the product
+// (256 y + 149) 220 is ((220 y + 128.05) >> 8), and bytes beside y are all it takes.
+struct StudioGray {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
-  static constexpr bool kChroma = false;
-  static LUM_INLINE GrayBlock block(const uint8_t* p) { return {load<U8>(p)}; }
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit StudioGray(const RowArgs&) {}
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
+    const U16 factor = multiplier(StudioY::kRed + StudioY::kGreen + StudioY::kBlue);
+    const Bytes2 v = interleave(splat8(149), load<U8>(a));
+    return {pack_sat(I16(mul_hi(U16(v.lo), factor)), I16(mul_hi(U16(v.hi), factor))) + 16};
+  }
   static_assert(StudioU::kRed + StudioU::kGreen + StudioU::kBlue == 0, "U of grey");
   static_assert(StudioV::kRed + StudioV::kGreen + StudioV::kBlue == 0, "V of grey");
-};
-struct ColourTo420 {
-  static constexpr bool kChroma = true;
 };
 
 LUM_INLINE I16 sum_of_squares(U8 a, U8 b) { return I16(sum_of_pairs(a) + sum_of_pairs(b)); }
@@ -49,7 +44,7 @@ LUM_INLINE I16 sum_of_squares(U8 a, U8 b) { return I16(sum_of_pairs(a) + sum_of_
 constexpr int kChromaBack = 512 + (128 << 10);
 
 // R, G, B, summed over the square: up to 1020, so that the products need 32 bits.
-struct RgbTo420 : ColourTo420 {
+struct RgbTo420 {
   static LUM_INLINE U8 chroma(const Rgb8& upper, const Rgb8& lower) {
     const I16 r = sum_of_squares(upper.r, lower.r), g = sum_of_squares(upper.g, lower.g),
               b = sum_of_squares(upper.b, lower.b);
@@ -95,7 +90,7 @@ constexpr LaneTable kSquares = lane_table([](int i) {
   return i / 16 * 16 + 4 * pixel + channel;
 });
 template <bool bgr>
-struct Rgba32To420<bgr, true> : ColourTo420 {
+struct Rgba32To420<bgr, true> {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 4;
   using Block = Pixels4<bgr, true>;
   static LUM_INLINE Block block(const uint8_t* p) { return load_pixels4<bgr>(p); }
@@ -123,7 +118,7 @@ struct Rgba32To420<bgr, true> : ColourTo420 {
 };
 // As U Y V Y; the chroma of two rows is averaged as it lies there.
 template <class Layout>
-struct YuvTo420 : ColourTo420 {
+struct YuvTo420 {
   static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
   static LUM_INLINE Wide block(const uint8_t* p) {
     return {Layout::uyvy(p), Layout::uyvy(p + Layout::kHalf)};
@@ -135,7 +130,7 @@ struct YuvTo420 : ColourTo420 {
     return narrow(I16(uv & 255), I16(uv >> 8));
   }
 };
-struct Yuv444To420 : ColourTo420 {
+struct Yuv444To420 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
   static LUM_INLINE YuvBlock block(const uint8_t* p) {
     const Bytes3 v = load3(p);
@@ -152,12 +147,10 @@ LUM_INLINE void i420_block(const I420Rows& rows) {
   const auto upper = Source::block(rows.src[0]), lower = Source::block(rows.src[1]);
   store(rows.y[0], luma_of(upper));
   store(rows.y[1], luma_of(lower));
-  if constexpr (Source::kChroma) {
-    uint8_t both[kLanes];
-    store(both, Source::chroma(upper, lower));
-    memcpy(rows.u, both, kLanes / 2);
-    memcpy(rows.v, both + kLanes / 2, kLanes / 2);
-  }
+  uint8_t both[kLanes];
+  store(both, Source::chroma(upper, lower));
+  memcpy(rows.u, both, kLanes / 2);
+  memcpy(rows.v, both + kLanes / 2, kLanes / 2);
 }
 
 template <class Source>
@@ -169,7 +162,6 @@ void i420(const I420Rows& rows, size_t n) {
     for (int i = 0; i < 2; ++i) memcpy(in[i], r.src[i], source_bytes<Source>(n));
     i420_block<Source>({{in[0], in[1]}, {y[0], y[1]}, u, v});
     for (int i = 0; i < 2; ++i) memcpy(r.y[i], y[i], n);
-    if (!Source::kChroma) return;
     memcpy(r.u, u, n / 2);
     memcpy(r.v, v, n / 2);
     return;

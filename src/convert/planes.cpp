@@ -38,6 +38,16 @@ size_t samples_to_line(uint8_t* const* planes, uint32_t channels, uint32_t sampl
   return bytes % sample_bytes != 0 ? count : std::min(bytes / sample_bytes, count);
 }
 
+// As memset().
+void stream_bytes(const Kernels& kernels, uint8_t* dst, uint8_t value, size_t bytes) {
+  uint8_t piece[4096];
+  memset(piece, value, sizeof piece);
+  for (size_t x = 0; x < bytes; x += sizeof piece) {
+    kernels.stream(dst + x, piece, std::min(sizeof piece, bytes - x));
+  }
+  kernels.end_stream();
+}
+
 }  // namespace
 
 void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uint8_t* dst,
@@ -99,10 +109,22 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
   const size_t y_bytes = size_t{width} * height, chroma_row = width / 2;
   uint8_t* const u = dst + y_bytes;
   uint8_t* const v = u + y_bytes / 4;
-  if (source == Source::mono8) {  // all rows in one go, as two halves
-    const size_t half = y_bytes / 2;
-    kernels.direct.i420[layout]({{src, src + half}, {dst, dst + half}, u, v}, half);
-    memset(u, 128, half);
+  if (source == Source::mono8) {
+    const DirectKernels& direct = kernels.direct;
+    const size_t beside_y = y_bytes + y_bytes / 2;  // read, and written to U and V
+    write_pixels(
+        kernels, dst, y_bytes, beside_y, {1, 1},
+        [&](uint8_t* to, size_t x, size_t n) {
+          direct.gray_to_studio(to, src + x, nullptr, n, RowArgs());
+        },
+        [&](uint8_t* to, size_t x, size_t n) {
+          return direct.streamed_gray_to_studio(to, src + x, nullptr, n, RowArgs());
+        });
+    if (is_streamed(kernels, beside_y + y_bytes)) {
+      stream_bytes(kernels, u, 128, y_bytes / 2);
+    } else {
+      memset(u, 128, y_bytes / 2);
+    }
     return;
   }
   for (size_t pair = 0; pair < height / 2; ++pair) {

@@ -72,8 +72,10 @@ struct DirectKernels {
   Row studio_to_bgr24[3];
   StreamedRow streamed_studio_to_bgr24[3];
 
-  // By LumPixelLayout; null for those that cannot go there. Of grey, U and V are left alone.
+  // By LumPixelLayout; null for those that cannot go there and for grey, of which a row makes Y.
   void (*i420[11])(const I420Rows& rows, size_t n);
+  Row gray_to_studio;
+  StreamedRow streamed_gray_to_studio;
 
   // Components of n interleaved pixels to planes and back, for [bytes of a sample - 1][channels -
   // 2]. A null plane is skipped.

@@ -71,7 +71,8 @@ constexpr DirectKernels make_direct_kernels() {
   add_studio<StudioYuvSource<Yuv422Layout>>(k, 1);
   add_studio<StudioYuv444>(k, 2);
 
-  k.i420[0] = i420<GrayTo420>;
+  k.gray_to_studio = row<StudioGray, Mono8<Rec601>>;
+  if constexpr (kStreams) k.streamed_gray_to_studio = streamed_row<StudioGray, Mono8<Rec601>>;
   k.i420[4] = i420<Rgb24To420<false>>;
   k.i420[5] = i420<Rgb24To420<true>>;
   k.i420[6] = i420<Rgba32To420<false>>;
