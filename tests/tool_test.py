@@ -502,6 +502,24 @@ class ToolTest(unittest.TestCase):
                     self.assertTrue(self.get("w.pgm").startswith(b"P5\n4 2\n%d\n" % white))
                     self.assertEqual(read_pnm(self.get("w.pgm"))[3], words)
 
+    def test_padded_lines(self):
+        noise = random.Random(3)
+        for source, size, line in (("BayerRG8", "10x4", 10), ("Mono12Packed", "6x4", 9),
+                                   ("BayerRG10p", "8x4", 10), ("BayerGR12", "6x4", 12),
+                                   ("YUV422_8_UYVY", "6x4", 12), ("IRaw8CYGM", "6x4", 6)):
+            with self.subTest(source=source):
+                lines = [noise.randbytes(line) for _ in range(2 * 4)]  # of two frames
+                padded = b"".join(one + noise.randbytes(7) for one in lines)
+                convert = ("convert", "--from", source, "--size", size)
+                plain = self.lum(*convert, "-", "-", stdin=b"".join(lines)).stdout
+                self.put("padded.raw", padded)
+                for name in ("padded.raw", "-"):
+                    self.assertEqual(self.lum(*convert, "--line-pitch", line + 7, name, "-",
+                                              stdin=padded).stdout, plain)
+                second = self.lum(*convert, "--line-pitch", line + 7, "--frames", 1, "-", "-",
+                                  stdin=padded).stdout
+                self.assertEqual(second, plain[len(plain) // 2:])
+
     def test_refusals(self):
         frame = bytes(range(96))  # 12x8 at 8 bits
         self.put("f.raw", frame)
@@ -511,6 +529,12 @@ class ToolTest(unittest.TestCase):
             ((*rg8, "--size", "12x10"), "f.raw", 1,
              r"96 bytes.*12 x 10 x 8 bits = 120 bytes \(24 bytes short\)"),
             ((*rg8, "--size", "10x8"), "f.raw", 1, r"80 bytes \(1 of them and 16 bytes over\)"),
+            ((*rg8, "--size", "10x8"), "f.raw", 1, r"lines are padded: --line-pitch 12$"),
+            ((*rg8, "--size", "10x8", "--line-pitch", "9"), "f.raw", 1,
+             r"--line-pitch 9: a line of 10 BayerRG8 pixels has 10 bytes"),
+            ((*rg8, "--size", "10x8", "--line-pitch", "13"), "f.raw", 1,
+             r"needs 8 lines of 13 bytes = 104 bytes \(8 bytes short\)$"),
+            ((*rg8, "--size", "10x8", "--line-pitch=-3"), "f.raw", 1, r"expected a number of byt"),
             (("--from", "Mono12Packed", "--size", "8x8"), "f.raw", 0, ""),
             (("--from", "BayerRG16", "--size", "12x8"), "f.raw", 1,
              r"= 192 bytes.*\n.*fit as: Mono8, BayerGR8, BayerRG8, BayerGB8, BayerBG8, IRaw8CYGM"),

@@ -26,7 +26,8 @@ constexpr char kDefaultDestination[] = "BGR24";
 struct ConvertOptions {
   std::string from;
   std::string size;
-  std::string to;  // empty: kDefaultDestination, or the one that there is
+  std::string line_pitch;  // bytes from one line of a frame to the next, or empty
+  std::string to;          // empty: kDefaultDestination, or the one that there is
   std::string input;
   std::string output;
   std::string type;    // png, tiff, pnm, raw; empty: by the output's extension

@@ -92,6 +92,15 @@ Conversion conversion_of(const ConvertOptions& options) {
   return way;
 }
 
+std::optional<uint32_t> line_pitch_of(const ConvertOptions& options) {
+  const std::string& text = options.line_pitch;
+  if (text.empty()) return {};
+  if (text.size() > 9 || text.find_first_not_of("0123456789") != std::string::npos)
+    throw Failure("--line-pitch " + text + ": expected a number of bytes below " +
+                  grouped(1000000000));
+  return static_cast<uint32_t>(std::stoul(text));
+}
+
 // "2" or "4x2".
 FrameSize parse_bin(const std::string& text) {
   FrameSize bin;
@@ -151,7 +160,7 @@ int convert_command(const ConvertOptions& options) {
   if (!many && range.first != range.last)
     throw Failure("several frames need a numbered output, for example frame%04d.png");
 
-  FrameStream stream(options.input, *way.source, size.width, size.height);
+  FrameStream stream(options.input, *way.source, size, line_pitch_of(options));
   std::optional<uint64_t> chosen;
   if (stream.total()) {
     if (range.first >= *stream.total())

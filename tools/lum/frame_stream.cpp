@@ -4,10 +4,13 @@
 #include <cstdio>
 #include <filesystem>
 
+#include "conversion.h"
 #include "failure.h"
 
 namespace lum_tool {
 namespace {
+
+constexpr uint64_t kLikelyPadding = 4096;  // a page
 
 // A sequence starts at 0 or 1 and ends before the first number that is missing.
 std::vector<std::string> files_of(const std::string& name) {
@@ -32,40 +35,50 @@ std::vector<std::string> files_of(const std::string& name) {
 
 }  // namespace
 
-FrameStream::FrameStream(const std::string& name, const Source& source, uint32_t width,
-                         uint32_t height)
+FrameStream::FrameStream(const std::string& name, const Source& source, const FrameSize& size,
+                         std::optional<uint32_t> line_pitch)
     : source_(source),
-      width_(width),
-      height_(height),
-      need_(source.frame_bytes(width, height)),
+      size_(size),
+      line_(source.frame_bytes(size.width, 1)),
+      pitch_(line_pitch.value_or(line_)),
+      need_(pitch_ * size.height),
       names_(files_of(name)),
       total_(0) {
+  if (pitch_ < line_)
+    throw Failure("--line-pitch " + std::to_string(pitch_) + ": a line of " +
+                  std::to_string(size.width) + " " + source.name + " pixels has " +
+                  bytes_text(line_));
   for (const std::string& file : names_) {
-    const std::optional<uint64_t> size = size_of_file(file);
-    if (!size)
+    const std::optional<uint64_t> bytes = size_of_file(file);
+    if (!bytes)
       total_.reset();
-    else if (*size == 0 || *size % need_ != 0)
-      refuse(file, *size);
+    else if (*bytes == 0 || *bytes % need_ != 0)
+      refuse(file, *bytes);
     else if (total_)
-      *total_ += *size / need_;
+      *total_ += *bytes / need_;
   }
 }
 
 void FrameStream::refuse(const std::string& title, uint64_t bytes) const {
-  const std::string size = std::to_string(width_) + "x" + std::to_string(height_);
-  std::string text = title + " has " + bytes_text(bytes) + "; a " + source_.name + " frame of " +
-                     size + " needs " + std::to_string(width_) + " x " + std::to_string(height_) +
-                     " x " + std::to_string(source_.pixel.bitsPerPixel) +
-                     " bits = " + bytes_text(need_);
+  const std::string height = std::to_string(size_.height);
+  const std::string size = std::to_string(size_.width) + "x" + height;
+  std::string text =
+      title + " has " + bytes_text(bytes) + "; a " + source_.name + " frame of " + size + " needs ";
+  if (pitch_ != line_)
+    text += height + " lines of " + bytes_text(pitch_);
+  else
+    text += std::to_string(size_.width) + " x " + height + " x " +
+            std::to_string(source_.pixel.bitsPerPixel) + " bits";
+  text += " = " + bytes_text(need_);
   if (bytes > need_)
     text += " (" + grouped(bytes / need_) + " of them and " + bytes_text(bytes % need_) + " over)";
   else if (bytes > 0)
     text += " (" + bytes_text(need_ - bytes) + " short)";
-  if (bytes == 0) throw Failure(text);
+  if (bytes == 0 || pitch_ != line_) throw Failure(text);
   std::string fitting;
   for (const Source& source : sources()) {
-    if (!source.fits(width_, height_)) continue;
-    const uint64_t need = source.frame_bytes(width_, height_);
+    if (!source.fits(size_.width, size_.height)) continue;
+    const uint64_t need = source.frame_bytes(size_.width, size_.height);
     if (bytes == need) fitting += (fitting.empty() ? "" : ", ") + source.name;
   }
   if (fitting.empty())
@@ -73,6 +86,10 @@ void FrameStream::refuse(const std::string& title, uint64_t bytes) const {
         ".\nNo format that this library knows has frames of " + bytes_text(bytes) + " at " + size;
   else
     text += ".\nOne frame of that size would fit as: " + fitting;
+  // One frame whose lines are padded to what processors and buses like.
+  const uint64_t pitch = bytes / size_.height;
+  if (bytes % size_.height == 0 && pitch > line_ && pitch - line_ <= kLikelyPadding)
+    text += ".\nOr its lines are padded: --line-pitch " + std::to_string(pitch);
   throw Failure(text);
 }
 
@@ -84,9 +101,19 @@ bool FrameStream::open_next() {
 }
 
 bool FrameStream::next(Bytes& frame) {
+  if (pitch_ == line_) return read_next(frame.data());
+  padded_.resize(need_);
+  if (!read_next(padded_.data())) return false;
+  need("LumCopyRows",
+       LumCopyRows(frame.data(), padded_.data(), static_cast<uint32_t>(line_), size_.height,
+                   static_cast<uint32_t>(line_), static_cast<uint32_t>(pitch_)));
+  return true;
+}
+
+bool FrameStream::read_next(uint8_t* to) {
   for (;;) {
     if (!file_ && !open_next()) return false;
-    const size_t got = file_->read(frame.data(), need_);
+    const size_t got = file_->read(to, need_);
     position_ += got;
     if (got == need_) return true;
     if (got != 0 || position_ == 0) refuse(file_->title(), position_);
@@ -100,7 +127,7 @@ bool FrameStream::skip() {
     const std::optional<uint64_t> size = file_->size();
     if (!size) {
       Bytes frame(need_);
-      return next(frame);
+      return read_next(frame.data());
     }
     if (position_ < *size) {
       file_->skip(need_);

@@ -11,19 +11,22 @@
 
 #include "byte_file.h"
 #include "catalogue.h"
+#include "commands.h"
 
 namespace lum_tool {
 
 class FrameStream {
  public:
-  // Throws Failure with the arithmetic when a file holds no whole number of frames.
-  FrameStream(const std::string& name, const Source& source, uint32_t width, uint32_t height);
+  // Lines lie line_pitch bytes apart, or follow each other. Throws Failure with the arithmetic when
+  // a file holds no whole number of frames.
+  FrameStream(const std::string& name, const Source& source, const FrameSize& size,
+              std::optional<uint32_t> line_pitch);
 
   const std::vector<std::string>& names() const { return names_; }
   // Nothing for a pipe.
   std::optional<uint64_t> total() const { return total_; }
 
-  // False at the end. `frame` has room for frame_bytes() at least.
+  // False at the end. `frame` has room for frame_bytes() at least; it gets lines without padding.
   bool next(Bytes& frame);
   bool skip();
   // Reads a pipe to its end, so that a length that does not fit is noticed. The frames it had left.
@@ -31,11 +34,14 @@ class FrameStream {
 
  private:
   bool open_next();
+  bool read_next(uint8_t* to);
   [[noreturn]] void refuse(const std::string& title, uint64_t bytes) const;
 
   const Source& source_;
-  uint32_t width_, height_;
-  uint64_t need_;
+  const FrameSize size_;
+  uint64_t line_, pitch_;  // bytes of a line, without and with its padding
+  uint64_t need_;          // bytes of a frame in the file
+  Bytes padded_;
   std::vector<std::string> names_;
   std::optional<uint64_t> total_;
   size_t opened_ = 0;

@@ -22,6 +22,9 @@ void add_convert(CLI::App& app, lum_tool::ConvertOptions& o) {
                 "format of the frames: a name as in `lum formats`, or its code (0x01080009)")
       ->required();
   c->add_option("--size", o.size, "WIDTHxHEIGHT of a frame")->required();
+  c->add_option("--line-pitch", o.line_pitch,
+                "bytes from one line of a frame to the next, where lines are padded (bytesperline, "
+                "stride)");
   CLI::Option* to = c->add_option("--to", o.to, "format to convert to")
                         ->default_str(lum_tool::kDefaultDestination);
   c->add_option("input", o.input, "file of one or more frames, frame%04d.raw, or - for stdin")
