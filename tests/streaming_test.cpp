@@ -143,6 +143,18 @@ std::vector<Conversion> frame_conversions() {
                uint32_t height) { flip(k, dst, src, width, height, pixel_bytes, mode); }});
     }
   }
+  for (const PixelShape shape : {PixelShape{1, 1}, PixelShape{3, 1}, PixelShape{1, 2}}) {
+    for (const Resampling mode : {Resampling::nearest, Resampling::linear}) {
+      const uint32_t bytes = static_cast<uint32_t>(shape.bytes());
+      list.push_back(
+          {"resized " + std::to_string(static_cast<int>(mode)) + " of " + std::to_string(bytes),
+           bytes, bytes,
+           [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+               uint32_t height) {
+             resize(k, dst, src, {width * 2 / 3, height * 2 / 3}, {width, height}, shape, mode);
+           }});
+    }
+  }
   list.push_back(
       {"grey to I420", 1, 2,
        [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {

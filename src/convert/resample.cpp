@@ -12,6 +12,7 @@
 #include "convert/direct.h"
 #include "convert/resample_plan.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -55,13 +56,15 @@ union Scratch {
   alignas(64) uint8_t mixed[2][kTileBytes];
 };
 
-// A tile of a row, of which `there` bytes can be read.
+// A tile of a row, of which `there` bytes can be read; so far `ahead`, unless that is 0, lies the
+// row that will be resampled next.
 void resample_tile(const DirectKernels& k, uint8_t* dst, const uint8_t* src, size_t there,
-                   const Plan& plan, PixelShape pixel, Resampling mode, Scratch& scratch) {
+                   const Plan& plan, PixelShape pixel, Resampling mode, Scratch& scratch,
+                   ptrdiff_t ahead) {
   const size_t bytes = plan.n * pixel.bytes(), samples = size_t{plan.n} * pixel.channels;
   if (mode == Resampling::nearest) {
     if (plan.picks) {
-      k.pick(dst, src + plan.from, plan.base, plan.index, bytes);
+      k.pick(dst, src + plan.from, plan.base, plan.index, bytes, ahead);
     } else {
       gather(dst, src, plan, 0, pixel.bytes());
     }
@@ -72,8 +75,9 @@ void resample_tile(const DirectKernels& k, uint8_t* dst, const uint8_t* src, siz
     if (there - plan.first < plan.reach) {
       memcpy(scratch.row, src, there - plan.first);
       src = scratch.row;
+      ahead = 0;
     }
-    plan.mix(dst, src, plan.base, plan.index, plan.f, pixel.bytes(), samples);
+    plan.mix(dst, src, plan.base, plan.index, plan.f, pixel.bytes(), samples, ahead);
     return;
   }
   uint8_t *const a = scratch.mixed[0], *const b = scratch.mixed[1];
@@ -95,29 +99,19 @@ class TileRows {
         plan_(plan),
         pixel_(pixel),
         scratch_(scratch) {}
-  // Stays valid until another two rows have been asked for.
-  const uint8_t* row(uint64_t y) {
+  // Stays valid until another two rows have been asked for. `ahead` as for resample_tile().
+  const uint8_t* row(uint64_t y, ptrdiff_t ahead) {
     uint8_t* const row = rows_[y % 2];
     if (held_[y % 2] != y) {
-      prefetch_below(src_ + y * src_row_);
       const size_t from = y * src_row_;
       resample_tile(kernels_, row, src_ + from, src_bytes_ - from, plan_, pixel_,
-                    Resampling::linear, scratch_);
+                    Resampling::linear, scratch_, ahead);
       held_[y % 2] = y;
     }
     return row;
   }
 
  private:
-  // Where rows have several tiles the next one begins elsewhere, and the processor does not foresee
-  // it.
-  void prefetch_below(const uint8_t* row) const {
-    const size_t length = plan_.at[(plan_.n - 1) * plan_.stride];
-    if (length > src_row_ / 2) return;
-    for (size_t i = 0; i < length; i += kCacheLine)
-      __builtin_prefetch(row + src_row_ + plan_.first + i);
-  }
-
   const DirectKernels& kernels_;
   const uint8_t* src_;
   size_t src_row_, src_bytes_;
@@ -145,7 +139,7 @@ void resample_by_plan(const DirectKernels& k, uint8_t* dst, const uint8_t* src, 
     // For one row alone, a plan for spans of interleaved samples takes longer than gathering.
     if (mode == Resampling::linear && pixel.channels == 1) add_mixing(plan, k, pixel);
     resample_tile(k, dst + x * pixel.bytes(), src, src_count * pixel.bytes(), plan, pixel, mode,
-                  scratch);
+                  scratch, 0);
   }
 }
 
@@ -201,6 +195,12 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
   Plan plan;
   Scratch scratch;
   const uint32_t tile = tile_pixels(pixel);
+  // What caches do not hold is fetched one row ahead: tiles walk down, and no processor foresees
+  // where the next row begins.
+  const bool fetched = is_streamed(kernels, src_row * src_size.height + dst_row * dst_size.height);
+  const auto ahead = [&](uint64_t from, uint64_t to) {
+    return fetched ? static_cast<ptrdiff_t>((to - from) * src_row) : 0;
+  };
   for (uint32_t x = 0; x < dst_size.width; x += tile) {
     const uint32_t n = std::min(tile, dst_size.width - x);
     make_plan(plan, x, n, src_size.width, pixel, first_position(step_x), step_x, mode);
@@ -211,18 +211,26 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
     }
     TileRows rows(kernels.direct, src, src_row, src_row * src_size.height, plan, pixel, scratch);
     uint8_t* out = dst + x * pixel.bytes();
-    for (uint32_t y = 0; y < dst_size.height; ++y, out += dst_row) {
-      const uint64_t q = position_of(first_position(step_y), step_y, y, src_size.height);
+    const auto position = [&](uint64_t y) {
+      return position_of(first_position(step_y), step_y, y, src_size.height);
+    };
+    uint64_t q = position(0), after;
+    for (uint32_t y = 0; y < dst_size.height; ++y, out += dst_row, q = after) {
+      after = position(uint64_t{y} + 1);
       if (mode == Resampling::nearest) {
-        resample_tile(kernels.direct, out, src + nearest(q) * src_row, src_row, plan, pixel, mode,
-                      scratch);
+        const uint8_t* const from = src + nearest(q) * src_row;
+        resample_tile(kernels.direct, out, from, src_row, plan, pixel, mode, scratch,
+                      ahead(nearest(q), nearest(after)));
         continue;
       }
-      const uint8_t* const upper = rows.row(q >> 16);
+      const uint64_t below = next(q >> 16, src_size.height);
+      const uint8_t* const upper = rows.row(q >> 16, ahead(q >> 16, below));
       if (fraction(q) == 0) {
         memcpy(out, upper, n * pixel.bytes());
       } else {
-        const uint8_t* const lower = rows.row(next(q >> 16, src_size.height));
+        // Of the next two rows one may be this one already.
+        const uint64_t further = std::max(after >> 16, next(below, src_size.height));
+        const uint8_t* const lower = rows.row(below, ahead(below, further));
         mix(out, upper, lower, fraction(q), size_t{n} * pixel.channels);
       }
     }

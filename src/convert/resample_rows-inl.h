@@ -28,10 +28,22 @@ LUM_INLINE U8 picked(const Window& w, V index) {
   }
 }
 
-inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
-                 size_t n) {
+// What lies so far ahead of what spans are picked from. Loops that fetch nothing are loops of their
+// own: in caches every instruction counts.
+template <bool fetches>
+LUM_INLINE void prefetch_spans(const uint8_t* src, const uint32_t* base, size_t spans,
+                               ptrdiff_t ahead) {
+  if (!fetches) return;
+  for (size_t i = 0; i < spans; ++i) prefetch_read(src + base[i], ahead);
+}
+template <bool fetches>
+LUM_INLINE void pick_row(uint8_t* dst, const uint8_t* src, const uint32_t* base,
+                         const uint8_t* index, size_t n, ptrdiff_t ahead) {
   const auto block = [&](size_t x) {
-    return picked(load_window(src, base + x / kLanes * kWindows), load<U8>(index + x));
+    const uint32_t* const first = base + x / kLanes * kWindows;
+    prefetch_spans<fetches>(src, first, kWindows, ahead);
+    const U8 where = in_register(load<U8>(index + x));  // and not twice from memory
+    return picked(load_window(src, first), where);
   };
   over_blocks(
       n, kLanes, [&](size_t x) { store(dst + x, block(x)); },
@@ -39,6 +51,11 @@ inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const u
         const U8 last = block(x);
         memcpy(dst + x, &last, rest);
       });
+}
+inline void pick(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
+                 size_t n, ptrdiff_t ahead) {
+  if (ahead == 0) return pick_row<false>(dst, src, base, index, n, 0);
+  pick_row<true>(dst, src, base, index, n, ahead);
 }
 // ---- Mixes: a + (((b - a) f + 0x4000) >> 15), f below 2^15.
 // Of bytes: that is the rounding product of words.
@@ -96,15 +113,18 @@ inline void mix16_evenly(uint8_t* dst, const uint8_t* a, const uint8_t* b, uint1
 }
 
 // ---- Picks and mixes in one: src, base, index, f as DirectKernels has them.
-template <class Picked>
+template <class Picked, bool fetches>
 struct Picks {
   const uint8_t* src;
   const uint32_t* base;
   const uint8_t* index;
   size_t pixel_bytes;
+  ptrdiff_t ahead;
   // Those of an index from byte i on.
   LUM_INLINE auto operator()(size_t i) const {
-    return Picked::of(src, base + i / kSpanBytes, load<U8>(index + i), pixel_bytes);
+    const uint32_t* const first = base + i / kSpanBytes;
+    prefetch_spans<fetches>(src, first, 1, ahead);
+    return Picked::of(src, first, load<U8>(index + i), pixel_bytes);
   }
 };
 // Of one span, or 0 for kPickNothing.
@@ -137,19 +157,28 @@ LUM_INLINE U32 mix_picked(U8 pairs, U16 weights) { return mix_pairs(U16(pairs), 
 LUM_INLINE U32 mix_picked(const Bytes2& v, U16 weights) {
   return mix_pairs(U16(U32(v.lo) | U32(v.hi) << 16), weights);
 }
+// Calls mix(picks), with picks that fetch only where there is something to fetch.
+template <class Picked, class Mix>
+LUM_INLINE void with_picks(const uint8_t* src, const uint32_t* base, const uint8_t* index,
+                           size_t pixel_bytes, ptrdiff_t ahead, Mix mix) {
+  if (ahead == 0) return mix(Picks<Picked, false>{src, base, index, pixel_bytes, 0});
+  mix(Picks<Picked, true>{src, base, index, pixel_bytes, ahead});
+}
 template <class Picked>
 void mix8_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
-                 const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picks<Picked> picked = {src, base, index, pixel_bytes};
-  const auto half = [&](size_t x) { return mix_picked(picked(2 * x), load<I16>(f + x)); };
-  mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 2)); });
+                 const uint16_t* f, size_t pixel_bytes, size_t n, ptrdiff_t ahead) {
+  with_picks<Picked>(src, base, index, pixel_bytes, ahead, [&](const auto& picked) {
+    const auto half = [&](size_t x) { return mix_picked(picked(2 * x), load<I16>(f + x)); };
+    mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 2)); });
+  });
 }
 template <class Picked>
 void mix16_picked(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
-                  const uint16_t* f, size_t pixel_bytes, size_t n) {
-  const Picks<Picked> picked = {src, base, index, pixel_bytes};
-  const auto half = [&](size_t x) { return mix_picked(picked(4 * x), load<U16>(f + 2 * x)); };
-  mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 4)); });
+                  const uint16_t* f, size_t pixel_bytes, size_t n, ptrdiff_t ahead) {
+  with_picks<Picked>(src, base, index, pixel_bytes, ahead, [&](const auto& picked) {
+    const auto half = [&](size_t x) { return mix_picked(picked(4 * x), load<U16>(f + 2 * x)); };
+    mix_row(dst, n, [&](size_t x) { return narrow(half(x), half(x + kLanes / 4)); });
+  });
 }
 
 }  // namespace

@@ -139,9 +139,10 @@ struct DirectKernels {
   //
   // dst[i] = src[base[i / pick_span] + index[i]], for n bytes, index[i] below 2 * pick_span. `base`
   // and `index` have values for whole kBlockSamples bytes, and src can be read from each base on
-  // for 2 * pick_span bytes.
+  // for 2 * pick_span bytes. `ahead` is from what is read to what is prefetched, 0 for nothing,
+  // here and below.
   void (*pick)(uint8_t* dst, const uint8_t* src, const uint32_t* base, const uint8_t* index,
-               size_t n);
+               size_t n, ptrdiff_t ahead);
   size_t pick_span;
   // Mixes what is picked from src, by two bytes of index for each byte of the result: where the
   // bytes of a sample of a are, then where those of b; `apart`: kPickNothing for b, which is picked
@@ -149,7 +150,8 @@ struct DirectKernels {
   // src can be read from there on for pick_span bytes and a pixel. Of words (the second of each
   // two) f is pairs of f - 2^15, -f. base, index and f have values for kBlockSamples more.
   using PickingMix = void(uint8_t* dst, const uint8_t* src, const uint32_t* base,
-                          const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n);
+                          const uint8_t* index, const uint16_t* f, size_t pixel_bytes, size_t n,
+                          ptrdiff_t ahead);
   PickingMix *mix_pairs[2], *mix_apart[2];
   // n pixels of a row of src_bytes, those at `position`, `position` + step ... in 16.16, all of
   // them in the row: the one that begins there, or that mixed with the next one. False, with
