@@ -21,9 +21,9 @@ LUM_INLINE U8 luma_of(const Pixels4<bgr, true>& p) {
 LUM_INLINE U8 luma_of(const YuvBlock& p) { return p.y; }
 LUM_INLINE U8 luma_of(const Wide& uyvy) { return narrow(I16(uyvy.lo >> 8), I16(uyvy.hi >> 8)); }
 
-// Grey is a row like others: its U and V are 128, as the factors of either add up to 0, and fill
-// planes. Those of Y added up leave ((220 y + 128) >> 8) + 16. The upper half of the product
-// (256 y + 149) 220 is ((220 y + 128.05) >> 8), and bytes beside y are all it takes.
+// Grey is a row like others: U and V are 128 everywhere, as the factors of either add up to 0, and
+// are filled in elsewhere. Those of Y added up leave ((220 y + 128) >> 8) + 16. The upper half of
+// the product (256 y + 149) 220 is ((220 y + 128.05) >> 8), and bytes beside y are all it takes.
 struct StudioGray {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 1;
   static constexpr int kRows = 1;

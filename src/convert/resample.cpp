@@ -223,12 +223,13 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
                       ahead(nearest(q), nearest(after)));
         continue;
       }
-      const uint64_t below = next(q >> 16, src_size.height);
-      const uint8_t* const upper = rows.row(q >> 16, ahead(q >> 16, below));
+      // The next row of the result may begin with one that this one has already.
+      const uint64_t here = q >> 16, below = next(here, src_size.height);
       if (fraction(q) == 0) {
-        memcpy(out, upper, n * pixel.bytes());
+        const uint64_t further = std::max(after >> 16, below);
+        memcpy(out, rows.row(here, ahead(here, further)), n * pixel.bytes());
       } else {
-        // Of the next two rows one may be this one already.
+        const uint8_t* const upper = rows.row(here, ahead(here, below));
         const uint64_t further = std::max(after >> 16, next(below, src_size.height));
         const uint8_t* const lower = rows.row(below, ahead(below, further));
         mix(out, upper, lower, fraction(q), size_t{n} * pixel.channels);

@@ -28,20 +28,21 @@ LUM_INLINE U8 picked(const Window& w, V index) {
   }
 }
 
-// What lies so far ahead of what spans are picked from. Loops that fetch nothing are loops of their
+// What lies so far ahead of a span that is picked from. Loops that fetch nothing are loops of their
 // own: in caches every instruction counts.
 template <bool fetches>
-LUM_INLINE void prefetch_spans(const uint8_t* src, const uint32_t* base, size_t spans,
-                               ptrdiff_t ahead) {
+LUM_INLINE void prefetch_span(const uint8_t* src, size_t bytes, ptrdiff_t ahead) {
   if (!fetches) return;
-  for (size_t i = 0; i < spans; ++i) prefetch_read(src + base[i], ahead);
+  for (size_t line = 0; line < bytes; line += 64) prefetch_read(src + line, ahead);
 }
 template <bool fetches>
 LUM_INLINE void pick_row(uint8_t* dst, const uint8_t* src, const uint32_t* base,
                          const uint8_t* index, size_t n, ptrdiff_t ahead) {
   const auto block = [&](size_t x) {
     const uint32_t* const first = base + x / kLanes * kWindows;
-    prefetch_spans<fetches>(src, first, kWindows, ahead);
+    for (size_t i = 0; i < kWindows; ++i) {
+      prefetch_span<fetches>(src + first[i], 2 * kSpanBytes, ahead);
+    }
     const U8 where = in_register(load<U8>(index + x));  // and not twice from memory
     return picked(load_window(src, first), where);
   };
@@ -123,7 +124,7 @@ struct Picks {
   // Those of an index from byte i on.
   LUM_INLINE auto operator()(size_t i) const {
     const uint32_t* const first = base + i / kSpanBytes;
-    prefetch_spans<fetches>(src, first, 1, ahead);
+    prefetch_span<fetches>(src + *first, kSpanBytes, ahead);
     return Picked::of(src, first, load<U8>(index + i), pixel_bytes);
   }
 };

@@ -14,7 +14,10 @@ namespace {
 // At this distance rows fall on the same lines of a first-level cache.
 constexpr ptrdiff_t kConflict = 4096;
 constexpr size_t kMostBlockBytes = 32 << 10;
-constexpr size_t kMostColumns = 64;  // where a block is streamed
+// A block that is streamed, by whether its pixels have fewer than 8 bytes.
+constexpr size_t kMostRows = 64, kMostColumns = 64, kFewColumns = 32;
+static_assert(kMostRows * kMostColumns * 7 <= kMostBlockBytes, "room");
+static_assert(kMostRows * kFewColumns * kMaxPixelBytes <= kMostBlockBytes, "room");
 
 size_t round_up(size_t n, size_t step) { return (n + step - 1) / step * step; }
 
@@ -43,9 +46,9 @@ class Transposer {
     if (kernels_.staged) {
       most_rows = streamed_ ? 256 / size_ : 192;
       most_columns = streamed_ ? 64 : kCacheLine / size_;
-    } else if (streamed_) {  // both read and written in pieces of 192 to 1024 bytes, whole lines
-      most_rows = 64;
-      most_columns = size_ < 8 ? 64 : 32;
+    } else if (streamed_) {  // pieces of some 256 bytes to read and as many or more to write
+      most_rows = kMostRows;
+      most_columns = size_ < 8 ? kMostColumns : kFewColumns;
     } else {  // whole lines down a column, and few of them
       most_rows = size_ % 4 == 0 ? 16 : size_ % 2 == 0 ? 32 : 64;
       most_columns = std::min<size_t>(64, 256 / size_);

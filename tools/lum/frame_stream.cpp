@@ -10,7 +10,8 @@
 namespace lum_tool {
 namespace {
 
-constexpr uint64_t kLikelyPadding = 4096;  // a page
+// What drivers and buses align lines to.
+constexpr uint64_t kLeastAlignment = 4, kMostAlignment = 4096;
 
 // A sequence starts at 0 or 1 and ends before the first number that is missing.
 std::vector<std::string> files_of(const std::string& name) {
@@ -86,10 +87,13 @@ void FrameStream::refuse(const std::string& title, uint64_t bytes) const {
         ".\nNo format that this library knows has frames of " + bytes_text(bytes) + " at " + size;
   else
     text += ".\nOne frame of that size would fit as: " + fitting;
-  // One frame whose lines are padded to what processors and buses like.
-  const uint64_t pitch = bytes / size_.height;
-  if (bytes % size_.height == 0 && pitch > line_ && pitch - line_ <= kLikelyPadding)
-    text += ".\nOr its lines are padded: --line-pitch " + std::to_string(pitch);
+  for (uint64_t step = kLeastAlignment; step <= kMostAlignment; step *= 2) {
+    const uint64_t pitch = (line_ + step - 1) / step * step;
+    if (pitch == line_ || bytes % (pitch * size_.height) != 0) continue;
+    text += ".\nWith padded lines " + grouped(bytes / (pitch * size_.height)) +
+            " of that size would fit: --line-pitch " + std::to_string(pitch);
+    break;
+  }
   throw Failure(text);
 }
 
