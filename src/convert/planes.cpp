@@ -38,8 +38,13 @@ size_t samples_to_line(uint8_t* const* planes, uint32_t channels, uint32_t sampl
   return bytes % sample_bytes != 0 ? count : std::min(bytes / sample_bytes, count);
 }
 
-// As memset().
-void stream_bytes(const Kernels& kernels, uint8_t* dst, uint8_t value, size_t bytes) {
+// A plane of one value, in a conversion that reads and writes `moved` bytes: past the cache where
+// its rows go there, too.
+void fill_plane(const Kernels& kernels, uint8_t* dst, uint8_t value, size_t bytes, size_t moved) {
+  if (!is_streamed(kernels, moved)) {
+    memset(dst, value, bytes);
+    return;
+  }
   uint8_t piece[4096];
   memset(piece, value, sizeof piece);
   for (size_t x = 0; x < bytes; x += sizeof piece) {
@@ -120,11 +125,7 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
         [&](uint8_t* to, size_t x, size_t n) {
           return direct.streamed_gray_to_studio(to, src + x, nullptr, n, RowArgs());
         });
-    if (is_streamed(kernels, beside_y + y_bytes)) {
-      stream_bytes(kernels, u, 128, y_bytes / 2);
-    } else {
-      memset(u, 128, y_bytes / 2);
-    }
+    fill_plane(kernels, u, 128, y_bytes / 2, beside_y + y_bytes);
     return;
   }
   for (size_t pair = 0; pair < height / 2; ++pair) {
