@@ -7,44 +7,6 @@
 namespace lum::test {
 namespace {
 
-struct Group {
-  uint32_t pixels;
-  size_t bytes;
-  uint32_t bits;
-};
-const Group kGroups[] = {{2, 3, 12}, {2, 3, 10}, {2, 3, 12}, {4, 5, 10}, {2, 3, 12}, {4, 5, 10}};
-
-int packed_sample(uint32_t packing, const uint8_t* src, size_t i) {
-  const uint8_t* b = src + i / kGroups[packing].pixels * kGroups[packing].bytes;
-  const size_t k = i % kGroups[packing].pixels;
-  switch (packing) {
-    case 0:
-      return k == 0 ? b[0] << 4 | (b[1] & 15) : b[2] << 4 | b[1] >> 4;
-    case 1:
-      return k == 0 ? b[0] << 2 | (b[1] & 3) : b[2] << 2 | (b[1] >> 4 & 3);
-    case 4:
-      return b[k] << 4 | (k == 0 ? b[2] & 15 : b[2] >> 4);
-    case 5:
-      return b[k] << 2 | (b[4] >> 2 * k & 3);
-    default: {
-      uint64_t group = 0;
-      for (size_t j = 0; j < kGroups[packing].bytes; ++j) group |= uint64_t{b[j]} << 8 * j;
-      const uint32_t bits = kGroups[packing].bits;
-      return static_cast<int>(group >> bits * k & ((1u << bits) - 1));
-    }
-  }
-}
-
-void unpack_reference(uint8_t* dst, const uint8_t* src, size_t n, uint32_t packing,
-                      const LumBitDepthInfo& info) {
-  for (size_t i = 0; i < n; ++i) {
-    int v = packed_sample(packing, src, i);
-    if (info.alignment == 0) v <<= 16 - kGroups[packing].bits;
-    dst[2 * i + (info.endianness ? 0 : 1)] = static_cast<uint8_t>(v >> 8);
-    dst[2 * i + (info.endianness ? 1 : 0)] = static_cast<uint8_t>(v);
-  }
-}
-
 TEST(DirectUnpack, KnownAnswers) {
   const uint32_t expected[2][6] = {
       {0x00CF0AA1, 0xFE06C465, 0xDAAE89A1, 0x0B39BC2A, 0xFBEC0075, 0x2FC220A9},
@@ -52,11 +14,11 @@ TEST(DirectUnpack, KnownAnswers) {
   const Bytes src = ramp7(240);
   for (uint32_t packing = 0; packing < 6; ++packing) {
     const uint32_t n =
-        static_cast<uint32_t>(240 / kGroups[packing].bytes) * kGroups[packing].pixels;
+        static_cast<uint32_t>(240 / kPackedGroups[packing].bytes) * kPackedGroups[packing].pixels;
     for (uint32_t other = 0; other < 2; ++other) {
       const LumBitDepthInfo info = depth(1 - other, 0, other);
       Bytes dst(2 * n);
-      unpack_reference(dst.data(), src.data(), n, packing, info);
+      reference::unpack(dst.data(), src.data(), n, packing, info);
       EXPECT_EQ(crc(dst), expected[other][packing]) << "the reference, packing " << packing;
       EXPECT_EQ(LumUnpackTo16(dst.data(), src.data(), n, packing, &info), 0u);
       EXPECT_EQ(crc(dst), expected[other][packing]) << "packing " << packing;
@@ -72,7 +34,8 @@ TEST(DirectUnpack, HandWorkedValues) {
   const LumBitDepthInfo info = depth(1, 0, 0);
   for (uint32_t packing = 0; packing < 6; ++packing) {
     Bytes dst(8);
-    EXPECT_EQ(LumUnpackTo16(dst.data(), src.data(), kGroups[packing].pixels, packing, &info), 0u);
+    EXPECT_EQ(LumUnpackTo16(dst.data(), src.data(), kPackedGroups[packing].pixels, packing, &info),
+              0u);
     for (size_t i = 0; i < expected[packing].size(); ++i) {
       EXPECT_EQ(sample(dst.data(), i, 2), expected[packing][i]) << "packing " << packing;
     }
@@ -85,21 +48,22 @@ TEST(DirectUnpack, WritesWhatTheReferenceWritesAtEveryLevel) {
     for (uint32_t packing = 0; packing < 6; ++packing) {
       for (const uint32_t n :
            {2u, 4u, 6u, 8u, 12u, 16u, 30u, 32u, 36u, 60u, 64u, 66u, 68u, 128u, 132u, 1004u}) {
-        if (n % kGroups[packing].pixels != 0) continue;
+        if (n % kPackedGroups[packing].pixels != 0) continue;
         for (uint32_t variant = 0; variant < 4; ++variant, ++kind) {
           const LumBitDepthInfo info = depth(variant & 1, 0, variant >> 1);
-          const Bytes src =
-              random_bytes(n / kGroups[packing].pixels * kGroups[packing].bytes, kind, kind);
+          const Bytes src = random_bytes(
+              n / kPackedGroups[packing].pixels * kPackedGroups[packing].bytes, kind, kind);
           expect_conversion(
               level + " packing " + std::to_string(packing) + " count " + std::to_string(n) +
                   " variant " + std::to_string(variant),
               src, 2 * n,
               [&](uint8_t* dst, const uint8_t* s) {
                 unpack_to_16(kernels, dst, s, n, packing,
-                             info.alignment == 0 ? 16 - kGroups[packing].bits : 0, info.endianness);
+                             info.alignment == 0 ? 16 - kPackedGroups[packing].bits : 0,
+                             info.endianness);
                 return 0u;
               },
-              [&](uint8_t* dst) { unpack_reference(dst, src.data(), n, packing, info); });
+              [&](uint8_t* dst) { reference::unpack(dst, src.data(), n, packing, info); });
           if (HasFatalFailure()) return;
         }
       }
@@ -136,21 +100,13 @@ TEST(DirectUnpack, RefusesInOrder) {
 }
 
 // ---- Words to bytes
-void to_8_reference(uint8_t* dst, const uint8_t* src, size_t n, const LumBitDepthInfo& info) {
-  for (size_t i = 0; i < n; ++i) {
-    const int v = reference::word(src, i, info.endianness != 0);
-    dst[i] = static_cast<uint8_t>(info.alignment == 0 ? v >> 8
-                                                      : std::min(255, v >> (info.bitsUsed - 8)));
-  }
-}
-
 TEST(DirectSamples16To8, KnownAnswers) {
   const Bytes w = words_w();
   const std::pair<LumBitDepthInfo, uint32_t> cases[] = {
       {depth(1, 12, 0), 0x5C14457C}, {depth(1, 10, 0), 0xEF0EEC8E}, {depth(0, 0, 0), 0xB4EDEF20}};
   for (const auto& [info, expected] : cases) {
     Bytes dst(w.size() / 2), in_place = w;
-    to_8_reference(dst.data(), w.data(), dst.size(), info);
+    reference::words_to_8(dst.data(), w.data(), dst.size(), info);
     EXPECT_EQ(crc(dst), expected) << "the reference";
     EXPECT_EQ(LumSamples16To8(dst.data(), w.data(), static_cast<uint32_t>(dst.size()), &info), 0u);
     EXPECT_EQ(crc(dst), expected);
@@ -176,10 +132,10 @@ TEST(DirectSamples16To8, WritesWhatTheReferenceWritesAtEveryLevelAndInPlace) {
                 samples_16_to_8(kernels, dst, s, n, shift, endianness);
                 return 0u;
               },
-              [&](uint8_t* dst) { to_8_reference(dst, src.data(), n, info); });
+              [&](uint8_t* dst) { reference::words_to_8(dst, src.data(), n, info); });
           if (HasFatalFailure()) return;
           Bytes image = src, expected = src;
-          to_8_reference(expected.data(), src.data(), n, info);
+          reference::words_to_8(expected.data(), src.data(), n, info);
           samples_16_to_8(kernels, image.data(), image.data(), n, shift, endianness);
           ASSERT_EQ(image, expected) << label << " in place";
         }

@@ -9,25 +9,13 @@ namespace lum::test {
 namespace {
 
 // ---- Flip
-void flip_reference(uint8_t* dst, const uint8_t* src, size_t width, size_t height, size_t bytes,
-                    uint32_t mode) {
-  const size_t w = mode & 4 ? height : width, h = mode & 4 ? width : height;
-  for (size_t y = 0; y < h; ++y) {
-    for (size_t x = 0; x < w; ++x) {
-      const size_t u = mode & 1 ? w - 1 - x : x, v = mode & 2 ? h - 1 - y : y;
-      const size_t from = mode & 4 ? u * width + v : v * width + u;
-      std::copy(src + from * bytes, src + (from + 1) * bytes, dst + (y * w + x) * bytes);
-    }
-  }
-}
-
 TEST(DirectFlip, KnownAnswers) {
   const uint32_t expected[8] = {0x5C14457C, 0x46915A6A, 0x158978CE, 0x0C67C5D8,
                                 0x74C23F37, 0xD8F107F1, 0x26AE018B, 0x20CCBC74};
   const Bytes a = frame_a();
   for (uint32_t mode = 0; mode < 8; ++mode) {
     Bytes dst(a.size());
-    flip_reference(dst.data(), a.data(), 8, 12, 2, mode);
+    reference::flip_image(dst.data(), a.data(), 8, 12, 2, mode);
     EXPECT_EQ(crc(dst), expected[mode]) << "the reference, mode " << mode;
     EXPECT_EQ(LumFlip(dst.data(), a.data(), 8, 12, 2, mode), 0u);
     EXPECT_EQ(crc(dst), expected[mode]) << "mode " << mode;
@@ -68,7 +56,7 @@ TEST(DirectFlip, WritesWhatTheReferenceWritesAtEveryLevelAndInPlace) {
           };
           const std::string label = describe(level + " flip", size, mode, bytes);
           Bytes expected(src.size());
-          flip_reference(expected.data(), src.data(), size.width, size.height, bytes, mode);
+          reference::flip_image(expected.data(), src.data(), size.width, size.height, bytes, mode);
           expect_conversion(label, src, src.size(), call, [&](uint8_t* dst) {
             std::copy(expected.begin(), expected.end(), dst);
           });
@@ -95,7 +83,8 @@ TEST(DirectFlip, TurnsStreamedImages) {
                         {{131, 179}, 9, 5}}) {
     const Bytes src = random_bytes(c.size.width * c.size.height * c.bytes, c.bytes);
     Bytes expected(src.size());
-    flip_reference(expected.data(), src.data(), c.size.width, c.size.height, c.bytes, c.mode);
+    reference::flip_image(expected.data(), src.data(), c.size.width, c.size.height, c.bytes,
+                          c.mode);
     at_every_level([&](const Kernels& kernels, const std::string& level) {
       Kernels streaming = kernels;
       streaming.stream_above = 1;
@@ -163,10 +152,7 @@ TEST(DirectCopyRows, CopiesRowsAndNothingBetween) {
     const size_t dst_bytes = size_t{c.dst_pitch} * (c.rows - 1) + c.row_bytes;
     const Bytes src = random_bytes(src_bytes, c.rows);
     const auto copy = [&](uint8_t* dst) {
-      for (size_t y = 0; y < c.rows; ++y) {
-        const uint8_t* row = src.data() + y * c.src_pitch;
-        std::copy(row, row + c.row_bytes, dst + y * c.dst_pitch);
-      }
+      reference::copy_rows(dst, src.data(), c.row_bytes, c.rows, c.dst_pitch, c.src_pitch);
     };
     expect_conversion(
         "rows of " + std::to_string(c.row_bytes), src, dst_bytes,
@@ -210,24 +196,6 @@ TEST(DirectCopyRows, RefusesInOrder) {
 }
 
 // ---- Binning
-void bin_reference(uint8_t* dst, const uint8_t* src, size_t width, size_t height, size_t channels,
-                   size_t bytes, size_t fx, size_t fy) {
-  const size_t n = fx * fy;
-  for (size_t y = 0; y < height / fy; ++y) {
-    for (size_t x = 0; x < width / fx; ++x) {
-      for (size_t c = 0; c < channels; ++c) {
-        size_t sum = 0;
-        for (size_t i = 0; i < n; ++i) {
-          const size_t pixel = (y * fy + i / fx) * width + x * fx + i % fx;
-          sum += static_cast<size_t>(sample(src, pixel * channels + c, bytes));
-        }
-        put_sample(dst, (y * (width / fx) + x) * channels + c, bytes,
-                   static_cast<int>((sum + n / 2) / n));
-      }
-    }
-  }
-}
-
 TEST(DirectBin, KnownAnswers) {
   const Bytes a = frame_a(), w = words_w();
   struct Case {
@@ -238,7 +206,7 @@ TEST(DirectBin, KnownAnswers) {
        {Case{a, 16, 12, 1, 1, 2, 2, 0x6C76D917}, Case{a, 16, 12, 1, 1, 3, 2, 0xBE3E36C0},
         Case{a, 4, 12, 4, 1, 2, 3, 0x911D6215}, Case{w, 16, 12, 1, 2, 2, 2, 0x4BE098A8}}) {
     Bytes dst(size_t{c.width / c.fx} * (c.height / c.fy) * c.channels * c.bytes);
-    bin_reference(dst.data(), c.src.data(), c.width, c.height, c.channels, c.bytes, c.fx, c.fy);
+    reference::bin(dst.data(), c.src.data(), c.width, c.height, c.channels, c.bytes, c.fx, c.fy);
     EXPECT_EQ(crc(dst), c.crc) << "the reference";
     EXPECT_EQ(LumBin(dst.data(), c.src.data(), c.width, c.height, c.channels, c.bytes, c.fx, c.fy),
               0u);
@@ -259,8 +227,8 @@ void expect_bin(const Kernels& kernels, const std::string& level, Size size, Pix
         return 0u;
       },
       [&](uint8_t* dst) {
-        bin_reference(dst, src.data(), size.width, size.height, pixel.channels, pixel.sample_bytes,
-                      fx, fy);
+        reference::bin(dst, src.data(), size.width, size.height, pixel.channels, pixel.sample_bytes,
+                       fx, fy);
       });
 }
 
@@ -348,57 +316,13 @@ TEST(DirectBin, RefusesInOrder) {
 }
 
 // ---- Resampling
-int64_t limited(int64_t p, size_t count) {
-  const int64_t last = static_cast<int64_t>(count - 1) << 16;
-  return p < 0 ? 0 : p > last ? last : p;
-}
-int mix(int a, int b, int64_t f) { return static_cast<int>(a + (((b - a) * f + 0x4000) >> 15)); }
-void resample_reference(uint8_t* dst, const uint8_t* src, size_t n, size_t count, PixelShape pixel,
-                        int64_t position, int64_t step, uint32_t mode) {
-  for (size_t x = 0; x < n; ++x) {
-    const int64_t p = limited(position + static_cast<int64_t>(x) * step, count);
-    for (size_t c = 0; c < pixel.channels; ++c) {
-      const auto at = [&](int64_t i) {
-        return sample(src, static_cast<size_t>(i) * pixel.channels + c, pixel.sample_bytes);
-      };
-      const int64_t i = p >> 16, next = std::min<int64_t>(i + 1, static_cast<int64_t>(count) - 1);
-      const int v = mode == 0 ? at((p + 0x8000) >> 16) : mix(at(i), at(next), (p >> 1) & 0x7FFF);
-      put_sample(dst, x * pixel.channels + c, pixel.sample_bytes, v);
-    }
-  }
-}
-void resize_reference(uint8_t* dst, const uint8_t* src, Size to, Size from, PixelShape pixel,
-                      uint32_t mode) {
-  const int64_t sx = static_cast<int64_t>((from.width << 16) / to.width);
-  const int64_t sy = static_cast<int64_t>((from.height << 16) / to.height);
-  const size_t row = to.width * pixel.channels;
-  Bytes rows(from.height * row * pixel.sample_bytes);
-  for (size_t y = 0; y < from.height; ++y) {
-    resample_reference(&rows[y * row * pixel.sample_bytes], src + y * from.width * pixel.bytes(),
-                       to.width, from.width, pixel, (sx >> 1) - 0x8000, sx, mode);
-  }
-  for (size_t y = 0; y < to.height; ++y) {
-    const int64_t q = limited((sy >> 1) - 0x8000 + static_cast<int64_t>(y) * sy, from.height);
-    const int64_t last = static_cast<int64_t>(from.height) - 1;
-    for (size_t x = 0; x < row; ++x) {
-      const auto at = [&](int64_t i) {
-        return sample(rows.data(), static_cast<size_t>(i) * row + x, pixel.sample_bytes);
-      };
-      const int v = mode == 0
-                        ? at((q + 0x8000) >> 16)
-                        : mix(at(q >> 16), at(std::min((q >> 16) + 1, last)), (q >> 1) & 0x7FFF);
-      put_sample(dst, y * row + x, pixel.sample_bytes, v);
-    }
-  }
-}
-
 TEST(DirectResample, KnownAnswers) {
   const Bytes a = frame_a(), b = frame_b(), w = words_w();
   for (const auto& [mode, expected] : {std::pair{0u, 0xEA428990u}, {1u, 0xD9EC5BD5u}}) {
     Bytes dst(25);
     EXPECT_EQ(LumResampleRow(dst.data(), &a[5 * 16], 25, 16, 1, 1, -0x4000, 0xA000, mode), 0u);
     EXPECT_EQ(crc(dst), expected) << "row, mode " << mode;
-    resample_reference(dst.data(), &a[5 * 16], 25, 16, {1, 1}, -0x4000, 0xA000, mode);
+    reference::resample_row(dst.data(), &a[5 * 16], 25, 16, {1, 1}, -0x4000, 0xA000, mode);
     EXPECT_EQ(crc(dst), expected) << "the reference, mode " << mode;
   }
   struct Case {
@@ -412,7 +336,7 @@ TEST(DirectResample, KnownAnswers) {
                         Case{b, {4, 12}, {7, 20}, {4, 1}, 1, 0x41A21575},
                         Case{w, {16, 12}, {11, 30}, {1, 2}, 1, 0x04ECED65}}) {
     Bytes dst(c.to.width * c.to.height * c.pixel.bytes());
-    resize_reference(dst.data(), c.src.data(), c.to, c.from, c.pixel, c.mode);
+    reference::resize(dst.data(), c.src.data(), c.to, c.from, c.pixel, c.mode);
     EXPECT_EQ(crc(dst), c.crc) << "the reference";
     EXPECT_EQ(LumResize(dst.data(), c.src.data(), static_cast<uint32_t>(c.to.width),
                         static_cast<uint32_t>(c.to.height), static_cast<uint32_t>(c.from.width),
@@ -462,8 +386,8 @@ TEST(DirectResample, RowsAreWhatTheReferenceMakesAtEveryLevel) {
                     return 0u;
                   },
                   [&](uint8_t* dst) {
-                    resample_reference(dst, src.data(), n, count, pixel, way.position, way.step,
-                                       mode);
+                    reference::resample_row(dst, src.data(), n, count, pixel, way.position,
+                                            way.step, mode);
                   });
               if (HasFatalFailure()) return;
             }
@@ -495,7 +419,7 @@ TEST(DirectResample, FramesAreWhatTheReferenceMakesAtEveryLevel) {
                          pixel, static_cast<Resampling>(mode));
                   return 0u;
                 },
-                [&](uint8_t* dst) { resize_reference(dst, src.data(), to, from, pixel, mode); });
+                [&](uint8_t* dst) { reference::resize(dst, src.data(), to, from, pixel, mode); });
             if (HasFatalFailure()) return;
           }
         }

@@ -7,120 +7,7 @@
 namespace lum::test {
 namespace {
 
-// ---- The references.
-struct Yuv {
-  int y, u, v;
-};
 constexpr uint32_t kYuvLayouts[] = {8, 9, 10};
-size_t group_pixels(uint32_t layout) { return layout == 8 ? 4 : layout == 9 ? 2 : 1; }
-size_t source_bytes(uint32_t layout, size_t pixels) {
-  switch (layout) {
-    case 0:
-      return pixels;
-    case 4:
-    case 5:
-    case 10:
-      return 3 * pixels;
-    case 6:
-    case 7:
-      return 4 * pixels;
-    case 8:
-      return pixels * 3 / 2;
-    default:
-      return 2 * pixels;
-  }
-}
-Yuv yuv_at(uint32_t layout, const uint8_t* src, size_t i) {
-  if (layout == 8) {
-    const uint8_t* g = src + i / 4 * 6;
-    static const int kY[4] = {1, 2, 4, 5};
-    return {g[kY[i % 4]], g[0], g[3]};
-  }
-  if (layout == 9) {
-    const uint8_t* g = src + i / 2 * 4;
-    return {g[1 + 2 * (i % 2)], g[0], g[2]};
-  }
-  return {src[3 * i + 1], src[3 * i], src[3 * i + 2]};
-}
-
-void yuv_to_bgr_reference(uint8_t* dst, const uint8_t* src, size_t n, uint32_t layout,
-                          uint32_t encoding) {
-  for (size_t i = 0; i < n; ++i) {
-    const Yuv p = yuv_at(layout, src, i);
-    const int u = p.u - 128, v = p.v - 128, c = 298 * (p.y - 16) + 128;
-    int r, g, b;
-    if (encoding == 0) {
-      r = p.y + ((359 * v + 128) >> 8);
-      g = p.y - ((88 * u + 183 * v + 128) >> 8);
-      b = p.y + ((454 * u + 128) >> 8);
-    } else if (encoding == 1) {
-      r = (c + 409 * v) >> 8;
-      g = (c - 100 * u - 208 * v) >> 8;
-      b = (c + 516 * u) >> 8;
-    } else {
-      r = (c + 459 * v) >> 8;
-      g = (c - 55 * u - 136 * v) >> 8;
-      b = (c + 541 * u) >> 8;
-    }
-    dst[3 * i] = static_cast<uint8_t>(clamp255(b));
-    dst[3 * i + 1] = static_cast<uint8_t>(clamp255(g));
-    dst[3 * i + 2] = static_cast<uint8_t>(clamp255(r));
-  }
-}
-
-void i420_reference(uint8_t* dst, const uint8_t* src, size_t w, size_t h, uint32_t layout) {
-  const auto rgb = [&](size_t x, size_t y) -> reference::Pixel {
-    const size_t i = y * w + x;
-    reference::Pixel p;
-    if (layout == 0) {
-      p.r = p.g = p.b = src[i];
-      return p;
-    }
-    const uint8_t* s = src + i * (layout < 6 ? 3 : 4);
-    const bool bgr = layout % 2 == 1;
-    p.r = s[bgr ? 2 : 0];
-    p.g = s[1];
-    p.b = s[bgr ? 0 : 2];
-    return p;
-  };
-  const auto yuv = [&](size_t x, size_t y) {
-    return yuv_at(layout, src + y * source_bytes(layout, w), x);
-  };
-  for (size_t y = 0; y < h; ++y) {
-    for (size_t x = 0; x < w; ++x) {
-      if (layout >= 8) {
-        dst[y * w + x] = static_cast<uint8_t>(yuv(x, y).y);
-      } else {
-        const reference::Pixel p = rgb(x, y);
-        dst[y * w + x] = static_cast<uint8_t>(((66 * p.r + 129 * p.g + 25 * p.b + 128) >> 8) + 16);
-      }
-    }
-  }
-  uint8_t* u = dst + w * h;
-  uint8_t* v = u + w * h / 4;
-  for (size_t y = 0; y < h; y += 2) {
-    for (size_t x = 0; x < w; x += 2) {
-      if (layout >= 8) {
-        int su = 0, sv = 0;
-        for (size_t i = 0; i < 4; ++i) {
-          su += yuv(x + i % 2, y + i / 2).u;
-          sv += yuv(x + i % 2, y + i / 2).v;
-        }
-        const Yuv a = yuv(x, y), b = yuv(x, y + 1);
-        *u++ = static_cast<uint8_t>(layout == 10 ? (su + 2) >> 2 : (a.u + b.u + 1) >> 1);
-        *v++ = static_cast<uint8_t>(layout == 10 ? (sv + 2) >> 2 : (a.v + b.v + 1) >> 1);
-      } else {
-        int r = 0, g = 0, b = 0;
-        for (size_t i = 0; i < 4; ++i) {
-          const reference::Pixel p = rgb(x + i % 2, y + i / 2);
-          r += p.r, g += p.g, b += p.b;
-        }
-        *u++ = static_cast<uint8_t>(((-38 * r - 74 * g + 112 * b + 512) >> 10) + 128);
-        *v++ = static_cast<uint8_t>(((112 * r - 94 * g - 18 * b + 512) >> 10) + 128);
-      }
-    }
-  }
-}
 
 Source source_of(uint32_t layout) {
   Source source = Source::mono8;
@@ -138,7 +25,7 @@ TEST(DirectYuvToBgr, KnownAnswers) {
     const uint32_t n = layout == 8 ? 160 : layout == 9 ? 120 : 80;
     for (uint32_t encoding = 0; encoding < 3; ++encoding) {
       Bytes dst(3 * n);
-      yuv_to_bgr_reference(dst.data(), src.data(), n, layout, encoding);
+      reference::yuv_to_bgr(dst.data(), src.data(), n, layout, encoding);
       EXPECT_EQ(crc(dst), expected[layout - 8][encoding]) << "the reference";
       std::fill(dst.begin(), dst.end(), uint8_t{0});
       EXPECT_EQ(LumYUVToBGR(dst.data(), src.data(), n, layout, encoding), 0u);
@@ -166,8 +53,8 @@ TEST(DirectYuvToBgr, WritesWhatTheReferenceWritesAtEveryLevel) {
       for (uint32_t encoding = 0; encoding < 3; ++encoding) {
         for (const uint32_t n :
              {1u, 2u, 4u, 8u, 12u, 31u, 32u, 36u, 63u, 64u, 68u, 130u, 260u, 4100u}) {
-          if (n % group_pixels(layout) != 0) continue;
-          const Bytes src = random_bytes(source_bytes(layout, n), kind, kind);
+          if (n % reference::layout_group(layout) != 0) continue;
+          const Bytes src = random_bytes(reference::layout_bytes(layout, n), kind, kind);
           ++kind;
           expect_conversion(
               level + " layout " + std::to_string(layout) + " encoding " +
@@ -178,7 +65,7 @@ TEST(DirectYuvToBgr, WritesWhatTheReferenceWritesAtEveryLevel) {
                            n);
                 return 0u;
               },
-              [&](uint8_t* dst) { yuv_to_bgr_reference(dst, src.data(), n, layout, encoding); });
+              [&](uint8_t* dst) { reference::yuv_to_bgr(dst, src.data(), n, layout, encoding); });
           if (HasFatalFailure()) return;
         }
       }
@@ -234,9 +121,9 @@ TEST(DirectI420, KnownAnswers) {
   const uint32_t expected[] = {0x13806148, 0xC258FA5D, 0x2E974F45, 0xA13E6DA2,
                                0xAB2AFE59, 0x205716CC, 0x33068616, 0xFEC0D9EE};
   for (size_t i = 0; i < 8; ++i) {
-    const Bytes src = ramp7(source_bytes(kI420Layouts[i], 16 * 12));
+    const Bytes src = ramp7(reference::layout_bytes(kI420Layouts[i], 16 * 12));
     Bytes dst(16 * 12 * 3 / 2);
-    i420_reference(dst.data(), src.data(), 16, 12, kI420Layouts[i]);
+    reference::i420(dst.data(), src.data(), 16, 12, kI420Layouts[i]);
     EXPECT_EQ(crc(dst), expected[i]) << "the reference, layout " << kI420Layouts[i];
     EXPECT_EQ(LumImageToI420(dst.data(), src.data(), 16, 12, kI420Layouts[i]), 0u);
     EXPECT_EQ(crc(dst), expected[i]) << "layout " << kI420Layouts[i];
@@ -251,7 +138,8 @@ TEST(DirectI420, WritesWhatTheReferenceWritesAtEveryLevel) {
            {2u, 4u, 6u, 8u, 16u, 30u, 32u, 36u, 62u, 64u, 66u, 68u, 132u, 200u}) {
         for (const uint32_t height : {2u, 4u}) {
           if (layout == 8 && width % 4 != 0) continue;
-          const Bytes src = random_bytes(source_bytes(layout, width * height), kind, kind);
+          const Bytes src =
+              random_bytes(reference::layout_bytes(layout, width * height), kind, kind);
           ++kind;
           expect_conversion(
               level + " layout " + std::to_string(layout) + " " + std::to_string(width) + "x" +
@@ -261,7 +149,7 @@ TEST(DirectI420, WritesWhatTheReferenceWritesAtEveryLevel) {
                 image_to_i420(kernels, layout, dst, s, width, height);
                 return 0u;
               },
-              [&](uint8_t* dst) { i420_reference(dst, src.data(), width, height, layout); });
+              [&](uint8_t* dst) { reference::i420(dst, src.data(), width, height, layout); });
           if (HasFatalFailure()) return;
         }
       }
@@ -314,9 +202,7 @@ void expect_planes(const Kernels& kernels, const std::string& level, const Plane
                             std::to_string(c.channels) + " x " + std::to_string(c.bytes) +
                             " bytes, planes " + std::to_string(c.present);
   const size_t plane = size_t{c.n} * c.bytes, packed = plane * c.channels;
-  const auto at = [&](uint32_t channel, size_t i) {
-    return (i / c.bytes * c.channels + channel) * c.bytes + i % c.bytes;
-  };
+  const reference::Planes planes_of_case = {c.n, c.channels, c.bytes, c.present};
   const Bytes src = random_bytes(packed, c.n);
   // All planes lie in one buffer, one after the other.
   expect_conversion(
@@ -329,13 +215,7 @@ void expect_planes(const Kernels& kernels, const std::string& level, const Plane
         packed_to_planar(kernels, planes, s, c.n, c.channels, c.bytes);
         return 0u;
       },
-      [&](uint8_t* dst) {
-        for (uint32_t i = 0; i < c.channels; ++i) {
-          for (size_t b = 0; b < plane && (c.present >> i & 1); ++b) {
-            dst[i * plane + b] = src[at(i, b)];
-          }
-        }
-      });
+      [&](uint8_t* dst) { reference::split(dst, src.data(), planes_of_case); });
   if (::testing::Test::HasFatalFailure()) return;
   expect_conversion(
       "join " + label, src, packed,
@@ -347,13 +227,7 @@ void expect_planes(const Kernels& kernels, const std::string& level, const Plane
         planar_to_packed(kernels, dst, planes, c.n, c.channels, c.bytes);
         return 0u;
       },
-      [&](uint8_t* dst) {
-        for (uint32_t i = 0; i < c.channels; ++i) {
-          for (size_t b = 0; b < plane && (c.present >> i & 1); ++b) {
-            dst[at(i, b)] = src[i * plane + b];
-          }
-        }
-      });
+      [&](uint8_t* dst) { reference::join(dst, src.data(), planes_of_case); });
 }
 
 TEST(DirectPlanes, GoApartAndTogetherAtEveryLevel) {

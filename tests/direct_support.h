@@ -6,10 +6,13 @@
 #include "convert/direct.h"
 #include "levels.h"
 #include "lum/lum.h"
-#include "reference.h"
+#include "reference_direct.h"
 #include "test_support.h"
 
 namespace lum::test {
+
+using reference::kPackedGroups;
+using reference::sample;
 
 // Calls f(kernels, name) for each level that can be tested here.
 template <class F>
@@ -22,7 +25,6 @@ void at_every_level(const F& f) {
 }
 
 inline uint32_t crc(const Bytes& bytes) { return reference::crc32(bytes.data(), bytes.size()); }
-inline int clamp255(int v) { return v < 0 ? 0 : v > 255 ? 255 : v; }
 
 // The inputs of the known answers: bytes 7 i, and the words 16 A + 5.
 inline Bytes ramp7(size_t n) {
@@ -38,15 +40,6 @@ inline Bytes words_w() {
     out.push_back(static_cast<uint8_t>(w >> 8));
   }
   return out;
-}
-
-// Samples of one or two bytes, words in little-endian order.
-inline int sample(const uint8_t* src, size_t i, size_t bytes) {
-  return bytes == 1 ? src[i] : src[2 * i] | src[2 * i + 1] << 8;
-}
-inline void put_sample(uint8_t* dst, size_t i, size_t bytes, int v) {
-  dst[bytes * i] = static_cast<uint8_t>(v);
-  if (bytes == 2) dst[2 * i + 1] = static_cast<uint8_t>(v >> 8);
 }
 
 inline LumBitDepthInfo depth(uint32_t alignment, uint32_t bits, uint32_t endianness) {

@@ -489,7 +489,7 @@ Frame cygm(const uint8_t* src, size_t width, size_t height) {
 void store_mosaic(uint32_t format, const Frame& frame, size_t width, size_t height, uint8_t* dst) {
   const size_t row_bytes = width * pixel_bytes(format);
   for (size_t y = 0; y + 1 < height; ++y) {
-    store(format, &frame[y * width], width, dst + y * row_bytes);
+    store(format, frame.data() + y * width, width, dst + y * row_bytes);
   }
   memcpy(dst + (height - 1) * row_bytes, dst + (height - 2) * row_bytes, row_bytes);
 }
@@ -540,7 +540,7 @@ Frame correct_mono8(const uint8_t* src, size_t width, size_t height, uint32_t pa
 void flip(uint8_t* image, size_t row_bytes, size_t rows) {
   const Bytes before(image, image + row_bytes * rows);
   for (size_t y = 0; y < rows; ++y) {
-    memcpy(image + y * row_bytes, &before[(rows - 1 - y) * row_bytes], row_bytes);
+    memcpy(image + y * row_bytes, before.data() + (rows - 1 - y) * row_bytes, row_bytes);
   }
 }
 
@@ -549,8 +549,10 @@ void deinterlace(uint8_t* dst, const uint8_t* src, size_t row_bytes, size_t heig
   const Bytes before(src, src + row_bytes * height);
   const size_t second = in_place ? height * row_bytes / 2 : height * (row_bytes / 2);
   for (size_t i = 0; i < height / 2; ++i) {
-    memcpy(dst + 2 * i * row_bytes, &before[second + i * row_bytes], row_bytes);
-    memcpy(dst + (2 * i + 1) * row_bytes, &before[i * row_bytes], row_bytes);
+    const uint8_t *const even = before.data() + second + i * row_bytes, *const odd = before.data() +
+                                                                                     i * row_bytes;
+    std::copy(even, even + row_bytes, dst + 2 * i * row_bytes);
+    std::copy(odd, odd + row_bytes, dst + (2 * i + 1) * row_bytes);
   }
 }
 

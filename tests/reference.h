@@ -16,6 +16,10 @@ namespace lum::reference {
 
 using Bytes = std::vector<uint8_t>;
 
+struct Size {
+  size_t width, height;
+};
+
 struct Pixel {
   int r = 0, g = 0, b = 0;
   int alpha = -1;            // -1: the source has none, a fourth byte is not written
