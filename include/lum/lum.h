@@ -495,7 +495,7 @@ LUM_API int32_t LumHasBayerPattern(uint8_t* out, uint32_t code);
 //   Raw, any other pair, to BGR24, BGR48    the same: Raw 16 to BGR24 and Raw 8 to BGR48 are read
 //                                           as packed data
 // Every other pair is refused. A width or a height below 2 writes nothing and is a success. No
-// pattern is refused: bits 0 and 1 are the column and the row of red.
+// pattern is refused: bits 0 and 1 are the LumBayerPattern.
 //
 // In place: where the transform permits it. Not written: what the transform leaves unwritten; the
 // records are not written at all.
