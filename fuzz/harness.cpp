@@ -1,0 +1,105 @@
+// SPDX-License-Identifier: MIT
+#include "harness.h"
+
+#include <stdio.h>
+#include <stdlib.h>
+
+#include <algorithm>
+#include <vector>
+
+#include "buffers.h"
+#include "levels.h"
+
+namespace lum::fuzz {
+namespace {
+
+constexpr size_t kRoom = 2 << 20;
+constexpr size_t kAround = 256;  // bytes about a destination that are looked at
+constexpr size_t kMostOffset = 64;
+
+struct Table {
+  std::string name;
+  Kernels kernels;
+};
+
+// Every level, as it is and with whatever can be streamed being streamed.
+std::vector<Table> make_tables() {
+  std::vector<Table> tables;
+  for (const test::TestedLevel& level : test::tested_levels()) {
+    if (level.kernels == nullptr) continue;
+    for (const bool streamed : {false, true}) {
+      tables.push_back({level.name + std::string(streamed ? ", streamed" : ""), *level.kernels});
+      tables.back().kernels.stream_above = streamed ? 1 : SIZE_MAX;
+    }
+  }
+  return tables;
+}
+
+const Kernels* active = nullptr;
+
+uint64_t hash(const uint8_t* data, size_t size) {  // FNV-1a
+  uint64_t h = 0xCBF29CE484222325;
+  for (size_t i = 0; i < size; ++i) h = (h ^ data[i]) * 0x100000001B3;
+  return h;
+}
+
+}  // namespace
+
+void fail(const std::string& what) {
+  fprintf(stderr, "FAILED: %s\n", what.c_str());
+  abort();
+}
+
+void check(const Call& call, const uint8_t* data, size_t size) {
+  static const std::vector<Table> kTables = make_tables();
+  static const test::Arena kSource(kRoom), kDestination(kRoom);
+  const size_t dst_bytes =
+      call.in_place ? std::max(call.src_bytes, call.dst_bytes) : call.dst_bytes;
+  if (std::max(call.src_bytes, dst_bytes) + kMostOffset > kRoom) fail(call.what + " needs room");
+
+  test::Random random(hash(data, size));
+  const auto below = [&](size_t n) { return static_cast<size_t>(random.next() % n); };
+  const auto placed = [&](const test::Arena& arena, size_t bytes) {
+    const bool at_end = below(2) != 0;
+    return arena.place(bytes, at_end, below(2) != 0 ? 0 : below(kMostOffset));
+  };
+  const Table& table = kTables[below(kTables.size())];
+  uint8_t* const src = placed(kSource, call.src_bytes);
+  uint8_t* const dst = placed(kDestination, dst_bytes);
+  test::fill(src, call.src_bytes, static_cast<unsigned>(random.next() >> 32), random);
+  const std::vector<uint8_t> source(src, src + call.src_bytes);
+
+  uint8_t* const from = std::max(dst - kAround, kDestination.begin());
+  uint8_t* const to = std::min(dst + dst_bytes + kAround, kDestination.end());
+  test::fill(from, static_cast<size_t>(to - from), 0, random);
+  if (call.in_place) std::copy(source.begin(), source.end(), dst);
+  std::vector<uint8_t> wanted(from, to);
+
+  active = &table.kernels;
+  const std::string what = call.what + " at level " + table.name;
+  if (below(32) == 0) {
+    const bool no_dst = below(2) != 0, no_src = !no_dst || below(2) != 0;
+    const uint32_t code = call.run(no_dst ? nullptr : dst, no_src ? nullptr : src);
+    if (code == 0) fail(what + " takes a null pointer");
+  } else {
+    const uint32_t code = call.run(dst, call.in_place ? dst : src);
+    active = &kTables[0].kernels;
+    if (code == 0) call.expected(wanted.data() + (dst - from), src);
+    if (call.code && code != *call.code) {
+      fail(what + " returns " + std::to_string(code) + " for " + std::to_string(*call.code));
+    }
+  }
+  if (!std::equal(source.begin(), source.end(), src)) fail(what + " writes its source");
+  const auto differs = std::mismatch(wanted.begin(), wanted.end(), from).first - wanted.begin();
+  if (static_cast<size_t>(differs) == wanted.size()) return;
+  const size_t shown = std::min<size_t>(16, wanted.size() - static_cast<size_t>(differs));
+  fail(what + ": destination byte " + std::to_string(differs - (dst - from)) + " of " +
+       std::to_string(dst_bytes) + "\nexpected " + test::hex(&wanted[differs], shown) +
+       "\nactual   " + test::hex(from + differs, shown));
+}
+
+}  // namespace lum::fuzz
+
+// The linker takes this for lum::kernels(), so that entry points get the kernels of any level.
+const lum::Kernels& chosen_kernels() asm("__wrap__ZN3lum7kernelsEv");
+const lum::Kernels& chosen_kernels() { return *lum::fuzz::active; }
