@@ -7,6 +7,7 @@ import json
 import os
 import random
 import re
+import resource
 import select
 import signal
 import struct
@@ -321,7 +322,7 @@ class ToolTest(unittest.TestCase):
         for source, stdin in (("all.raw", b""), ("-", frames)):
             late = self.lum(*base, "--frames", "2-9", source, "late.raw", stdin=stdin)
             self.assertIn("the input ends after frame 3", late.text)
-        for command in (("formats", "--json"), ("errors", "-7")):
+        for command in (("formats", "--json"), ("errors", "-7"), ("convert", "--help")):
             with open("/dev/full", "wb") as full:
                 done = subprocess.run([LUM, *command], stdout=full, stderr=subprocess.PIPE)
             self.assertEqual((done.returncode, b"could be written" in done.stderr), (1, True))
@@ -610,11 +611,17 @@ class ToolTest(unittest.TestCase):
             self.put(f"own{i}.raw", frame)
         self.lum("convert", *rg8, "--size", "12x8", "own%d.raw", "own%d.raw", status=1)
         self.assertFalse(os.path.exists(self.path("own0.raw")))
-        for words in (("--bin", ""), ("--frames=",), ("--to", "")):
+        for words in (("--bin", ""), ("--frames=",), ("--to", ""), ("--cc=",)):
             with self.subTest(words=words):
-                self.assertIn(words[0].strip("=") + ": has no value",
-                              self.lum("convert", *rg8, "--size", "12x8", *words, "f.raw", "o.raw",
-                                       status=2).text)
+                self.assertRegex(self.lum("convert", *rg8, "--size", "12x8", *words, "f.raw",
+                                          "o.raw", status=2).text,
+                                 words[0].strip("=") + ": (has no value|nothing follows)")
+        # A pipe is read before there is memory for all that was asked for.
+        done = subprocess.run([LUM, "convert", *rg8, "--size", "60000x60000", "-", "o.raw"],
+                              input=frame, stderr=subprocess.PIPE, cwd=self.folder, timeout=60,
+                              preexec_fn=lambda: resource.setrlimit(resource.RLIMIT_AS,
+                                                                    (1 << 30, 1 << 30)))
+        self.assertEqual((done.returncode, b"3,599,999,904 bytes short" in done.stderr), (1, True))
         for name, text in (("o.jpg", r"as \.png.*--type raw"), ("o.pgm", r"PGM holds grey.*\.ppm"),
                            ("none/o.raw", r"none/o.raw: No such"), (".", r"is a directory")):
             with self.subTest(output=name):

@@ -152,6 +152,18 @@ size_t InputFile::read(uint8_t* to, size_t count) {
   return got;
 }
 
+size_t InputFile::read(Bytes& to, size_t count) {
+  constexpr size_t kLeastStep = 1 << 20;
+  for (size_t done = 0; done < count;) {
+    const size_t step = std::min(count - done, std::max(kLeastStep, done));
+    if (to.size() < done + step) to.resize(done + step);
+    const size_t got = read(to.data() + done, step);
+    done += got;
+    if (got < step) return done;
+  }
+  return count;
+}
+
 void InputFile::skip(uint64_t count) {
   if (fseeko(file_, static_cast<off_t>(count), SEEK_CUR) != 0)
     throw Failure(title_ + ": " + system_text());

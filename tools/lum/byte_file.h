@@ -42,6 +42,9 @@ class InputFile {
 
   // Fewer than `count` only at the end of the file.
   size_t read(uint8_t* to, size_t count);
+  // The same to the start of `to`, which grows as bytes come where it is smaller: a pipe may end
+  // long before what was asked for, and memory be short of that.
+  size_t read(Bytes& to, size_t count);
   void skip(uint64_t count);  // not on a pipe
 
  private:

@@ -77,7 +77,10 @@ Converter::Converter(const Job& job) : job_(job), route_(Route::converted) {
                   way.destination->name + " does not have; leave --to out or say BGR24");
   if (route_ == Route::converted)
     job_.finish.check(way.destination->name, way.destination->pixel, converted_size());
+}
 
+void Converter::make_room() {
+  const Conversion& way = job_.way;
   const uint64_t bytes = way.source->frame_bytes(job_.size.width, job_.size.height);
   const FrameSize size = converted_size();
   try {
@@ -108,6 +111,7 @@ bool Converter::makes_grey() const {
 }
 
 void Converter::run() {
+  make_room();
   Conversion& way = job_.way;
   const auto [width, height] = job_.size;
   if (route_ == Route::words) {
@@ -122,6 +126,7 @@ void Converter::run() {
 }
 
 void Converter::time(uint32_t repeats) {
+  make_room();
   using Clock = std::chrono::steady_clock;
   double best = std::numeric_limits<double>::infinity();
   for (uint32_t i = 0; i < repeats; ++i) {

@@ -27,6 +27,7 @@ class Converter {
   // What the bytes of the output are, where the formats' names do not tell.
   void print_notes(FileKind kind, bool destination_given) const;
 
+  // Of one frame, or more bytes, for run().
   Bytes& frame() { return source_; }
   void run();
   void time(uint32_t repeats);
@@ -39,6 +40,7 @@ class Converter {
     words
   };
 
+  void make_room();
   FrameSize converted_size() const;
   const char* result_name() const;
   uint32_t largest_word() const;

@@ -105,16 +105,17 @@ bool FrameStream::open_next() {
 }
 
 bool FrameStream::next(Bytes& frame) {
-  if (pitch_ == line_) return read_next(frame.data());
-  padded_.resize(need_);
-  if (!read_next(padded_.data())) return false;
+  if (pitch_ == line_) return read_next(frame);
+  if (!read_next(padded_)) return false;
+  const size_t bytes = line_ * size_.height;
+  if (frame.size() < bytes) frame.resize(bytes);
   need("LumCopyRows",
        LumCopyRows(frame.data(), padded_.data(), static_cast<uint32_t>(line_), size_.height,
                    static_cast<uint32_t>(line_), static_cast<uint32_t>(pitch_)));
   return true;
 }
 
-bool FrameStream::read_next(uint8_t* to) {
+bool FrameStream::read_next(Bytes& to) {
   for (;;) {
     if (!file_ && !open_next()) return false;
     const size_t got = file_->read(to, need_);
@@ -130,8 +131,8 @@ bool FrameStream::skip() {
     if (!file_ && !open_next()) return false;
     const std::optional<uint64_t> size = file_->size();
     if (!size) {
-      Bytes frame(need_);
-      return read_next(frame.data());
+      Bytes frame;
+      return read_next(frame);
     }
     if (position_ < *size) {
       file_->skip(need_);

@@ -26,7 +26,8 @@ class FrameStream {
   // Nothing for a pipe.
   std::optional<uint64_t> total() const { return total_; }
 
-  // False at the end. `frame` has room for frame_bytes() at least; it gets lines without padding.
+  // False at the end. `frame` starts with the bytes of one afterwards, lines without padding, and
+  // grows where it is smaller.
   bool next(Bytes& frame);
   bool skip();
   // Reads a pipe to its end, so that a length that does not fit is noticed. The frames it had left.
@@ -34,7 +35,7 @@ class FrameStream {
 
  private:
   bool open_next();
-  bool read_next(uint8_t* to);
+  bool read_next(Bytes& to);
   [[noreturn]] void refuse(const std::string& title, uint64_t bytes) const;
 
   const Source& source_;

@@ -4,6 +4,7 @@
 #include <cstdio>
 #include <cstring>
 #include <exception>
+#include <iostream>
 #include <new>
 
 #include "catalogue.h"
@@ -136,7 +137,7 @@ void refuse_cut_off_values(int argc, char** argv) {
   for (int i = 1; i < argc && std::strcmp(argv[i], "--") != 0; ++i) {
     const std::string word = argv[i];
     if (word.rfind("--", 0) == 0 && word.back() == '=')
-      throw CLI::ValidationError(word.substr(0, word.size() - 1), "has no value");
+      throw CLI::ValidationError(word.substr(0, word.size() - 1), "nothing follows the =");
   }
 }
 void refuse_empty_values(const CLI::App& app) {
@@ -145,6 +146,14 @@ void refuse_empty_values(const CLI::App& app) {
       for (const std::string& value : option->results())
         if (value.empty() && !option->get_positional())
           throw CLI::ValidationError(option->get_name(), "has no value");
+}
+
+// Of what went to standard output, which help does by std::cout.
+bool all_written() {
+  std::cout.flush();
+  if (std::fflush(stdout) == 0 && !std::ferror(stdout) && std::cout) return true;
+  std::fprintf(stderr, "lum: standard output: not all of it could be written\n");
+  return false;
 }
 
 }  // namespace
@@ -188,15 +197,12 @@ int main(int argc, char** argv) {
     app.parse(argc, argv);
     refuse_empty_values(app);
   } catch (const CLI::ParseError& error) {
-    return app.exit(error) == 0 ? 0 : kWrongCall;
+    if (app.exit(error) != 0) return kWrongCall;
+    return all_written() ? 0 : kFailed;
   }
   try {
     const int status = run();
-    if (std::fflush(stdout) != 0 || std::ferror(stdout)) {
-      std::fprintf(stderr, "lum: standard output: not all of it could be written\n");
-      return kFailed;
-    }
-    return status;
+    return all_written() ? status : kFailed;
   } catch (const std::bad_alloc&) {
     std::fprintf(stderr, "lum: not enough memory for frames of this size\n");
     return kFailed;
