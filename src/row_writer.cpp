@@ -15,8 +15,8 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
     return reinterpret_cast<uintptr_t>(dst + x * pixels.bytes) % kCacheLine == 0;
   };
   if (begins_line(0)) return 0;
-  const size_t end = kStreamedGroup + kCacheLine * pixels.group;  // then they repeat
-  for (size_t x = kStreamedGroup; x < end && x + pixels.group <= n; x += pixels.group) {
+  const size_t end = std::min(n, kMostToLine);  // then they repeat
+  for (size_t x = kStreamedGroup; x + pixels.group <= end; x += pixels.group) {
     if (begins_line(x)) return x;
   }
   return n;

@@ -26,12 +26,13 @@ bool is_streamed(const Kernels& kernels, size_t bytes);
 // The pixels of a row as they are streamed.
 struct StreamedPixels {
   size_t bytes;  // of one, at most 16
-  size_t group;  // pixels that cannot be taken apart, at most 4
+  size_t group;  // pixels that cannot be taken apart, 1, 2 or 4
 };
 
 // How many pixels are before the first line of a cache that is streamed, by whole groups: none or
 // so many that they are a kernel's block. n if no pixel of the n begins a line, or only one with
 // less than a group behind it.
+constexpr size_t kMostToLine = kStreamedGroup + kCacheLine;
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
@@ -42,7 +43,8 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
 template <class Write, class Stream>
 void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
                    const Write& write, const Stream& stream) {
-  constexpr size_t kBytes = 6144, kBeyond = 2 * 16;
+  constexpr size_t kBytes = 4096, kMostOfPixel = 16, kBeyond = 2 * kMostOfPixel;
+  static_assert(kMostToLine * kMostOfPixel <= kBytes, "room");
   alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
   size_t x = pixels_to_line(dst, n, pixels);
   if (x < n) {
