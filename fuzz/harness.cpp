@@ -8,7 +8,7 @@
 #include <vector>
 
 #include "buffers.h"
-#include "levels.h"
+#include "chosen_kernels.h"
 
 namespace lum::fuzz {
 namespace {
@@ -16,26 +16,6 @@ namespace {
 constexpr size_t kRoom = 2 << 20;
 constexpr size_t kAround = 256;  // bytes about a destination that are looked at
 constexpr size_t kMostOffset = 64;
-
-struct Table {
-  std::string name;
-  Kernels kernels;
-};
-
-// Every level, as it is and with whatever can be streamed being streamed.
-std::vector<Table> make_tables() {
-  std::vector<Table> tables;
-  for (const test::TestedLevel& level : test::tested_levels()) {
-    if (level.kernels == nullptr) continue;
-    for (const bool streamed : {false, true}) {
-      tables.push_back({level.name + std::string(streamed ? ", streamed" : ""), *level.kernels});
-      tables.back().kernels.stream_above = streamed ? 1 : SIZE_MAX;
-    }
-  }
-  return tables;
-}
-
-const Kernels* active = nullptr;
 
 uint64_t hash(const uint8_t* data, size_t size) {  // FNV-1a
   uint64_t h = 0xCBF29CE484222325;
@@ -51,7 +31,7 @@ void fail(const std::string& what) {
 }
 
 void check(const Call& call, const uint8_t* data, size_t size) {
-  static const std::vector<Table> kTables = make_tables();
+  static const std::vector<test::NamedKernels> kTables = test::all_kernels();
   static const test::Arena kSource(kRoom), kDestination(kRoom);
   const size_t dst_bytes =
       call.in_place ? std::max(call.src_bytes, call.dst_bytes) : call.dst_bytes;
@@ -63,7 +43,7 @@ void check(const Call& call, const uint8_t* data, size_t size) {
     const bool at_end = below(2) != 0;
     return arena.place(bytes, at_end, below(2) != 0 ? 0 : below(kMostOffset));
   };
-  const Table& table = kTables[below(kTables.size())];
+  const test::NamedKernels& table = kTables[below(kTables.size())];
   uint8_t* const src = placed(kSource, call.src_bytes);
   uint8_t* const dst = placed(kDestination, dst_bytes);
   test::fill(src, call.src_bytes, static_cast<unsigned>(random.next() >> 32), random);
@@ -75,7 +55,7 @@ void check(const Call& call, const uint8_t* data, size_t size) {
   if (call.in_place) std::copy(source.begin(), source.end(), dst);
   std::vector<uint8_t> wanted(from, to);
 
-  active = &table.kernels;
+  test::chosen_kernels = &table.kernels;
   const std::string what = call.what + " at level " + table.name;
   if (below(32) == 0) {
     const bool no_dst = below(2) != 0, no_src = !no_dst || below(2) != 0;
@@ -83,7 +63,7 @@ void check(const Call& call, const uint8_t* data, size_t size) {
     if (code == 0) fail(what + " takes a null pointer");
   } else {
     const uint32_t code = call.run(dst, call.in_place ? dst : src);
-    active = &kTables[0].kernels;
+    test::chosen_kernels = &kTables[0].kernels;
     if (code == 0) call.expected(wanted.data() + (dst - from), src);
     if (call.code && code != *call.code) {
       fail(what + " returns " + std::to_string(code) + " for " + std::to_string(*call.code));
@@ -99,7 +79,3 @@ void check(const Call& call, const uint8_t* data, size_t size) {
 }
 
 }  // namespace lum::fuzz
-
-// The linker takes this for lum::kernels(), so that entry points get the kernels of any level.
-const lum::Kernels& chosen_kernels() asm("__wrap__ZN3lum7kernelsEv");
-const lum::Kernels& chosen_kernels() { return *lum::fuzz::active; }
