@@ -119,7 +119,8 @@ std::string any_name(Input& in) {
 void check_name(Input& in) {
   const std::string name = any_name(in);
   const uint32_t length =
-      mostly(in) ? static_cast<uint32_t>(strlen(name.c_str())) : in.ConsumeIntegral<uint32_t>();
+      mostly(in) ? static_cast<uint32_t>(strlen(name.c_str()))
+                 : in.ConsumeIntegralInRange<uint32_t>(0, in.ConsumeBool() ? 5 : UINT32_MAX);
   const std::string of = "name \"" + name + "\", " + std::to_string(length);
   // On the heap, with nothing behind it that could be read.
   const std::vector<char> exact(name.c_str(), name.c_str() + strlen(name.c_str()) + 1);

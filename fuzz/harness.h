@@ -10,7 +10,6 @@
 #include <stdint.h>
 
 #include <functional>
-#include <optional>
 #include <string>
 
 namespace lum::fuzz {
@@ -26,15 +25,15 @@ struct Call {
   size_t src_bytes = 0, dst_bytes = 0;
   bool in_place = false;  // dst is src
   std::function<uint32_t(uint8_t* dst, const uint8_t* src)> run;
-  // Writes what a successful run() has to. It may call the library, and gets level base then.
-  std::function<void(uint8_t* dst, const uint8_t* src)> expected;
-  std::optional<uint32_t> code;  // what run() has to return, where that is known
+  // What run() has to return, after writing what it has to. It may call the library, and gets level
+  // base then.
+  std::function<uint32_t(uint8_t* dst, const uint8_t* src)> expected;
 };
 
-// Aborts, so that the fuzzer keeps the input, when the call writes anything else or elsewhere or
-// writes although it refuses. Reads elsewhere end at an inaccessible page. Level, place and
-// contents of the buffers go by all bytes of the input: as arguments they would all be short of
-// being tried, since a fuzzer keeps the shortest inputs.
+// Aborts, so that the fuzzer keeps the input, when the call returns or writes anything else. Reads
+// elsewhere end at an inaccessible page. Level, place and contents of the buffers go by all bytes
+// of the input, and change with each of them: as arguments they would all be short of being tried,
+// since a fuzzer keeps the shortest inputs.
 void check(const Call& call, const uint8_t* data, size_t size);
 
 // Aborts with a message.
