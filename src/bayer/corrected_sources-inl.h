@@ -90,28 +90,35 @@ struct MosaicPairs8 : Mosaic8 {
   explicit MosaicPairs8(const RowArgs& args) : Mosaic8(args), own_is_b(blue_first(args)) {}
 
   static bool blue_first(const RowArgs& args) { return (args.column & 1) != 0; }
-  LUM_INLINE PixelPairs pairs(const uint8_t* a, const uint8_t* b) const {
+  struct Loaded {
+    U8 own0, own1, other0, other1;
+  };
+  LUM_INLINE Loaded load_block(const uint8_t* a, const uint8_t* b) const {
     const uint8_t* const own = own_is_b ? b : a;
     const uint8_t* const other = own_is_b ? a : b;
-    return pairs_of(load<U8>(own), load<U8>(own + 1), load<U8>(other), load<U8>(other + 1));
+    return {load<U8>(own), load<U8>(own + 1), load<U8>(other), load<U8>(other + 1)};
   }
-  LUM_INLINE PixelPairs last_pairs(const uint8_t* a, const uint8_t* b) const {
+  LUM_INLINE Loaded load_last_block(const uint8_t* a, const uint8_t* b) const {
     const uint8_t* const own = own_is_b ? b : a;
     const uint8_t* const other = own_is_b ? a : b;
-    return pairs_of(load<U8>(own), load_edge8(own), load<U8>(other), load_edge8(other));
+    return {load<U8>(own), load_edge8(own), load<U8>(other), load_edge8(other)};
+  }
+  LUM_INLINE Rgb8 colours(const Loaded& v) const {
+    return own_is_b ? Mosaic8::colours(v.other0, v.other1, v.own0, v.own1)
+                    : Mosaic8::colours(v.own0, v.own1, v.other0, v.other1);
+  }
+  LUM_INLINE PixelPairs pairs(const Loaded& v) const {
+    const I16 even_green = mean(unit_of_upper(v.own0, 32), unit_of_lower(v.other0, 32));
+    const I16 odd_green = mean(unit_of_lower(v.own1, 32), unit_of_upper(v.other1, 32));
+    const I16 third = unit_of_upper(v.other0);
+    return {interleave(unit_of_lower(v.own0), even_green),
+            interleave(unit_of_upper(v.own1), odd_green), interleave(third, third)};
   }
 
  private:
   // 64 ((g1 + g2) >> 1)
   static LUM_INLINE I16 mean(I16 half_g1, I16 half_g2) {
     return (half_g1 + half_g2) & in_register(I16{} + (-64));
-  }
-  static LUM_INLINE PixelPairs pairs_of(U8 own0, U8 own1, U8 other0, U8 other1) {
-    const I16 even_green = mean(unit_of_upper(own0, 32), unit_of_lower(other0, 32));
-    const I16 odd_green = mean(unit_of_lower(own1, 32), unit_of_upper(other1, 32));
-    const I16 third = unit_of_upper(other0);
-    return {interleave(unit_of_lower(own0), even_green), interleave(unit_of_upper(own1), odd_green),
-            interleave(third, third)};
   }
 
   bool own_is_b;
@@ -125,12 +132,12 @@ struct Bgr24Samples {
   explicit Bgr24Samples(const RowArgs&) {}
 
   static bool blue_first(const RowArgs&) { return false; }
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE Rgb8 load_block(const uint8_t* a, const uint8_t*) const {
     const Bytes3 v = load3(a);
     return {v.c2, v.c1, v.c0};
   }
-  LUM_INLINE PixelPairs pairs(const uint8_t* a, const uint8_t* b) const {
-    const Rgb8 p = block(a, b);
+  LUM_INLINE Rgb8 colours(const Rgb8& p) const { return p; }
+  LUM_INLINE PixelPairs pairs(const Rgb8& p) const {
     return {interleave(unit_of_lower(p.r), unit_of_lower(p.g)),
             interleave(unit_of_upper(p.r), unit_of_upper(p.g)),
             interleave(unit_of_lower(p.b), unit_of_upper(p.b))};
@@ -165,12 +172,15 @@ struct Corrected8 : Samples {
   explicit Corrected8(const RowArgs& args)
       : Samples(args), scalar(args), matrix(args.matrix, Samples::blue_first(args)) {}
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
-    if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Samples::block(a, b));
-    return matrix.template corrected<Samples::kOneThird>(Samples::pairs(a, b));
+    return pixels(Samples::load_block(a, b));
   }
   LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
-    if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Samples::last_block(a, b));
-    return matrix.template corrected<Samples::kOneThird>(Samples::last_pairs(a, b));
+    return pixels(Samples::load_last_block(a, b));
+  }
+  template <class Loaded>
+  LUM_INLINE Rgb8 pixels(const Loaded& v) const {
+    if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Samples::colours(v));
+    return matrix.template corrected<Samples::kOneThird>(Samples::pairs(v));
   }
 
  private:

@@ -24,7 +24,7 @@ struct Mosaic8 {
     return colours(load<U8>(a), load_edge8(a), load<U8>(b), load_edge8(b));
   }
 
- private:
+ protected:
   LUM_INLINE Rgb8 colours(U8 a0, U8 a1, U8 b0, U8 b1) const {
     Rgb8 p;
     U8 green_a, green_b;
@@ -34,6 +34,7 @@ struct Mosaic8 {
     return p;
   }
 
+ private:
   Mask red_lanes;
 };
 

@@ -192,11 +192,20 @@ struct YuvSource {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit YuvSource(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const auto pairs = range.chroma(Layout::pair_chroma(a));
-    const RgbWords lo = range.to_rgb(Layout::luma_words(a), pairs.template twice<false>());
-    const RgbWords hi =
-        range.to_rgb(Layout::luma_words(a + Layout::kHalf), pairs.template twice<true>());
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
+    return pixels(load_block(a, b));
+  }
+  struct Loaded {
+    U8 pair_chroma;
+    I16 luma_lo, luma_hi;
+  };
+  LUM_INLINE Loaded load_block(const uint8_t* a, const uint8_t*) const {
+    return {Layout::pair_chroma(a), Layout::luma_words(a), Layout::luma_words(a + Layout::kHalf)};
+  }
+  LUM_INLINE Rgb8 pixels(const Loaded& v) const {
+    const auto pairs = range.chroma(v.pair_chroma);
+    const RgbWords lo = range.to_rgb(v.luma_lo, pairs.template twice<false>());
+    const RgbWords hi = range.to_rgb(v.luma_hi, pairs.template twice<true>());
     return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
   }
 
@@ -250,8 +259,9 @@ struct Yuv444 {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit Yuv444(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const Bytes3 v = load3(a);
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const { return pixels(load3(a)); }
+  LUM_INLINE Bytes3 load_block(const uint8_t* a, const uint8_t*) const { return load3(a); }
+  LUM_INLINE Rgb8 pixels(const Bytes3& v) const {
     const Bytes2 y = interleave(v.c1, U8{}), uv = interleave(v.c0, v.c2);
     const RgbWords lo = range.to_rgb(I16(y.lo), range.chroma(uv.lo));
     const RgbWords hi = range.to_rgb(I16(y.hi), range.chroma(uv.hi));
@@ -267,8 +277,9 @@ struct StudioYuv444 {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit StudioYuv444(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
-    const Bytes3 v = load3(a);
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const { return pixels(load3(a)); }
+  LUM_INLINE Bytes3 load_block(const uint8_t* a, const uint8_t*) const { return load3(a); }
+  LUM_INLINE Rgb8 pixels(const Bytes3& v) const {
     const Bytes2 uy = interleave(v.c0, v.c1), vy = interleave(v.c2, v.c1);
     const RgbWords lo = range.to_rgb(uy.lo, vy.lo), hi = range.to_rgb(uy.hi, vy.hi);
     return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};

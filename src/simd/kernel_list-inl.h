@@ -52,6 +52,31 @@ template <class Layout>
 constexpr bool kFewInstructions<YuvLuma<Layout>> = true;
 template <>
 constexpr bool kFewInstructions<Yuv411To422> = true;
+// Cut where it was found to gain most; in two rows at once only registers for both make it one.
+template <class Layout>
+constexpr Cut kCut<YuvSource<Layout>> = Cut::behind_load;
+template <class Layout>
+constexpr Cut kCut<StudioYuvSource<Layout>> = Cut::behind_block;
+template <>
+constexpr Cut kCut<Yuv444> = Cut::behind_load;
+template <>
+constexpr Cut kCut<StudioYuv444> = Cut::behind_load;
+template <>
+constexpr Cut kCut<Corrected8<Bgr24Samples>> = Cut::behind_load;
+template <bool wraps>
+constexpr Cut kCut<Corrected8<MosaicPairs8, wraps>> = Cut::behind_block;
+template <bool wraps>
+constexpr Cut kCut<MosaicWordsCorrectedTo8<wraps>> = Cut::behind_block;
+template <>
+constexpr Cut kCut<Mosaic8Binned> = Cut::behind_block;
+template <>
+constexpr Cut kCut<CygmBinned> = Cut::behind_block;
+template <>
+constexpr Cut kCut<Cygm> = kManyRegisters ? Cut::behind_block : Cut::none;
+template <>
+constexpr Cut kCut<Bilinear> = Cut::behind_block;
+template <>
+constexpr Cut kCut<Mono12Packed> = Cut::behind_block;
 template <>
 constexpr bool kMirrors<Bilinear> = true;
 template <>

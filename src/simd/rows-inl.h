@@ -6,6 +6,7 @@
 //   kEdge                      true when pixel x also needs sample x + 1
 //   block(a, b)                the kLanes pixels whose first bytes are at a and b
 //   last_block(a, b)           with kEdge: the same at the end of a row, nothing read beyond it
+//   load_block(a, b), pixels() what block(a, b) is in two steps, if kCut is behind_load
 namespace lum {
 namespace LUM_LEVEL {
 namespace {
@@ -160,6 +161,98 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
 template <class Source>
 constexpr bool kPrefetchesKept = true;
 
+LUM_INLINE void prefetch_write(PastCache, ptrdiff_t) {}
+
+// Copies of how far ahead is prefetched, which a store cannot change.
+LUM_INLINE RowArgs how_far_ahead(const RowArgs& args) {
+  RowArgs ahead;
+  ahead.ahead_of_a = args.ahead_of_a;
+  ahead.ahead_of_b = args.ahead_of_b;
+  ahead.write_ahead = args.write_ahead;
+  ahead.beyond_cache = args.beyond_cache;
+  return ahead;
+}
+template <class Source, class Sink>
+constexpr bool kPrefetchesBoth = !Sink::kKeeps || kPrefetchesKept<Source>;
+
+// Of `count` blocks.
+template <class Source, class Sink, size_t count = 1>
+LUM_INLINE void prefetch_source(const uint8_t* a, const uint8_t* b, const RowArgs& ahead) {
+  if (!kPrefetchesBoth<Source, Sink> && ahead.beyond_cache != 0) return;
+  for (size_t line = 0; line < count * source_bytes<Source>(kLanes); line += 64) {
+    prefetch_read(a + line, ahead.ahead_of_a);
+    if (Source::kRows == 2) prefetch_read(b + line, ahead.ahead_of_b);
+  }
+}
+template <class Source, class Sink, size_t count = 1, class To>
+LUM_INLINE void prefetch_destination(To dst, const RowArgs& ahead) {
+  if (!kPrefetchesBoth<Source, Sink> && ahead.beyond_cache == 0) return;
+  for (size_t line = 0; line < count * kLanes * Sink::kPixelBytes; line += 64) {
+    prefetch_write(dst + line, ahead.write_ahead);
+  }
+}
+
+// Where blocks are cut in two. The operations of a block wait for one another, and with a source
+// that takes many a processor does not see far enough ahead to find others meanwhile: so the first
+// part of the next block is done beside the second part of this one.
+enum class Cut { none, behind_load, behind_block };
+template <class Source>
+constexpr Cut kCut = Cut::none;
+
+template <class Source>
+LUM_INLINE auto begin_block(const Source& source, const uint8_t* a, const uint8_t* b) {
+  if constexpr (kCut<Source> == Cut::behind_load) {
+    return source.load_block(a, b);
+  } else {
+    return source.block(a, b);
+  }
+}
+template <class Source, class Sink, class To, class Begun>
+LUM_INLINE void finish_block(const Source& source, To dst, const Begun& begun) {
+  if constexpr (kCut<Source> == Cut::behind_load) {
+    Sink::store_block(dst, source.pixels(begun));
+  } else {
+    Sink::store_block(dst, begun);
+  }
+}
+
+// Blocks from `from` up to `end`: finish(to, begin(from, to)) of each. What is prefetched goes
+// first, in begin(): between loads and stores it would be too late for destinations that keep
+// bytes.
+template <class Source, class Sink, class To, class Begin, class Finish>
+LUM_INLINE void each_block(To to, const uint8_t* from, const uint8_t* end, const Begin& begin,
+                           const Finish& finish) {
+  constexpr size_t kIn = source_bytes<Source>(kLanes);
+  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
+  if constexpr (kCut<Source> == Cut::none) {
+    for (; from != end; from += kIn, to = to + kOut) finish(to, begin(from, to));
+  } else if (from != end) {
+    auto begun = begin(from, to);
+    for (const uint8_t* const last = end - kIn; from != last; to = to + kOut) {
+      from += kIn;
+      const auto next = begin(from, to + kOut);
+      finish(to, begun);
+      begun = next;
+    }
+    finish(to, begun);
+  }
+}
+
+// The same of the blocks of one row; b is `beside` bytes from a.
+template <class Source, class Sink, class To>
+LUM_INLINE void blocks_of_row(const Source& source, To to, const uint8_t* a, const uint8_t* end,
+                              ptrdiff_t beside, const RowArgs& ahead) {
+  each_block<Source, Sink>(
+      to, a, end,
+      [&](const uint8_t* from, To at) {
+        const uint8_t* const second = Source::kRows == 2 ? from + beside : nullptr;
+        prefetch_source<Source, Sink>(from, second, ahead);
+        prefetch_destination<Source, Sink>(at, ahead);
+        return begin_block(source, from, second);
+      },
+      [&](To at, const auto& begun) { finish_block<Source, Sink>(source, at, begun); });
+}
+
 // What is left of a row of n pixels, kLanes or more, when the blocks of the first x are done.
 // in_place: dst may be a, so that no pixel may be converted twice.
 template <class Source, class Sink, bool in_place>
@@ -198,15 +291,11 @@ LUM_INLINE void rest_of_row(const Source& source, PastCache dst, const uint8_t* 
                              second);
 }
 
-LUM_INLINE void prefetch_write(PastCache, ptrdiff_t) {}
-
 // A row, kLanes pixels or more, of a source of mirrored samples.
 template <class Source, class Sink, class To>
 LUM_INLINE void row_with_sides(const Source& source, To dst, const uint8_t* a, size_t n,
                                const RowArgs& args) {
-  constexpr size_t kIn = source_bytes<Source>(kLanes);
-  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
+  static_assert(source_bytes<Source>(kLanes) == kLanes, "a byte a pixel");
   const bool ends = args.ends != 0;
   const size_t last = n - kLanes;
   size_t x = 0;
@@ -214,12 +303,11 @@ LUM_INLINE void row_with_sides(const Source& source, To dst, const uint8_t* a, s
     Sink::store_block(dst, source.side_block(a, true, ends && last == 0));
     x = kLanes;
   }
-  for (const size_t end = ends ? last : last + 1; x < end; x += kLanes) {
-    const uint8_t* const from = a + x;
-    const To to = dst + x * Sink::kPixelBytes;
-    for (size_t line = 0; line < kIn; line += 64) prefetch_read(from + line, ahead_of_a);
-    for (size_t line = 0; line < kOut; line += 64) prefetch_write(to + line, write_ahead);
-    Sink::store_block(to, source.block(from, nullptr));
+  if (const size_t end = ends ? last : last + 1; x < end) {
+    const size_t behind = x + (end - x + kLanes - 1) / kLanes * kLanes;
+    blocks_of_row<Source, Sink>(source, dst + x * Sink::kPixelBytes, a + x, a + behind, 0,
+                                how_far_ahead(args));
+    x = behind;
   }
   if (x < n) {  // some of the pixels for the second time
     Sink::store_block(dst + last * Sink::kPixelBytes, source.side_block(a + last, false, ends));
@@ -236,41 +324,13 @@ constexpr size_t kBlocksAtOnce = (kFewInstructions<Source> && kShufflesBytes && 
                                      ? 64 / kLanes
                                      : 1;
 
-template <size_t count, class Source, class Sink, class To>
-LUM_INLINE void blocks(const Source& source, To dst, const uint8_t* a, const uint8_t* b,
-                       const RowArgs& args) {
-  constexpr size_t kIn = source_bytes<Source>(kLanes);
-  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  constexpr bool kBoth = !Sink::kKeeps || kPrefetchesKept<Source>;
-  if (kBoth || args.beyond_cache == 0) {
-    for (size_t line = 0; line < count * kIn; line += 64) {
-      prefetch_read(a + line, args.ahead_of_a);
-      if (Source::kRows == 2) prefetch_read(b + line, args.ahead_of_b);
-    }
-  }
-  if (kBoth || args.beyond_cache != 0) {
-    for (size_t line = 0; line < count * kOut; line += 64) {
-      prefetch_write(dst + line, args.write_ahead);
-    }
-  }
-  for (size_t i = 0; i < count; ++i) {
-    const uint8_t* const second = Source::kRows == 2 ? b + i * kIn : nullptr;
-    Sink::store_block(dst + i * kOut, source.block(a + i * kIn, second));
-  }
-}
-
 template <class Source, class Sink, bool in_place, class To>
 LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const uint8_t* b, size_t n,
                         const RowArgs& args) {
   constexpr size_t kIn = source_bytes<Source>(kLanes);
   constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
   constexpr size_t kBlocks = kBlocksAtOnce<Source>;
-  // Copies of how far ahead is prefetched, which a store cannot change.
-  RowArgs ahead;
-  ahead.ahead_of_a = args.ahead_of_a;
-  ahead.ahead_of_b = args.ahead_of_b;
-  ahead.write_ahead = args.write_ahead;
-  ahead.beyond_cache = args.beyond_cache;
+  const RowArgs ahead = how_far_ahead(args);
   // One pointer walks for both rows: few instructions are what counts in a short loop.
   const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
   const size_t x = whole_blocks<Source>(n);
@@ -280,12 +340,16 @@ LUM_INLINE void one_row(const Source& source, To dst, const uint8_t* a, const ui
   if constexpr (kBlocks > 1) {
     const uint8_t* const most = end - x / kLanes % kBlocks * kIn;
     for (; from != most; from += kBlocks * kIn, to = to + kBlocks * kOut) {
-      blocks<kBlocks, Source, Sink>(source, to, from, from + beside, ahead);
+      prefetch_source<Source, Sink, kBlocks>(from, from + beside, ahead);
+      prefetch_destination<Source, Sink, kBlocks>(to, ahead);
+      for (size_t i = 0; i < kBlocks; ++i) {
+        const uint8_t* const at = from + i * kIn;
+        Sink::store_block(to + i * kOut,
+                          source.block(at, Source::kRows == 2 ? at + beside : nullptr));
+      }
     }
   }
-  for (; from != end; from += kIn, to = to + kOut) {
-    blocks<1, Source, Sink>(source, to, from, from + beside, ahead);
-  }
+  blocks_of_row<Source, Sink>(source, to, from, end, beside, ahead);
   rest_of_row<Source, Sink, in_place>(source, dst, a, b, x, n, args);
 }
 
@@ -306,25 +370,30 @@ LUM_INLINE void two_rows(const Source& source, To dst, const uint8_t* shared, pt
   const size_t out_row = n * Sink::kPixelBytes;
   const ptrdiff_t ahead_of_a = args.ahead_of_a, write_ahead = args.write_ahead;
   const size_t x = whole_blocks<Source>(n);
-  const uint8_t* const end = shared + source_bytes<Source>(x);
-  To to = dst;
-  for (const uint8_t* from = shared; from != end; from += kIn, to = to + kOut) {
-    const uint8_t *const first = from + to_first, *const second = from + to_second;
-    for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(from + line, ahead_of_a);
-      prefetch_read(second + line, ahead_of_a);
-    }
-    if (write_ahead != 0) {
-      for (size_t line = 0; line < kOut; line += 64) {
-        prefetch_write(to + line, write_ahead);
-        prefetch_write(to + out_row + line, write_ahead);
-      }
-    }
-    const auto pixels = shares_b ? source.block(first, from) : source.block(from, first);
-    const auto more = shares_b ? source.block(second, from) : source.block(from, second);
-    Sink::store_block(to, pixels);
-    Sink::store_block(to + out_row, more);
-  }
+  struct Begun {
+    decltype(source.block(shared, shared)) first, second;
+  };
+  each_block<Source, Sink>(
+      dst, shared, shared + source_bytes<Source>(x),
+      [&](const uint8_t* from, To to) -> Begun {
+        const uint8_t *const first = from + to_first, *const second = from + to_second;
+        for (size_t line = 0; line < kIn; line += 64) {
+          prefetch_read(from + line, ahead_of_a);
+          prefetch_read(second + line, ahead_of_a);
+        }
+        if (write_ahead != 0) {
+          for (size_t line = 0; line < kOut; line += 64) {
+            prefetch_write(to + line, write_ahead);
+            prefetch_write(to + out_row + line, write_ahead);
+          }
+        }
+        return {shares_b ? source.block(first, from) : source.block(from, first),
+                shares_b ? source.block(second, from) : source.block(from, second)};
+      },
+      [&](To to, const Begun& begun) {
+        Sink::store_block(to, begun.first);
+        Sink::store_block(to + out_row, begun.second);
+      });
   const auto rest = [&](To to, const uint8_t* other) {
     rest_of_row<Source, Sink, false>(source, to, shares_b ? other : shared,
                                      shares_b ? shared : other, x, n, args);
@@ -405,9 +474,6 @@ template <class Source, class Sink>
 __attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a, const uint8_t* b,
                                                   size_t n, const RowArgs& args) {
   const Source source(args);
-  constexpr size_t kIn = source_bytes<Source>(kLanes);
-  constexpr size_t kOut = size_t{kLanes} * Sink::kPixelBytes;
-  const ptrdiff_t ahead_of_a = args.ahead_of_a, ahead_of_b = args.ahead_of_b;
   const size_t count = streamed_pixels(n);
   if constexpr (kMirrors<Source>) {
     if (count == 0) return 0;
@@ -417,17 +483,13 @@ __attribute__((noinline)) size_t one_streamed_row(uint8_t* dst, const uint8_t* a
     return count;
   }
   const size_t last = Source::kEdge && count == n && n > 0 ? n - kLanes : count;
-  for (size_t x = 0; x < last; x += kLanes) {
-    for (size_t line = 0; line < kIn; line += 64) {
-      prefetch_read(a + line, ahead_of_a);
-      if (Source::kRows == 2) prefetch_read(b + line, ahead_of_b);
-    }
-    Sink::store_block(PastCache{dst}, source.block(a, b));
-    a += kIn;
-    if (Source::kRows == 2) b += kIn;
-    dst += kOut;
+  const size_t bytes = source_bytes<Source>(last);
+  const ptrdiff_t beside = Source::kRows == 2 ? distance(a, b) : 0;
+  blocks_of_row<Source, Sink>(source, PastCache{dst}, a, a + bytes, beside, how_far_ahead(args));
+  if (last < count) {
+    convert_last<Source, Sink>(source, PastCache{dst} + last * Sink::kPixelBytes, a + bytes,
+                               Source::kRows == 2 ? b + bytes : nullptr);
   }
-  if (last < count) convert_last<Source, Sink>(source, PastCache{dst}, a, b);
   return count;
 }
 
