@@ -232,8 +232,7 @@ int main(int argc, char** argv) {
       ->check(CLI::PositiveNumber);
   app.add_option("--stream-above", options.measure.stream_above,
                  "bytes read and written above which outputs are streamed past the cache, where "
-                 "conversions do "
-                 "that; 0: half the last-level cache");
+                 "conversions do that; 0: what the library makes of the processor's caches");
   app.add_option("--rotate", options.measure.rotate,
                  "pairs of buffers, used in turn; many of them make the frames cold")
       ->capture_default_str()

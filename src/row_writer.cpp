@@ -7,7 +7,7 @@ namespace lum {
 
 bool is_streamed(const Kernels& kernels, size_t bytes) {
   if (kernels.stream == nullptr) return false;
-  return bytes > (kernels.stream_above != 0 ? kernels.stream_above : last_level_cache() / 2);
+  return bytes > (kernels.stream_above != 0 ? kernels.stream_above : kept_in_cache());
 }
 
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels) {

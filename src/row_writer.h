@@ -18,9 +18,9 @@
 
 namespace lum {
 
-// Whether a conversion that reads and writes so many bytes is streamed. Up to half the last-level
-// cache it is not: the output may stay there, and what reads it next finds it. A size alone cannot
-// tell a cold frame from a warm one; this rule loses least over both.
+// Whether a conversion that reads and writes so many bytes is streamed. What kept_in_cache() says
+// is not: the output may stay there, and what reads it next finds it. A size alone cannot tell a
+// cold frame from a warm one; this rule loses least over both.
 bool is_streamed(const Kernels& kernels, size_t bytes);
 
 // The pixels of a row as they are streamed.

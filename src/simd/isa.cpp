@@ -71,30 +71,48 @@ const Kernels* kernels_of(Level level) { return level == Level::base ? &kernels_
 
 namespace {
 
-// Both makers describe one cache a sub-leaf in the same way, on leaves of their own.
-size_t largest_cache() {
-  size_t largest = 0;
+struct Caches {
+  size_t second = 0;   // bytes of the second level
+  size_t largest = 0;  // bytes of the largest
+  bool intel = false;
+};
+
+Caches read_caches() {
+  Caches caches;
 #if defined(__x86_64__)
-  constexpr unsigned kLeaves[] = {0x4, 0x8000001D};
+  // Both makers describe one cache a sub-leaf in the same way, on leaves of their own.
+  constexpr unsigned kIntelLeaf = 0x4, kLeaves[] = {kIntelLeaf, 0x8000001D};
   for (const unsigned leaf : kLeaves) {
     unsigned eax, ebx, ecx, edx;
     for (unsigned i = 0; __get_cpuid_count(leaf, i, &eax, &ebx, &ecx, &edx) != 0; ++i) {
-      constexpr unsigned kTypeBits = 0x1F, kInstructions = 2;
-      if ((eax & kTypeBits) == 0) break;
-      if ((eax & kTypeBits) == kInstructions) continue;
+      const unsigned type = eax & 0x1F, level = (eax >> 5) & 0x7;
+      constexpr unsigned kNone = 0, kInstructions = 2;
+      if (type == kNone) break;
+      if (type == kInstructions) continue;
       const size_t line = (ebx & 0xFFF) + 1, partitions = ((ebx >> 12) & 0x3FF) + 1;
       const size_t bytes = ((ebx >> 22) + size_t{1}) * partitions * line * (ecx + size_t{1});
-      if (bytes > largest) largest = bytes;
+      if (level == 2) caches.second = bytes;
+      if (bytes > caches.largest) caches.largest = bytes;
+      caches.intel = leaf == kIntelLeaf;
     }
   }
 #endif
-  return largest != 0 ? largest : SIZE_MAX;
+  return caches;
+}
+
+size_t bytes_kept_in_cache() {
+  const Caches caches = read_caches();
+  if (caches.largest == 0) return SIZE_MAX;
+  constexpr size_t kLargeSecondLevel = 1 << 20;
+  const bool avx512 = kernels_of(Level::avx512) != nullptr;
+  if (caches.intel && avx512 && caches.second >= kLargeSecondLevel) return caches.second / 4 * 5;
+  return caches.largest / 2;
 }
 
 }  // namespace
 
-size_t last_level_cache() {
-  static const size_t bytes = largest_cache();
+size_t kept_in_cache() {
+  static const size_t bytes = bytes_kept_in_cache();
   return bytes;
 }
 

@@ -25,9 +25,12 @@ const Kernels* kernels_of(Level level);
 // The table of the best level that the processor has. Chosen on the first call, from any thread.
 const Kernels& kernels();
 
-// Bytes of the largest cache that the processor reports for one of its cores; the largest number
-// where it reports none. Read once.
-size_t last_level_cache();
+// What a conversion writes stays in the processor's caches while it reads and writes no more bytes
+// than this. Half the last-level cache; but that of Intel's servers, which AVX-512 and at least
+// 1 MiB of second-level cache tell, is spread over all their cores and takes stores more slowly
+// than memory does, so there the second level and a quarter. The largest number where the processor
+// reports no cache. Read once.
+size_t kept_in_cache();
 
 }  // namespace lum
 

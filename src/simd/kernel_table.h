@@ -280,8 +280,7 @@ struct Kernels {
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
   void (*end_stream)();
-  // Conversions that read and write more bytes are streamed; 0: more than half the last-level
-  // cache.
+  // Conversions that read and write more bytes are streamed; 0: more than kept_in_cache().
   size_t stream_above;
 
   DemosaicKernels demosaic;
