@@ -65,17 +65,30 @@ class RowRing {
   T* rows_[2 * N];
 };
 
-// Calls strip(x, n) for strips of `columns` from x on, n in the last one, from the left. No sum of
-// x and `columns` may be made: that of the widest frames is beyond 32 bits.
+// A part of a frame: columns x to x + columns - 1 of rows `begin` to end - 1.
+struct Tile {
+  uint32_t x, columns;
+  uint32_t begin, end;
+};
+
+// Calls convert(tile) for tiles of so many columns, fewer in the last one, from the left. Tiles of
+// a wide frame end after kTileRows as well: each row is on pages of its own, and those of so many
+// rows are still known to the processor when the next tile comes to them. No sum of x and `columns`
+// may be made: that of the widest frames is beyond 32 bits.
+constexpr uint32_t kTileRows = 512;  // a multiple of 4, after which all patterns of samples repeat
 template <class F>
-inline void each_strip(uint32_t width, uint32_t columns, F strip) {
-  for (uint32_t x = 0, n; x < width; x += n) {
-    n = std::min(columns, width - x);
-    strip(x, n);
+inline void each_tile(uint32_t width, uint32_t height, uint32_t columns, F convert) {
+  const uint32_t most_rows = width <= columns ? height : kTileRows;
+  for (uint32_t y = 0, rows; y < height; y += rows) {
+    rows = std::min(most_rows, height - y);
+    for (uint32_t x = 0, n; x < width; x += n) {
+      n = std::min(columns, width - x);
+      convert(Tile{x, n, y, y + rows});
+    }
   }
 }
 
-// The last rows of a strip, by row number: kRows of them, a power of two, with kBeside bytes more
+// The last rows of a tile, by row number: kRows of them, a power of two, with kBeside bytes more
 // on either side. The byte `aligned` before a row's first one, at most `most_aligned`, begins a
 // vector. Those of a narrow frame lie close together: caches hold them best so, and there is little
 // to be cleared at first, as what lies behind a row may be read.

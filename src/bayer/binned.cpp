@@ -12,22 +12,24 @@
 namespace lum {
 
 void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
-  const RowWriter write(kernels, Source::mosaic8_binned, f.sink, size_t{f.width} * f.height,
-                        size_t{f.width / 2} * (f.height / 2));
+  RowWriter write(kernels, Source::mosaic8_binned, f.sink, size_t{f.width} * f.height,
+                  size_t{f.width / 2} * (f.height / 2));
   const size_t pixel = pixel_bytes(f.sink);
   using Strip = MirroredStrip<8, 2>;
   constexpr int kAhead = 5;
   static_assert(kAhead + 3 <= Strip::kRows, "rows y - 1 .. y + kAhead + 1");
   Strip strip(f.width);
   const auto source_row = [&](int64_t y) { return mirrored_row(f.src, f.width, f.height, y); };
-  each_strip(f.width, Strip::kColumns, [&](uint32_t x, uint32_t n) {
-    strip.begin(x, n);
-    uint8_t* dst = f.dst + x / 2 * pixel;
-    for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_row(y));
-    const uint8_t* ahead = source_row(kAhead);
+  each_tile(f.width, f.height, Strip::kColumns, [&](const Tile& tile) {
+    strip.begin(tile.x, tile.columns);
+    const size_t dst_pitch = f.width / 2 * pixel;
+    uint8_t* dst = f.dst + tile.begin / 2 * dst_pitch + tile.x / 2 * pixel;
+    const int64_t first = tile.begin;
+    for (int64_t y = first - 1; y < first + kAhead; ++y) strip.fetch(y, source_row(y));
+    const uint8_t* ahead = source_row(first + kAhead);
     RowArgs args;
     args.column = f.red.column;
-    for (int64_t y = 0; y < f.height; y += 2) {
+    for (int64_t y = first; y < tile.end; y += 2) {
       strip.fetch(y + kAhead, ahead);
       strip.fetch(y + kAhead + 1, source_row(y + kAhead + 1));
       ahead = source_row(y + kAhead + 2);
@@ -43,9 +45,9 @@ void convert_mosaic_binned(const Kernels& kernels, const MosaicFrame& f) {
       args.above = far_red - red;
       args.below = blue - red;
       args.below2 = far_blue - red;
-      args.ahead_of_a = distance(red, ahead + x);
-      write(dst, red, nullptr, n / 2, args);
-      dst += f.width / 2 * pixel;
+      args.ahead_of_a = distance(red, ahead + tile.x);
+      write(dst, red, nullptr, tile.columns / 2, args);
+      dst += dst_pitch;
     }
   });
 }

@@ -32,7 +32,7 @@ uint32_t native_column(const MosaicFrame& f, uint32_t y) {
 // From the frame's rows as they lie.
 void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, Source::bilinear, f.sink, pixels, pixels);
+  RowWriter write(kernels, Source::bilinear, f.sink, pixels, pixels);
   const ptrdiff_t pitch = f.width;
   const uint8_t* src = f.src;
   uint8_t* dst = f.dst;
@@ -49,14 +49,14 @@ void convert_bilinear(const Kernels& kernels, const MosaicFrame& f) {
   }
 }
 
-// What the pixels of a row are made of, in a strip of a frame: its samples and sums of kReach rows
+// What the pixels of a row are made of, in a tile of a frame: its samples and sums of kReach rows
 // above and below, which place() tells. A row adds the same to the rows above and below it, and the
 // same to those two away, so that its samples are weighed once: by prepare(), for each row in
 // order, when its samples are there and before any row within its reach is written. The sums of
 // narrow frames lie close together, as caches hold them best.
 class PairedChromaRows {
  public:
-  using Samples = MirroredStrip<8, 2>;
+  using Samples = MirroredStrip<8, 2, 1280>;
   static constexpr uint32_t kColumns = Samples::kColumns;
   static constexpr int kReach = 2;
   explicit PairedChromaRows(uint32_t width)
@@ -104,20 +104,23 @@ void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
   static_assert(kAhead + 1 <= PairedChromaRows::Samples::kRows, "rows y .. y + kAhead");
   PairedChromaRows rows(f.width);
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, Source::paired_chroma, f.sink, pixels, pixels);
+  RowWriter write(kernels, Source::paired_chroma, f.sink, pixels, pixels);
 
-  each_strip(f.width, PairedChromaRows::kColumns, [&](uint32_t x, uint32_t n) {
-    rows.samples.begin(x, n);
+  each_tile(f.width, f.height, PairedChromaRows::kColumns, [&](const Tile& tile) {
+    rows.samples.begin(tile.x, tile.columns);
     const auto prepare = [&](int64_t y) {
-      rows.prepare(kernels, y, native_column(f, static_cast<uint32_t>(y)), n);
+      rows.prepare(kernels, y, native_column(f, static_cast<uint32_t>(y)), tile.columns);
     };
-    for (int64_t y = -kReach; y < kAhead; ++y) rows.samples.fetch(y, source_row(f, y));
-    for (int64_t y = -kReach; y < kReach; ++y) prepare(y);
-    RowArgs args;
-    const uint8_t* ahead = source_row(f, kAhead);
-    uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
+    const int64_t first = tile.begin;
+    for (int64_t y = first - kReach; y < first + kAhead; ++y)
+      rows.samples.fetch(y, source_row(f, y));
+    for (int64_t y = first - kReach; y < first + kReach; ++y) prepare(y);
     const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
-    for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
+    RowArgs args;
+    if (tile.columns < f.width) args.write_ahead = static_cast<ptrdiff_t>(dst_pitch);
+    const uint8_t* ahead = source_row(f, first + kAhead);
+    uint8_t* dst = f.dst + tile.begin * dst_pitch + tile.x * pixel_bytes(f.sink);
+    for (uint32_t row = tile.begin; row < tile.end; ++row, dst += dst_pitch) {
       const int64_t y = row;
       rows.samples.fetch(y + kAhead, ahead);
       ahead = source_row(f, y + kAhead + 1);
@@ -125,15 +128,15 @@ void convert_paired_chroma(const Kernels& kernels, const MosaicFrame& f) {
       rows.place(y, args);
       args.column = native_column(f, row);
       args.own_is_blue = is_red_row(f, row) ? 0 : 1;
-      args.ahead_of_a = distance(rows.samples[y], ahead + x);
-      write(dst, rows.samples[y], nullptr, n, args);
+      args.ahead_of_a = distance(rows.samples[y], ahead + tile.x);
+      write(dst, rows.samples[y], nullptr, tile.columns, args);
     }
   });
 }
 
-// A tile's columns; most frames are one or a few tiles wide, and its rows of words stay in the
-// second-level cache.
-constexpr int kTile = 1024;
+// A tile's columns: so many that its rows of words, two dozen of them, stay in the first-level
+// cache where that has 48 KB.
+constexpr int kTile = 640;
 constexpr int kBeside = 8;  // samples that are needed on either side of a tile
 static_assert(kBeside <= kTileMargin, "the margin holds them");
 constexpr int kMostStep = 32;  // words, of the widest level
@@ -181,8 +184,8 @@ struct TileRows {
   alignas(64) uint8_t planes[3 * kPlanePitch];
 };
 
-void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, uint32_t x,
-                  uint32_t n, TileSamples& samples, TileRows& rows) {
+void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mode, const Tile& tile,
+                  TileSamples& samples, TileRows& rows) {
   const DemosaicKernels& k = kernels.demosaic;
   const bool edge_aware = mode == DemosaicMode::lcaav;
   const auto step = edge_aware ? k.lcaav : k.lcaa;
@@ -193,10 +196,11 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   constexpr int kAhead = 5;
   static_assert(kAhead + 2 <= TileSamples::kRows, "rows y - 1 .. y + kAhead");
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
+  RowWriter write(kernels, Source::planes8, f.sink, pixels, pixels);
   // What the vectors compute beyond the samples beside the tile reaches no pixel that is written.
   const int margin = tile_margin(f);
-  const size_t words = static_cast<size_t>(tile_words(margin, static_cast<int>(n), k.step));
+  const size_t words =
+      static_cast<size_t>(tile_words(margin, static_cast<int>(tile.columns), k.step));
 
   RowRing<const uint8_t, 8> z;
   for (int i = 0; i < 8; ++i) z.place(i, samples[i] - margin);
@@ -205,11 +209,12 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     k.down_column(z.from(y - 2), rows.pv[y], rows.av3[y], words);
   };
 
-  samples.begin(x, n);
-  for (int64_t y = -3; y < kAhead; ++y) samples.fetch(y, source_row(f, y));
-  for (int64_t y = -reach; y <= reach; ++y) add_row(y);
-  add_columns(-1);
-  add_columns(0);
+  const int64_t first = tile.begin;
+  samples.begin(tile.x, tile.columns);
+  for (int64_t y = first - 3; y < first + kAhead; ++y) samples.fetch(y, source_row(f, y));
+  for (int64_t y = first - reach; y <= first + reach; ++y) add_row(y);
+  add_columns(first - 1);
+  add_columns(first);
   DemosaicTile t = {};
   t.qv = rows.qv + kTileSlack;
   t.e = rows.e + kTileSlack;
@@ -222,9 +227,9 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
   // Tiles walk down: what comes next is on other pages, where no hardware prefetches it.
   const size_t dst_pitch = size_t{f.width} * pixel_bytes(f.sink);
   args.write_ahead = static_cast<ptrdiff_t>(dst_pitch);
-  const uint8_t* ahead = source_row(f, kAhead);
-  uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
-  for (uint32_t row = 0; row < f.height; ++row, dst += dst_pitch) {
+  const uint8_t* ahead = source_row(f, first + kAhead);
+  uint8_t* dst = f.dst + tile.begin * dst_pitch + tile.x * pixel_bytes(f.sink);
+  for (uint32_t row = tile.begin; row < tile.end; ++row, dst += dst_pitch) {
     const int64_t y = row;
     samples.fetch(y + kAhead, ahead);
     ahead = source_row(f, y + kAhead + 1);
@@ -241,8 +246,8 @@ void convert_tile(const Kernels& kernels, const MosaicFrame& f, DemosaicMode mod
     const bool red = is_red_row(f, row);
     const uint8_t* const planes = (red ? t.planes[0] : t.planes[2]) + margin;
     args.pitch = red ? kPlanePitch : -kPlanePitch;
-    args.ahead_of_a = distance(planes, ahead + x);
-    write(dst, planes, nullptr, n, args);
+    args.ahead_of_a = distance(planes, ahead + tile.x);
+    write(dst, planes, nullptr, tile.columns, args);
   }
 }
 
@@ -271,9 +276,8 @@ void convert_demosaic(const Kernels& kernels, const MosaicFrame& frame, Demosaic
   }
   TileSamples samples(frame.width, tile_margin(frame));
   TileRows rows(mode == DemosaicMode::lcaav ? 8 : 4);
-  each_strip(frame.width, kTile, [&](uint32_t x, uint32_t n) {
-    convert_tile(kernels, frame, mode, x, n, samples, rows);
-  });
+  each_tile(frame.width, frame.height, kTile,
+            [&](const Tile& tile) { convert_tile(kernels, frame, mode, tile, samples, rows); });
 }
 
 }  // namespace lum

@@ -67,12 +67,13 @@ void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t ste
     const uint32_t line = static_cast<uint32_t>(mirrored(y, height));
     return src + size_t{line / 2 + (line % 2 == 0 ? height / 2 : 0)} * width;
   };
-  each_strip(width, Strip::kColumns, [&](uint32_t x, uint32_t n) {
-    strip.begin(x, n);
-    for (int64_t y = -1; y < kAhead; ++y) strip.fetch(y, source_line(y));
-    const uint8_t* ahead = source_line(kAhead);
+  each_tile(width, height, Strip::kColumns, [&](const Tile& tile) {
+    strip.begin(tile.x, tile.columns);
+    const int64_t first = tile.begin;
+    for (int64_t y = first - 1; y < first + kAhead; ++y) strip.fetch(y, source_line(y));
+    const uint8_t* ahead = source_line(first + kAhead);
     RowArgs args;
-    for (uint32_t line = 0; line < height; line += step) {
+    for (uint32_t line = tile.begin; line < tile.end; line += step) {
       const int64_t y = line;
       for (uint32_t i = 0; i < step; ++i) {
         strip.fetch(y + kAhead + i, ahead);
@@ -81,8 +82,8 @@ void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t ste
       args.above = strip[y - 1] - strip[y];
       args.below = strip[y + 1] - strip[y];
       args.below2 = strip[y + 2] - strip[y];
-      args.ahead_of_a = distance(strip[y], ahead + x);
-      f(x, line, n, strip[y], args);
+      args.ahead_of_a = distance(strip[y], ahead + tile.x);
+      f(tile.x, line, tile.columns, strip[y], args);
     }
   });
 }
@@ -111,8 +112,8 @@ void convert_cygm_3x3(const Kernels& kernels, Sink sink, uint8_t* dst, const uin
 
 void convert_cygm_binned(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                          uint32_t width, uint32_t height) {
-  const RowWriter write(kernels, Source::cygm_binned, sink, size_t{width} * height,
-                        size_t{width / 2} * (height / 2));
+  RowWriter write(kernels, Source::cygm_binned, sink, size_t{width} * height,
+                  size_t{width / 2} * (height / 2));
   each_line(src, width, height, 2,
             [&](uint32_t x, uint32_t y, uint32_t n, const uint8_t* line, RowArgs& args) {
               args.matrix = kBlockWeights[y == 0 ? 2 : y % 4 / 2].w[0];

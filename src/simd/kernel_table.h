@@ -224,7 +224,7 @@ constexpr size_t kPaddedBytes = 64;
 // and written for kTileSlack beyond either end of a half, bytes for twice as many.
 constexpr int kTileMargin = 16;
 constexpr int kTileSlack = 32;
-constexpr int kMostTileWords = 544;  // of a half
+constexpr int kMostTileWords = 352;  // of a half
 constexpr ptrdiff_t kOddColumns = kTileSlack + kMostTileWords;
 
 // Row y is the one that is written, z[1] and qh[3].
