@@ -22,6 +22,22 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
   return n;
 }
 
+uint8_t* StagedLines::at(uint8_t* dst, size_t bytes) {
+  if (dst != first_ + end_ || end_ + bytes > 2 * kPiece) {
+    flush();
+    begin_ = end_ = reinterpret_cast<uintptr_t>(dst) % kCacheLine;
+    first_ = dst - begin_;
+  }
+  uint8_t* const to = bytes_ + end_;
+  end_ += bytes;
+  return to;
+}
+
+void StagedLines::flush() {
+  if (end_ > begin_) kernels_.stream(first_ + begin_, bytes_ + begin_, end_ - begin_);
+  begin_ = end_;
+}
+
 RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t src_bytes,
                      size_t pixels)
     : kernels_(kernels),
@@ -31,10 +47,11 @@ RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t sr
       sink_(kSinks[static_cast<size_t>(sink)]),
       streams_(streamed_ != nullptr &&
                is_streamed(kernels, src_bytes + pixels * sink_.pixel_bytes)),
-      small_(src_bytes + pixels * sink_.pixel_bytes <= kPrefetchAbove) {}
+      small_(src_bytes + pixels * sink_.pixel_bytes <= kPrefetchAbove),
+      staged_(kernels) {}
 
 void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
-                     RowArgs& args) const {
+                     RowArgs& args) {
   args.rows = count;
   if (!streams_) {
     if (small_) args.write_ahead = 0;
@@ -51,7 +68,7 @@ void RowWriter::rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
 }
 
 void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
-                       const RowArgs& args) const {
+                       const RowArgs& args) {
   // The last pixel of two rows has no neighbour to be made of, so it is not the last of a piece.
   // Their colours take turns from column to column.
   const SourceTraits& traits = kSources[static_cast<size_t>(source_)];
@@ -66,25 +83,27 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
     args_here.ends = x + count == n ? args.ends : 0;
     return args_here;
   };
-  const auto write = [&](uint8_t* to, size_t x, size_t count) {
+  const auto stage = [&](size_t x, size_t count) {
     RowArgs args_here = args_of_piece(x, count);
     args_here.write_ahead = 0;
-    kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args_here);
+    kernel_(staged_.at(dst + x * pixels.bytes, count * pixels.bytes), a + row_bytes(source_, x),
+            beside(x), std::min(count + beyond, n - x), args_here);
   };
-  const auto stream = [&](uint8_t* to, size_t x, size_t count) {
-    return streamed_(to, a + row_bytes(source_, x), beside(x), count, args_of_piece(x, count));
-  };
-  // What is written in the ordinary way about the end of a row is one wait for memory unless it is
-  // fetched before.
-  const uint8_t* const end = dst + n * sink_.pixel_bytes;
-  if (reinterpret_cast<uintptr_t>(end) % kCacheLine != 0 && n >= 8 * kStreamedGroup) {
-    const size_t group = kStreamedGroup * sink_.pixel_bytes;
-    const size_t before = group * 3 / 2, behind = group * 2;  // about as much as is written so
-    for (size_t line = 0; line < before + behind; line += kCacheLine) {
-      __builtin_prefetch(end - before + line, 1);
-    }
+  size_t x = pixels_to_line(dst, n, pixels);
+  if (x < n) {
+    if (x > 0) stage(0, x);
+    x += streamed_(dst + x * pixels.bytes, a + row_bytes(source_, x), beside(x), n - x,
+                   args_of_piece(x, n - x));
+    if (x < n) stage(x, n - x);
+    return;
   }
-  stream_pixels(kernels_, dst, n, pixels, write, stream);
+  const size_t piece = StagedLines::kPiece / pixels.bytes / kStreamedGroup * kStreamedGroup;
+  x = 0;
+  for (size_t count = 0; x < n; x += count) {
+    count = std::min(piece, n - x);
+    if (n - x - count < pixels.group) count = n - x;  // an odd pixel has its neighbour before it
+    stage(x, count);
+  }
 }
 
 }  // namespace lum

@@ -1,10 +1,10 @@
 // SPDX-License-Identifier: MIT
 // Rows of a frame to memory: by a row kernel as it stands, or past the cache where the frame would
 // not stay in it anyway. An ordinary store to a line that is not cached fetches the line first;
-// whole lines that are streamed are only written, which saves up to half of the traffic. What a
-// row has before its first line that begins with a pixel and behind its last one is written in the
-// ordinary way. Where no line begins with a pixel, as with words at an odd address, rows are made
-// in a piece of stack that stays in the first-level cache and copied from there line by line.
+// whole lines that are streamed are only written, which saves up to half of the traffic. They go
+// there from registers, from the first line of a row that begins with a pixel to the last whole
+// one; the end of a row and the beginning of the next make up lines in a stage (StagedLines). So
+// does all of a row where no line begins with a pixel, as with words at an odd address.
 #ifndef LUM_ROW_WRITER_H
 #define LUM_ROW_WRITER_H
 
@@ -104,21 +104,42 @@ class RowCopier {
   const bool streams_;
 };
 
+// Bytes past the cache that are no whole lines when they are made: they wait in a piece of stack
+// that stays in the first-level cache until what does not follow them is written, so that the end
+// of a row and the beginning of the next are copied by whole lines. A row later, too: loads of what
+// has just been stored in other pieces wait for all that is being streamed.
+class StagedLines {
+ public:
+  static constexpr size_t kPiece = 4096;  // bytes that are written at once
+  static constexpr size_t kBeyond = 128;  // bytes that may be written beyond them
+
+  explicit StagedLines(const Kernels& kernels) : kernels_(kernels) {}
+  StagedLines(const StagedLines&) = delete;
+  StagedLines& operator=(const StagedLines&) = delete;
+
+  // Where to write `bytes` for dst, at most kPiece.
+  uint8_t* at(uint8_t* dst, size_t bytes);
+  void flush();
+
+ private:
+  const Kernels& kernels_;
+  uint8_t* first_ = nullptr;    // what the first byte of the stage is for: begins a line
+  size_t begin_ = 0, end_ = 0;  // staged and not copied
+  alignas(kCacheLine) uint8_t bytes_[2 * kPiece + kBeyond];
+};
+
 class RowWriter {
  public:
   // For one frame: so many pixels, made of src_bytes.
   RowWriter(const Kernels& kernels, Source source, Sink sink, size_t src_bytes, size_t pixels);
-  ~RowWriter() {
-    if (streams_) kernels_.end_stream();
-  }
+  ~RowWriter() { finish(); }
   RowWriter(const RowWriter&) = delete;
   RowWriter& operator=(const RowWriter&) = delete;
 
   bool streams() const { return streams_; }
 
-  // As a row kernel, dst not a.
-  void operator()(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
-                  const RowArgs& args) const {
+  // As a row kernel, dst not a. What is streamed may not be there before finish().
+  void operator()(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {
     if (streams_) {
       stream(dst, a, b, n, args);
     } else {
@@ -128,11 +149,15 @@ class RowWriter {
   // Rows of a frame, one below the other, from a source of two rows: see RowArgs::rows, which it
   // sets, as it does write_ahead.
   void rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
-            RowArgs& args) const;
+            RowArgs& args);
+  void finish() {
+    if (!streams_) return;
+    staged_.flush();
+    kernels_.end_stream();
+  }
 
  private:
-  void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n,
-              const RowArgs& args) const;
+  void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args);
 
   const Kernels& kernels_;
   const RowKernel kernel_;
@@ -141,6 +166,7 @@ class RowWriter {
   const SinkTraits& sink_;
   const bool streams_;
   const bool small_;
+  StagedLines staged_;
 };
 
 }  // namespace lum

@@ -32,7 +32,7 @@ constexpr uint32_t kFewestRows = 3;  // of which two are made together
 constexpr size_t kWidestOfBand = kBand / kFewestRows;
 
 void convert_in_bands(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
-                      const RowWriter& write, RowArgs& args) {
+                      RowWriter& write, RowArgs& args) {
   alignas(64) uint8_t band[kBand];
   const size_t row = f.width * pixel_bytes(reduction.sink), dst_row = f.width * pixel_bytes(f.sink);
   const size_t src_row = row_bytes(reduction.source, f.width);
@@ -70,12 +70,13 @@ Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
 
 void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic, RowArgs args) {
   const size_t pixels = size_t{f.width} * f.height;
-  const RowWriter write(kernels, mosaic, f.sink, pixels, pixels);
+  RowWriter write(kernels, mosaic, f.sink, pixels, pixels);
   args.column = f.red.column;
   const uint8_t* const second = f.src + f.width;
   const bool red_above = red_in_row(f, 0);
   write.rows(f.dst, red_above ? f.src : second, red_above ? second : f.src, f.width, f.height - 1,
              args);
+  write.finish();
   copy_last_row(f);
 }
 
@@ -85,7 +86,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   args.column = f.red.column;
   const size_t src_row = row_bytes(reduction.source, f.width);
   const size_t dst_row = f.width * pixel_bytes(f.sink);
-  const RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
+  RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
   if (!write.streams() && f.width % 2 == 0 &&
       f.width * pixel_bytes(reduction.sink) <= kWidestOfBand) {
     return convert_in_bands(f, reduce, reduction, write, args);
@@ -116,6 +117,7 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
     }
     x += n == left ? n : kStrip;
   }
+  write.finish();
   copy_last_row(f);
 }
 

@@ -30,7 +30,7 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
   if (kernel != nullptr && dst == src) {
     kernel(dst, src, nullptr, count, args);
   } else if (kernel != nullptr) {
-    const RowWriter write(kernels, source, sink, read, count);
+    RowWriter write(kernels, source, sink, read, count);
     write(dst, src, nullptr, count, args);
   } else {
     copy_block(dst, src, read);
