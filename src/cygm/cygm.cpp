@@ -5,6 +5,7 @@
 
 #include "arguments.h"
 #include "lum/lum.h"
+#include "row_writer.h"
 #include "simd/isa.h"
 
 namespace lum {
@@ -61,14 +62,19 @@ void convert_last_column(RowKernel kernel, uint8_t* dst, const uint8_t* src, uin
 
 void convert_cygm(const Kernels& kernels, Sink sink, uint8_t* dst, const uint8_t* src,
                   uint32_t width, uint32_t height) {
-  const RowKernel kernel = kernels.at(Source::cygm, sink);
-  const size_t row_bytes = width * pixel_bytes(sink);
+  const size_t row_bytes = width * pixel_bytes(sink), pixels = size_t{width} * height;
+  RowWriter write(kernels, Source::cygm, sink, pixels, pixels);
   for (uint32_t y = 0; y + 1 < height; y += 2) {
     Lines lines = lines_of_rows(src, width, height, y);
-    lines.args.rows = y + 2 < height ? 2 : 1;
-    kernel(dst, lines.cyan_yellow, lines.green_magenta, width, lines.args);
-    dst += lines.args.rows * row_bytes;
+    const uint32_t rows = y + 2 < height ? 2 : 1;
+    lines.args.rows = write.streams() ? 1 : rows;  // those that are streamed, one by one
+    for (uint32_t row = 0; row < rows; row += lines.args.rows) {
+      write(dst, lines.cyan_yellow, lines.green_magenta, width, lines.args);
+      lines.cyan_yellow += width;
+      dst += lines.args.rows * row_bytes;
+    }
   }
+  write.finish();
   memcpy(dst, dst - row_bytes, row_bytes);
 }
 
