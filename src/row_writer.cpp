@@ -83,27 +83,15 @@ void RowWriter::stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t 
     args_here.ends = x + count == n ? args.ends : 0;
     return args_here;
   };
-  const auto stage = [&](size_t x, size_t count) {
+  const auto write = [&](uint8_t* to, size_t x, size_t count) {
     RowArgs args_here = args_of_piece(x, count);
     args_here.write_ahead = 0;
-    kernel_(staged_.at(dst + x * pixels.bytes, count * pixels.bytes), a + row_bytes(source_, x),
-            beside(x), std::min(count + beyond, n - x), args_here);
+    kernel_(to, a + row_bytes(source_, x), beside(x), std::min(count + beyond, n - x), args_here);
   };
-  size_t x = pixels_to_line(dst, n, pixels);
-  if (x < n) {
-    if (x > 0) stage(0, x);
-    x += streamed_(dst + x * pixels.bytes, a + row_bytes(source_, x), beside(x), n - x,
-                   args_of_piece(x, n - x));
-    if (x < n) stage(x, n - x);
-    return;
-  }
-  const size_t piece = StagedLines::kPiece / pixels.bytes / kStreamedGroup * kStreamedGroup;
-  x = 0;
-  for (size_t count = 0; x < n; x += count) {
-    count = std::min(piece, n - x);
-    if (n - x - count < pixels.group) count = n - x;  // an odd pixel has its neighbour before it
-    stage(x, count);
-  }
+  const auto stream = [&](uint8_t* to, size_t x, size_t count) {
+    return streamed_(to, a + row_bytes(source_, x), beside(x), count, args_of_piece(x, count));
+  };
+  stream_pixels(staged_, dst, n, pixels, write, stream);
 }
 
 }  // namespace lum

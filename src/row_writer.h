@@ -35,36 +35,54 @@ struct StreamedPixels {
 constexpr size_t kMostToLine = kStreamedGroup + kCacheLine;
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
+// Bytes past the cache that are no whole lines when they are made: they wait in a piece of stack
+// that stays in the first-level cache until what does not follow them is written, so that the end
+// of a row and the beginning of the next are copied by whole lines. A row later, too: loads of what
+// has just been stored in other pieces wait for all that is being streamed.
+class StagedLines {
+ public:
+  static constexpr size_t kPiece = 4096;  // bytes that are written at once
+  static constexpr size_t kBeyond = 128;  // bytes that may be written beyond them
+
+  explicit StagedLines(const Kernels& kernels) : kernels_(kernels) {}
+  StagedLines(const StagedLines&) = delete;
+  StagedLines& operator=(const StagedLines&) = delete;
+
+  // Where to write `bytes` for dst, at most kPiece.
+  uint8_t* at(uint8_t* dst, size_t bytes);
+  void flush();
+
+ private:
+  const Kernels& kernels_;
+  uint8_t* first_ = nullptr;    // what the first byte of the stage is for: begins a line
+  size_t begin_ = 0, end_ = 0;  // staged and not copied
+  alignas(kCacheLine) uint8_t bytes_[2 * kPiece + kBeyond];
+};
+
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
 // count - 1, x a multiple of the group; the former may write two pixels more unless they are the
-// last, the latter is a StreamedRowKernel.
-// They are not copied: reading what was just stored in other pieces waits for all that is being
-// streamed.
+// last, the latter is a StreamedRowKernel or returns 0.
 template <class Write, class Stream>
-void stream_pixels(const Kernels& kernels, uint8_t* dst, size_t n, const StreamedPixels& pixels,
+void stream_pixels(StagedLines& staged, uint8_t* dst, size_t n, const StreamedPixels& pixels,
                    const Write& write, const Stream& stream) {
-  constexpr size_t kBytes = 4096, kMostOfPixel = 16, kBeyond = 2 * kMostOfPixel;
-  static_assert(kMostToLine * kMostOfPixel <= kBytes, "room");
-  alignas(kCacheLine) uint8_t stage[kCacheLine + kBytes + kBeyond];
+  constexpr size_t kMostOfPixel = 16;
+  static_assert(kMostToLine * kMostOfPixel <= StagedLines::kPiece, "room");
+  static_assert(2 * kMostOfPixel <= StagedLines::kBeyond, "room");
+  const auto stage = [&](size_t x, size_t count) {
+    write(staged.at(dst + x * pixels.bytes, count * pixels.bytes), x, count);
+  };
   size_t x = pixels_to_line(dst, n, pixels);
   if (x < n) {
-    // By way of the stage, so that nothing is written to a line that is streamed.
-    if (x > 0) write(stage, 0, x);
-    memcpy(dst, stage, x * pixels.bytes);
+    if (x > 0) stage(0, x);
     x += stream(dst + x * pixels.bytes, x, n - x);
-    if (x < n) write(dst + x * pixels.bytes, x, n - x);
-    return;
+  } else {
+    x = 0;
   }
-  const size_t piece = kBytes / pixels.bytes / kStreamedGroup * kStreamedGroup;
-  x = 0;
+  const size_t piece = StagedLines::kPiece / pixels.bytes / kStreamedGroup * kStreamedGroup;
   for (size_t count = 0; x < n; x += count) {
     count = std::min(piece, n - x);
     if (n - x - count < pixels.group) count = n - x;  // an odd pixel has its neighbour before it
-    uint8_t* const to = dst + x * pixels.bytes;
-    uint8_t* const staged =
-        stage + reinterpret_cast<uintptr_t>(to) % kCacheLine;  // lines for lines
-    write(staged, x, count);
-    kernels.stream(to, staged, count * pixels.bytes);
+    stage(x, count);
   }
 }
 
@@ -76,7 +94,9 @@ void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t src_byt
     write(dst, 0, n);
     return;
   }
-  stream_pixels(kernels, dst, n, pixels, write, stream);
+  StagedLines staged(kernels);
+  stream_pixels(staged, dst, n, pixels, write, stream);
+  staged.flush();
   kernels.end_stream();
 }
 
@@ -102,30 +122,6 @@ class RowCopier {
  private:
   const Kernels& kernels_;
   const bool streams_;
-};
-
-// Bytes past the cache that are no whole lines when they are made: they wait in a piece of stack
-// that stays in the first-level cache until what does not follow them is written, so that the end
-// of a row and the beginning of the next are copied by whole lines. A row later, too: loads of what
-// has just been stored in other pieces wait for all that is being streamed.
-class StagedLines {
- public:
-  static constexpr size_t kPiece = 4096;  // bytes that are written at once
-  static constexpr size_t kBeyond = 128;  // bytes that may be written beyond them
-
-  explicit StagedLines(const Kernels& kernels) : kernels_(kernels) {}
-  StagedLines(const StagedLines&) = delete;
-  StagedLines& operator=(const StagedLines&) = delete;
-
-  // Where to write `bytes` for dst, at most kPiece.
-  uint8_t* at(uint8_t* dst, size_t bytes);
-  void flush();
-
- private:
-  const Kernels& kernels_;
-  uint8_t* first_ = nullptr;    // what the first byte of the stage is for: begins a line
-  size_t begin_ = 0, end_ = 0;  // staged and not copied
-  alignas(kCacheLine) uint8_t bytes_[2 * kPiece + kBeyond];
 };
 
 class RowWriter {

@@ -19,21 +19,23 @@ void reverse_rows(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size
   const auto reverse = kernels.direct.reverse[pixel_bytes];
   const auto streamed = kernels.direct.streamed_reverse[pixel_bytes];
   const size_t row_bytes = n * pixel_bytes;
-  if (dst == src || streamed == nullptr || !is_streamed(kernels, 2 * row_bytes * rows)) {
+  if (dst == src || !is_streamed(kernels, 2 * row_bytes * rows)) {
     reverse(dst, src, n, rows);
     return;
   }
+  StagedLines staged(kernels);
   for (size_t y = 0; y < rows; ++y) {
     const uint8_t* const end = src + (y + 1) * row_bytes;
     stream_pixels(
-        kernels, dst + y * row_bytes, n, {pixel_bytes, 1},
+        staged, dst + y * row_bytes, n, {pixel_bytes, 1},
         [&](uint8_t* to, size_t x, size_t count) {
           reverse(to, end - (x + count) * pixel_bytes, count, 1);
         },
         [&](uint8_t* to, size_t x, size_t count) {
-          return streamed(to, end - x * pixel_bytes, count);
+          return streamed != nullptr ? streamed(to, end - x * pixel_bytes, count) : 0;
         });
   }
+  staged.flush();
   kernels.end_stream();
 }
 
