@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
 // Copies of a frame's rows with mirrored samples beside them, for kernels that look beyond a
-// pixel's own columns. Copies stay in the first-level cache, taken in strips whatever the width.
+// pixel's own columns. Copies stay in the first-level cache, taken in tiles whatever the width.
 #ifndef LUM_MIRRORED_ROWS_H
 #define LUM_MIRRORED_ROWS_H
 

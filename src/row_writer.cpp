@@ -23,7 +23,7 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
 }
 
 uint8_t* StagedLines::at(uint8_t* dst, size_t bytes) {
-  if (dst != first_ + end_ || end_ + bytes > 2 * kPiece) {
+  if (dst != first_ + end_ || end_ + bytes > kRoom) {
     flush();
     begin_ = end_ = reinterpret_cast<uintptr_t>(dst) % kCacheLine;
     first_ = dst - begin_;

@@ -35,10 +35,10 @@ struct StreamedPixels {
 constexpr size_t kMostToLine = kStreamedGroup + kCacheLine;
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
-// Bytes past the cache that are no whole lines when they are made: they wait in a piece of stack
-// that stays in the first-level cache until what does not follow them is written, so that the end
-// of a row and the beginning of the next are copied by whole lines. A row later, too: loads of what
-// has just been stored in other pieces wait for all that is being streamed.
+// Bytes to be written past the cache that do not yet make up whole lines. They wait in a piece of
+// stack, in the first-level cache, until bytes come that do not follow them; so the end of a row
+// and the beginning of the next are copied as whole lines. That is a row later, which is as well:
+// loads of what has just been stored in other pieces wait for all that is being streamed.
 class StagedLines {
  public:
   static constexpr size_t kPiece = 4096;  // bytes that are written at once
@@ -48,15 +48,23 @@ class StagedLines {
   StagedLines(const StagedLines&) = delete;
   StagedLines& operator=(const StagedLines&) = delete;
 
-  // Where to write `bytes` for dst, at most kPiece.
+  // Where to write `bytes` for dst, at most kPiece and a few pixels.
   uint8_t* at(uint8_t* dst, size_t bytes);
-  void flush();
+  // All is in memory, for other processors as well.
+  void finish() {
+    flush();
+    kernels_.end_stream();
+  }
 
  private:
+  static constexpr size_t kRoom = kCacheLine + 2 * kPiece;
+
+  void flush();
+
   const Kernels& kernels_;
   uint8_t* first_ = nullptr;    // what the first byte of the stage is for: begins a line
   size_t begin_ = 0, end_ = 0;  // staged and not copied
-  alignas(kCacheLine) uint8_t bytes_[2 * kPiece + kBeyond];
+  alignas(kCacheLine) uint8_t bytes_[kRoom + kBeyond];
 };
 
 // Writes n pixels past the cache. write(to, x, count) and stream(to, x, count) make pixels x to x +
@@ -96,8 +104,7 @@ void write_pixels(const Kernels& kernels, uint8_t* dst, size_t n, size_t src_byt
   }
   StagedLines staged(kernels);
   stream_pixels(staged, dst, n, pixels, write, stream);
-  staged.flush();
-  kernels.end_stream();
+  staged.finish();
 }
 
 // Copies rows, `bytes` in all.
@@ -147,9 +154,7 @@ class RowWriter {
   void rows(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, size_t count,
             RowArgs& args);
   void finish() {
-    if (!streams_) return;
-    staged_.flush();
-    kernels_.end_stream();
+    if (streams_) staged_.finish();
   }
 
  private:

@@ -115,9 +115,9 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
       write(dst, red, blue, n, args);
       dst += dst_row;
     }
+    write.finish();  // the next strip writes the pixels beyond this one again
     x += n == left ? n : kStrip;
   }
-  write.finish();
   copy_last_row(f);
 }
 

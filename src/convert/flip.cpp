@@ -35,8 +35,7 @@ void reverse_rows(const Kernels& kernels, uint8_t* dst, const uint8_t* src, size
           return streamed != nullptr ? streamed(to, end - x * pixel_bytes, count) : 0;
         });
   }
-  staged.flush();
-  kernels.end_stream();
+  staged.finish();
 }
 
 }  // namespace

@@ -56,7 +56,7 @@ constexpr Weights kWindowWeights[5] = {weights(kWindow[0]), weights(kWindow[1]),
 constexpr Weights kBlockWeights[3] = {weights(kBlock[0]), weights(kBlock[1]),
                                       weights(kBlock[0], true)};
 
-// Calls f(x, y, n, line, args) for lines y = 0, step, 2 step ... of every strip of n columns from x
+// Calls f(x, y, n, line, args) for lines y = 0, step, 2 step ... of every tile of n columns from x
 // on; args tells where the lines y - 1 to y + step are. step is 1 or 2.
 template <class F>
 void each_line(const uint8_t* src, uint32_t width, uint32_t height, uint32_t step, F f) {

@@ -26,10 +26,10 @@ const Kernels* kernels_of(Level level);
 const Kernels& kernels();
 
 // What a conversion writes stays in the processor's caches while it reads and writes no more bytes
-// than this. Half the last-level cache; but that of Intel's servers, which AVX-512 and at least
-// 1 MiB of second-level cache tell, is spread over all their cores and takes stores more slowly
-// than memory does, so there the second level and a quarter. The largest number where the processor
-// reports no cache. Read once.
+// than this: half the last-level cache. That of Intel's servers is spread over all cores and takes
+// stores more slowly than memory does; there it is the second level and a quarter. They are told by
+// the avx512 level and a second level of at least 1 MiB, which some laptops have as well. The
+// largest number where the processor reports no cache. Read once.
 size_t kept_in_cache();
 
 }  // namespace lum
