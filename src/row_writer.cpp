@@ -40,8 +40,7 @@ void StagedLines::flush() {
 
 RowWriter::RowWriter(const Kernels& kernels, Source source, Sink sink, size_t src_bytes,
                      size_t pixels)
-    : kernels_(kernels),
-      kernel_(kernels.at(source, sink)),
+    : kernel_(kernels.at(source, sink)),
       streamed_(kernels.streamed[static_cast<size_t>(source)][static_cast<size_t>(sink)]),
       source_(source),
       sink_(kSinks[static_cast<size_t>(sink)]),

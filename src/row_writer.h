@@ -160,7 +160,6 @@ class RowWriter {
  private:
   void stream(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args);
 
-  const Kernels& kernels_;
   const RowKernel kernel_;
   const StreamedRowKernel streamed_;
   const Source source_;
