@@ -107,6 +107,15 @@ std::vector<RowArgs> arguments_of(Source source, Sink sink) {
     for (args.shift = 0; args.shift <= (deep ? 16 : 8); ++args.shift) {
       for (args.big_endian = 0; args.big_endian < 2; ++args.big_endian) out.push_back(args);
     }
+  } else if (source == Source::mosaic8_beside_words || source == Source::mosaic16_beside_words) {
+    const bool words = source == Source::mosaic16_beside_words;
+    for (args.shift = 0; args.shift <= (words ? 16 : 8); args.shift += words ? 2 : 1) {
+      for (const uint32_t bits : {0, 1, 2, 3}) {
+        args.column = bits & 1;
+        args.big_endian = bits >> 1;
+        out.push_back(args);
+      }
+    }
   } else if (source == Source::mono12_packed && deep) {
     for (args.shift = 0; args.shift <= 4; ++args.shift) out.push_back(args);
   } else if (is_corrected(source)) {
@@ -193,9 +202,49 @@ void keep_12_of_14(uint8_t* words, size_t n) {
   }
 }
 
+// Bytes to be written, with some around them that must not change.
+class Destination {
+ public:
+  explicit Destination(size_t size) : arena_(size), expected_(size) {}
+
+  void place(size_t bytes, const Trial& t, Random& random) {
+    dst_ = arena_.place(bytes, t.at_end, t.dst_offset);
+    from_ = dst_ - std::min(dst_ - arena_.begin(), kMargin);
+    to_ = dst_ + bytes + std::min(arena_.end() - (dst_ + bytes), kMargin);
+    test::fill(from_, static_cast<size_t>(to_ - from_), 0, random);
+    std::copy(from_, to_, expected_.begin());
+  }
+  uint8_t* bytes() { return dst_; }
+  uint8_t* expected() { return &expected_[static_cast<size_t>(dst_ - from_)]; }
+  // Empty when all are as expected.
+  std::string fault(size_t pixel, size_t n) {
+    const auto diff = std::mismatch(from_, to_, expected_.begin());
+    if (diff.first == to_) return "";
+    const ptrdiff_t bad = diff.first - dst_, p = static_cast<ptrdiff_t>(pixel);
+    const ptrdiff_t shown = std::max<ptrdiff_t>(bad / p * p, from_ - dst_);
+    const size_t count = static_cast<size_t>(std::min<ptrdiff_t>(4 * p, to_ - dst_ - shown));
+    std::ostringstream out;
+    out << "first bad byte " << bad << " (pixel " << bad / p << " of " << n << ")\nexpected "
+        << test::hex(expected() + shown, count) << "\nactual   " << test::hex(dst_ + shown, count);
+    return out.str();
+  }
+
+ private:
+  Arena arena_;
+  reference::Bytes expected_;
+  uint8_t *dst_ = nullptr, *from_ = nullptr, *to_ = nullptr;
+};
+
+const MosaicBesideDeep* beside_deep(Source source) {
+  for (const MosaicBesideDeep& m : kMosaicsBesideDeep) {
+    if (m.both == source) return &m;
+  }
+  return nullptr;
+}
+
 class Bench {
  public:
-  Bench() : a_(kLarge * 11), b_(kLarge * 6), dst_(kLarge * 6 + 4096), expected_(dst_.size()) {}
+  Bench() : a_(kLarge * 11), b_(kLarge * 6), deep_(kLarge * 2) {}
 
   // Empty when the kernel wrote what the reference says and nothing else; otherwise what differs.
   std::string run(RowKernel kernel, Source source, Sink sink, Trial t, const char* level) {
@@ -214,13 +263,13 @@ class Bench {
     }
     a += memory.row;
 
-    uint8_t* dst = dst_.place(dst_bytes, t.at_end, t.dst_offset);
-    uint8_t* from = dst - std::min(dst - dst_.begin(), kMargin);
-    uint8_t* to = dst + dst_bytes + std::min(dst_.end() - (dst + dst_bytes), kMargin);
-    test::fill(from, static_cast<size_t>(to - from), 0, random);
-    std::copy(from, to, expected_.begin());
-    uint8_t* expected = &expected_[static_cast<size_t>(dst - from)];
-    if (!reference::row(source, sink, expected, a, b, t.n, t.args)) return "no such conversion";
+    dst_.place(dst_bytes, t, random);
+    const MosaicBesideDeep* const beside = beside_deep(source);
+    if (beside != nullptr) place_deep(*beside, a, t, random);
+    const Source pixels = beside != nullptr ? beside->mosaic : source;
+    if (!reference::row(pixels, sink, dst_.expected(), a, b, t.n, t.args)) {
+      return "no such conversion";
+    }
 
     std::ostringstream what;
     what << "seed " << t.seed << " fill " << t.fill << " width " << t.n << " source offset "
@@ -231,27 +280,36 @@ class Bench {
     snprintf(running_trial, sizeof running_trial,
              "\naccess outside the rows: %s to %s, level %s, %s\n", traits.name,
              kSinks[static_cast<size_t>(sink)].name, level, what.str().c_str());
-    kernel(dst, a, b, t.n, t.args);
-    const auto diff = std::mismatch(from, to, expected_.begin());
-    if (diff.first == to) return "";
-    const ptrdiff_t bad = diff.first - dst;
-    const ptrdiff_t p = static_cast<ptrdiff_t>(pixel);
-    const ptrdiff_t shown = std::max<ptrdiff_t>(bad / p * p, from - dst);
-    const size_t count = static_cast<size_t>(std::min<ptrdiff_t>(4 * p, to - dst - shown));
-    std::ostringstream out;
-    out << what.str();
-    if (t.args.matrix != nullptr) {
-      out << " matrix";
-      for (size_t i = 0; i < 9; ++i) out << ' ' << t.args.matrix[i];
+    kernel(dst_.bytes(), a, b, t.n, t.args);
+    std::string fault = dst_.fault(pixel, t.n);
+    if (fault.empty() && beside != nullptr) {
+      fault = reduced_.fault(1, t.n);
+      if (!fault.empty()) fault = "samples that were reduced: " + fault;
     }
-    out << "\nfirst bad byte " << bad << " (pixel " << bad / p << " of " << t.n << ")\nexpected "
-        << test::hex(expected + shown, count) << "\nactual   " << test::hex(dst + shown, count);
-    return out.str();
+    if (fault.empty()) return "";
+    if (t.args.matrix != nullptr) {
+      what << " matrix";
+      for (size_t i = 0; i < 9; ++i) what << ' ' << t.args.matrix[i];
+    }
+    return what.str() + "\n" + fault;
   }
 
  private:
-  Arena a_, b_, dst_;
-  reference::Bytes expected_;
+  void place_deep(const MosaicBesideDeep& m, const uint8_t* a, Trial& t, Random& random) {
+    const size_t bytes = row_bytes(m.deep, t.n);
+    uint8_t* const deep = deep_.place(bytes, t.at_end, t.src_offset);
+    test::fill(deep, bytes, t.fill, random);
+    reduced_.place(row_bytes(m.mosaic, t.n), t, random);
+    t.args.deep = deep;
+    t.args.beside_deep = a;
+    t.args.reduced = reduced_.bytes();
+    const bool words = m.mosaic == Source::mosaic16;
+    const Sink samples = words ? Sink::mono16_rec601 : Sink::mono8_rec601;
+    EXPECT_TRUE(reference::row(m.deep, samples, reduced_.expected(), deep, nullptr, t.n, t.args));
+  }
+
+  Arena a_, b_, deep_;
+  Destination dst_{kLarge * 6 + 4096}, reduced_{kLarge * 2 + 4096};
 };
 
 TEST_P(KernelTest, WritesWhatTheReferenceWrites) {

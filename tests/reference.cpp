@@ -231,6 +231,10 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
       }
       break;
     }
+    case Source::mosaic8_beside_packed12:
+    case Source::mosaic8_beside_words:
+    case Source::mosaic16_beside_words:
+      return false;  // two rows, each of which is asked for by itself
     case Source::cygm:
       pixels = from_blocks(
           n, 2, [&](size_t x, size_t y) { return cygm_block_at(cyan_row, two_rows, x, y); });

@@ -24,6 +24,64 @@ bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1)
 // stack, whatever the width.
 constexpr uint32_t kStrip = 4096;
 
+// From row to row, not a multiple of 4096 bytes: loads wait for stores whose addresses differ by
+// that.
+constexpr size_t kPitch = kStrip * sizeof(uint16_t) + 1344;
+
+Source beside_deep(Source mosaic, Source deep) {
+  for (const MosaicBesideDeep& source : kMosaicsBesideDeep) {
+    if (source.mosaic == mosaic && source.deep == deep) return source.both;
+  }
+  return mosaic;
+}
+
+// Row by row; the next one is reduced beside it or, where there is no such kernel, before it.
+void convert_row_by_row(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
+                        bool beside, RowWriter& write, RowArgs& args) {
+  const size_t src_row = row_bytes(reduction.source, f.width);
+  const size_t pixel = pixel_bytes(f.sink), dst_row = f.width * pixel;
+  // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
+  // own values come with the next strip.
+  constexpr uint32_t kBeyond = 2;
+  constexpr size_t kRows = 3;  // two that are read and the one that is made
+  static_assert(kPitch >= (kStrip + kBeyond) * sizeof(uint16_t), "room for a row");
+  alignas(64) uint8_t reduced[kRows][kPitch];
+
+  for (uint32_t x = 0; x < f.width;) {
+    const uint32_t left = f.width - x;
+    const uint32_t n = left <= kStrip + kBeyond ? left : kStrip + kBeyond;
+    const uint8_t* src = f.src + row_bytes(reduction.source, x);
+    uint8_t* dst = f.dst + x * pixel;
+    uint8_t *upper = reduced[0], *lower = reduced[1], *next = reduced[2];
+    reduce(upper, src, nullptr, n, reduction.args);
+    reduce(lower, src + src_row, nullptr, n, reduction.args);
+    for (uint32_t y = 0; y + 1 < f.height; ++y) {
+      const bool red_above = red_in_row(f, y);
+      const uint8_t* const red = red_above ? upper : lower;
+      const uint8_t* const blue = red_above ? lower : upper;
+      // Beyond the frame the last row once more.
+      const uint8_t* const deep = src + std::min(y + 2, f.height - 1) * src_row;
+      if (beside) {
+        args.deep = deep;
+        args.beside_deep = red;
+        args.reduced = next;
+      } else {
+        reduce(next, deep, nullptr, n, reduction.args);
+      }
+      args.ahead_of_a = distance(red, deep + src_row);
+      args.ahead_of_b = distance(blue, deep + src_row + n);
+      write(dst, red, blue, n, args);
+      dst += dst_row;
+      uint8_t* const free = upper;
+      upper = lower;
+      lower = next;
+      next = free;
+    }
+    write.finish();  // the next strip writes the pixels beyond this one again
+    x += n == left ? n : kStrip;
+  }
+}
+
 // Rows of an even width are whole groups, so that a band of them is reduced in one go and converted
 // in one go. So many bytes, and what is made of them, stay in the first-level cache: stores that
 // wait for the next one do not hold up what the next band reads.
@@ -55,7 +113,6 @@ void convert_in_bands(const MosaicFrame& f, RowKernel reduce, const Reduction& r
     dst += (rows - 1) * dst_row;
     y += rows - 1;
   }
-  copy_last_row(f);
 }
 
 }  // namespace
@@ -83,40 +140,23 @@ void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic
 void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
                             const Reduction& reduction, Source mosaic, RowArgs args) {
   const RowKernel reduce = kernels.at(reduction.source, reduction.sink);
+  const size_t src_bytes = row_bytes(reduction.source, f.width) * f.height;
+  const size_t pixels = size_t{f.width} * f.height;
   args.column = f.red.column;
-  const size_t src_row = row_bytes(reduction.source, f.width);
-  const size_t dst_row = f.width * pixel_bytes(f.sink);
-  RowWriter write(kernels, mosaic, f.sink, src_row * f.height, size_t{f.width} * f.height);
-  if (!write.streams() && f.width % 2 == 0 &&
-      f.width * pixel_bytes(reduction.sink) <= kWidestOfBand) {
-    return convert_in_bands(f, reduce, reduction, write, args);
-  }
-  // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
-  // own values come with the next strip.
-  constexpr uint32_t kBeyond = 2;
-  alignas(64) uint8_t reduced[2][(kStrip + kBeyond) * sizeof(uint16_t)];
-
-  for (uint32_t x = 0; x < f.width;) {
-    const uint32_t left = f.width - x;
-    const uint32_t n = left <= kStrip + kBeyond ? left : kStrip + kBeyond;
-    const uint8_t* src = f.src + row_bytes(reduction.source, x);
-    uint8_t* dst = f.dst + x * pixel_bytes(f.sink);
-    reduce(reduced[0], src, nullptr, n, reduction.args);
-    for (uint32_t y = 0; y + 1 < f.height; ++y) {
-      src += src_row;
-      const uint8_t* const upper = reduced[y & 1];
-      uint8_t* const lower = reduced[(y + 1) & 1];
-      reduce(lower, src, nullptr, n, reduction.args);
-      const bool red_above = red_in_row(f, y);
-      const uint8_t* const red = red_above ? upper : lower;
-      const uint8_t* const blue = red_above ? lower : upper;
-      args.ahead_of_a = distance(red, src + src_row);
-      args.ahead_of_b = distance(blue, src + src_row + n);
-      write(dst, red, blue, n, args);
-      dst += dst_row;
-    }
-    write.finish();  // the next strip writes the pixels beyond this one again
-    x += n == left ? n : kStrip;
+  args.shift = reduction.args.shift;
+  args.big_endian = reduction.args.big_endian;
+  const Source both = beside_deep(mosaic, reduction.source);
+  const bool fits_band = f.width % 2 == 0 && f.width * pixel_bytes(reduction.sink) <= kWidestOfBand;
+  const bool in_cache = !is_streamed(kernels, src_bytes + pixels * pixel_bytes(f.sink));
+  // In bands two rows share what one of them is loaded and sorted for, and each costs less to
+  // begin.
+  const bool writes_much = pixel_bytes(f.sink) > 2 && f.width >= kernels.least_beside_deep;
+  const bool beside = both != mosaic && (!fits_band || !in_cache || writes_much);
+  RowWriter write(kernels, beside ? both : mosaic, f.sink, src_bytes, pixels);
+  if (fits_band && !beside && !write.streams()) {
+    convert_in_bands(f, reduce, reduction, write, args);
+  } else {
+    convert_row_by_row(f, reduce, reduction, beside, write, args);
   }
   copy_last_row(f);
 }

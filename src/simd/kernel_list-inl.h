@@ -15,6 +15,7 @@
 #include "bayer/binned_source-inl.h"
 #include "bayer/corrected_sources-inl.h"
 #include "bayer/corrected_words-inl.h"
+#include "bayer/deep_mosaic_sources-inl.h"
 #include "bayer/demosaic_rows-inl.h"
 #include "bayer/directional_rows-inl.h"
 #include "convert/depth_rows-inl.h"
@@ -150,6 +151,20 @@ constexpr Kernels make_kernels() {
 
   add_mono16<Source::mosaic16, Mosaic16>(k);
   add_packed48<Source::mosaic16, Mosaic16>(k);
+
+  using Packed12To8 = Reduction<Mono12Packed, Mono8<Rec601>>;
+  using WordsTo8 = Reduction<Mono16To8, Mono8<Rec601>>;
+  using WordsTo16 = Reduction<Mono16To16, Mono16<Rec601>>;
+  using Packed12Pairs = BesideDeep<Mosaic8Pairs, Packed12To8>;
+  add_mono8<Source::mosaic8_beside_packed12, Packed12Pairs>(k);
+  add_mono16<Source::mosaic8_beside_packed12, Packed12Pairs>(k);
+  add_packed<Source::mosaic8_beside_packed12, BesideDeep<Mosaic8, Packed12To8>>(k);
+  add_mono8<Source::mosaic8_beside_words, BesideDeep<Mosaic8Pairs, WordsTo8>>(k);
+  add_packed<Source::mosaic8_beside_words, BesideDeep<Mosaic8, WordsTo8>>(k);
+  using Words16 = BesideDeep<Mosaic16, WordsTo16>;
+  add_mono16<Source::mosaic16_beside_words, Words16>(k);
+  add_packed48<Source::mosaic16_beside_words, Words16>(k);
+  k.least_beside_deep = kManyRegisters ? 640 : SIZE_MAX;  // registers for both
 
   add_packed<Source::mono8, Mono8Source, false>(k);
   add<Source::mono8, Sink::uyvy, Mono8Source, Uyvy>(k);

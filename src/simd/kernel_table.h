@@ -42,8 +42,12 @@ enum class Source : unsigned {
   cygm_3x3,        // a line of a complementary mosaic and the lines above and below
   cygm_3x3_luma,   // the same, its luminance
   cygm_binned,     // blocks of two lines and columns, two samples a pixel
+  // Mosaics, while a row of deep samples is reduced to what they read: see RowArgs::deep.
+  mosaic8_beside_packed12,
+  mosaic8_beside_words,
+  mosaic16_beside_words,
 };
-constexpr size_t kSourceCount = 27;
+constexpr size_t kSourceCount = 30;
 
 // What a row kernel writes; the values are those of LumSimpleImageFormat.
 enum class Sink : unsigned {
@@ -101,6 +105,19 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"cygm_3x3", 2, 2, 1, 2, Bound::arithmetic},
     {"cygm_3x3_luma", 2, 2, 1, 2, Bound::arithmetic},
     {"cygm_binned", 1, 2, 1, 1, Bound::memory},
+    {"mosaic8_beside_packed12", 2, 2, 2, 2, Bound::memory},
+    {"mosaic8_beside_words", 1, 1, 2, 2, Bound::memory},
+    {"mosaic16_beside_words", 1, 2, 2, 2, Bound::memory},
+};
+
+// A mosaic, the flat source by which deep samples become its own, and both at once.
+struct MosaicBesideDeep {
+  Source mosaic, deep, both;
+};
+constexpr MosaicBesideDeep kMosaicsBesideDeep[] = {
+    {Source::mosaic8, Source::mono12_packed, Source::mosaic8_beside_packed12},
+    {Source::mosaic8, Source::mono16, Source::mosaic8_beside_words},
+    {Source::mosaic16, Source::mono16, Source::mosaic16_beside_words},
 };
 
 struct SinkTraits {
@@ -191,6 +208,11 @@ struct RowArgs {
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
   // a and b are by turns. cygm: one or two, from a and from what follows it, both with b.
   size_t rows = 1;
+  // Mosaics beside deep samples: as many of those as the rows have, with shift and big_endian as
+  // mono12_packed and mono16 have them, where they go as samples of the mosaic, and row a once
+  // more.
+  const uint8_t *deep = nullptr, *beside_deep = nullptr;
+  uint8_t* reduced = nullptr;
   // From what a kernel reads to what it prefetches to be read next; for rows that the library made,
   // part of what the next ones are made of.
   ptrdiff_t ahead_of_a = kPrefetchDistance, ahead_of_b = kPrefetchDistance;
@@ -280,6 +302,9 @@ struct Kernels {
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
   void (*end_stream)();
+  // The least width from which mosaics beside deep samples are faster even where nothing waits for
+  // memory.
+  size_t least_beside_deep;
   // Conversions that read and write more bytes are streamed; 0: more than kept_in_cache().
   size_t stream_above;
 

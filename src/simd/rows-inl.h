@@ -129,11 +129,17 @@ class FewMirrored {
   alignas(64) uint8_t bytes_[3 * kPitch];
 };
 
+// Whether a source does more beside its pixels, which has to be done on its own for few of them:
+//   beside_few(args, a, n)  does
+//   Pixels                  the source of the pixels alone
+template <class Source>
+constexpr bool kHasBeside = false;
+
 // Fewer pixels than a block: through a block of their own on the stack. It has a source of its own:
 // were it given the row's, each store of the row's loop might change that one.
 template <class Source, class Sink>
-__attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, const uint8_t* a,
-                                           const uint8_t* b, size_t n) {
+__attribute__((noinline)) void few_pixels(const RowArgs& args, uint8_t* dst, const uint8_t* a,
+                                          const uint8_t* b, size_t n) {
   const Source source(args);
   constexpr size_t kBlockBytes = source_bytes<Source>(kLanes);
   constexpr size_t kSampleBytes = Source::kGroupBytes / Source::kGroupPixels;
@@ -153,6 +159,16 @@ __attribute__((noinline)) void convert_few(const RowArgs& args, uint8_t* dst, co
     convert_last<Source, Sink>(source, out, in[0], in[Source::kRows - 1]);
   }
   copy_few<sizeof out>(dst, out, n * Sink::kPixelBytes);
+}
+template <class Source, class Sink>
+LUM_INLINE void convert_few(const RowArgs& args, uint8_t* dst, const uint8_t* a, const uint8_t* b,
+                            size_t n) {
+  if constexpr (kHasBeside<Source>) {
+    Source::beside_few(args, a, n);
+    few_pixels<typename Source::Pixels, Sink>(args, dst, a, b, n);
+  } else {
+    few_pixels<Source, Sink>(args, dst, a, b, n);
+  }
 }
 
 // Whether a destination that keeps bytes is prefetched beside the source. Where kLoadsRunAhead says
