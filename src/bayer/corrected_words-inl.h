@@ -98,71 +98,47 @@ struct Corrected16 : Samples {
   WordMatrix matrix;
 };
 
-// Words of a mosaic to 8 bits. `own` is the row with samples of its colour in even columns, and a
-// lane of a multiply-add holds two words:
-//
-//   own:    R0 G1 R2     even pixel: R0, G1 and G0', B1'     both have G1 and B1'
-//   other:  G0'B1'G2'     odd pixel: R2, G1 and G2', B1'
-//
-// The sums' upper halves lie side by side as the pixels do.
+// Words of a mosaic to 8 bits. The sums' upper halves lie side by side as the pixels do.
 template <bool of_12_bits>
-struct MosaicWordsCorrectedTo8 : Mosaic16 {
-  explicit MosaicWordsCorrectedTo8(const RowArgs& args)
-      : Mosaic16(args), scalar(args), own_is_b((args.column & 1) != 0) {
+struct MosaicWordsCorrectedTo8 : Mosaic16Triples<of_12_bits> {
+  using Triples = Mosaic16Triples<of_12_bits>;
+
+  explicit MosaicWordsCorrectedTo8(const RowArgs& args) : Triples(args), scalar(args) {
+    const bool blue_first = (args.column & 1) != 0;
     for (int i = 0; i < 3; ++i) {
       const int32_t* const m = args.matrix + 3 * i;
-      const int32_t first = own_is_b ? m[2] : m[0], third = own_is_b ? m[0] : m[2];
+      const int32_t first = blue_first ? m[2] : m[0], third = blue_first ? m[0] : m[2];
       first_green[i] = I16(splat_words(first, m[1]));
-      second_third[i] = I16(splat_words(0, third));
+      any_third[i] = I16(splat_words(0, third));
       if constexpr (!of_12_bits) bias[i] = bias_of_row(m);
     }
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
     if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::block(a, b));
-    const uint8_t* const own = own_is_b ? b : a;
-    const uint8_t* const other = own_is_b ? a : b;
-    return colours(own, load<U16>(own + kLanes + 2), other, load<U16>(other + kLanes + 2));
+    return colours(Triples::block(a, b));
   }
   LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
     if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::last_block(a, b));
-    const uint8_t* const own = own_is_b ? b : a;
-    const uint8_t* const other = own_is_b ? a : b;
-    return colours(own, load_edge16(own + kLanes), other, load_edge16(other + kLanes));
+    return colours(Triples::last_block(a, b));
   }
 
  private:
   struct Words {
     I16 c[3];
   };
-  // (g1 + g2) >> 1 of the samples
-  static LUM_INLINE U16 mean(U16 g1, U16 g2) {
-    if constexpr (of_12_bits)
-      return ((g1 + g2) >> 1) & static_cast<uint16_t>(0xFFFFu << kShift12To8);
-    return avg_down(g1, g2);
-  }
-  static LUM_INLINE I16 as_signed(U16 v) { return I16(of_12_bits ? v : v ^ 0x8000); }
-
-  LUM_INLINE Words half(U16 own0, U16 own1, U16 other0, U16 other1) const {
-    const U16 green = mean(alternate(own1, own0), alternate(other0, other1));
-    const I16 even = as_signed(alternate(own0, U16(U32(green) << 16)));
-    const I16 odd = as_signed(U16(high_words(U32(own1), U32(green))));
-    const I16 third = as_signed(other0);
+  LUM_INLINE Words half(const BlockTriples::Half& p) const {
     Words out;
     for (int i = 0; i < 3; ++i) {
-      const U32 sum = of_12_bits ? U32(madd(third, second_third[i]))
-                                 : add_madd(bias[i], third, second_third[i]);
+      const U32 sum =
+          of_12_bits ? U32(madd(p.third, any_third[i])) : add_madd(bias[i], p.third, any_third[i]);
       const I16 high =
-          high_words(add_madd(sum, even, first_green[i]), add_madd(sum, odd, first_green[i]));
+          high_words(add_madd(sum, p.even, first_green[i]), add_madd(sum, p.odd, first_green[i]));
       out.c[i] = of_12_bits ? high : high >> (kScale16To8 - 16);
     }
     return out;
   }
-  // own1_hi, other1_hi: the upper half's samples one column on.
-  LUM_INLINE Rgb8 colours(const uint8_t* own, U16 own1_hi, const uint8_t* other,
-                          U16 other1_hi) const {
-    const Words lo =
-        half(load<U16>(own), load<U16>(own + 2), load<U16>(other), load<U16>(other + 2));
-    const Words hi = half(load<U16>(own + kLanes), own1_hi, load<U16>(other + kLanes), other1_hi);
+  LUM_INLINE Rgb8 colours(const BlockTriples& p) const {
+    const Words lo = half(p.lo), hi = half(p.hi);
     return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
   }
   LUM_INLINE Rgb8 by_lanes(const Rgb16& p) const {
@@ -174,8 +150,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16 {
   }
 
   ScalarMatrix scalar;
-  bool own_is_b;
-  I16 first_green[3], second_third[3];
+  I16 first_green[3], any_third[3];
   U32 bias[3] = {};
 };
 

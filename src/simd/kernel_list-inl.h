@@ -87,6 +87,8 @@ constexpr Pairs kPairs<Mosaic8Pairs> = Pairs::by_turns;
 template <>
 constexpr Pairs kPairs<Mosaic16> = Pairs::by_turns;
 template <>
+constexpr Pairs kPairs<Mosaic16Triples<false>> = Pairs::by_turns;
+template <>
 constexpr Pairs kPairs<Cygm> = Pairs::of_one_b;
 
 template <Source source, Sink sink, class From, class To, bool in_place = false>
@@ -149,7 +151,7 @@ constexpr Kernels make_kernels() {
   add<Source::mosaic8, Sink::uyvy, Mosaic8Pairs, Uyvy>(k);
   add_mono16<Source::mosaic8, Mosaic8Pairs>(k);
 
-  add_mono16<Source::mosaic16, Mosaic16>(k);
+  add_mono16<Source::mosaic16, Mosaic16Triples<false>>(k);
   add_packed48<Source::mosaic16, Mosaic16>(k);
 
   using Packed12To8 = Reduction<Mono12Packed, Mono8<Rec601>>;
@@ -161,9 +163,8 @@ constexpr Kernels make_kernels() {
   add_packed<Source::mosaic8_beside_packed12, BesideDeep<Mosaic8, Packed12To8>>(k);
   add_mono8<Source::mosaic8_beside_words, BesideDeep<Mosaic8Pairs, WordsTo8>>(k);
   add_packed<Source::mosaic8_beside_words, BesideDeep<Mosaic8, WordsTo8>>(k);
-  using Words16 = BesideDeep<Mosaic16, WordsTo16>;
-  add_mono16<Source::mosaic16_beside_words, Words16>(k);
-  add_packed48<Source::mosaic16_beside_words, Words16>(k);
+  add_mono16<Source::mosaic16_beside_words, BesideDeep<Mosaic16Triples<false>, WordsTo16>>(k);
+  add_packed48<Source::mosaic16_beside_words, BesideDeep<Mosaic16, WordsTo16>>(k);
   k.least_beside_deep = kManyRegisters ? 640 : SIZE_MAX;  // registers for both
 
   add_packed<Source::mono8, Mono8Source, false>(k);

@@ -47,6 +47,18 @@ struct BlockPairs {
   Half even, odd;
 };
 
+// The samples of such blocks that are words, less 32768, as multiply-adds of two words take them.
+// The first colour is red, or with blue_first blue. A lane of 32 bits is two pixels:
+struct BlockTriples {
+  struct Half {
+    I16 even;   // first colour and green of the even one
+    I16 odd;    // first colour and green of the odd one
+    I16 third;  // any, and the third colour of both
+  };
+  Half lo, hi;
+  bool blue_first;
+};
+
 template <class V>
 LUM_INLINE V avg_down(V a, V b) {  // (a + b) >> 1 without a ninth bit
   return avg_up(a, b) - ((a ^ b) & 1);
@@ -143,6 +155,20 @@ LUM_INLINE U16 luma(U16 r, U16 g, U16 b) {
 template <class Luma>
 LUM_INLINE Wide luma(const Rgb16& p) {
   return {luma<Luma>(p.r.lo, p.g.lo, p.b.lo), luma<Luma>(p.r.hi, p.g.hi, p.b.hi)};
+}
+
+template <class Luma>
+LUM_INLINE U16 luma(const BlockTriples::Half& p, bool blue_first) {
+  const I16 first_green = I16(splat_words(blue_first ? Luma::kBlue : Luma::kRed, Luma::kGreen));
+  const I16 any_third = I16(splat_words(0, blue_first ? Luma::kRed : Luma::kBlue));
+  static_assert(Luma::kRed + Luma::kGreen + Luma::kBlue == 256, "what is less goes back at once");
+  const U32 sum = add_madd(U32{} + (256u * 32768 + Luma::kRound), p.third, any_third);
+  return alternate(U16(add_madd(sum, p.even, first_green) >> 8),
+                   U16(add_madd(sum, p.odd, first_green) << 8));
+}
+template <class Luma>
+LUM_INLINE Wide luma(const BlockTriples& p) {
+  return {luma<Luma>(p.lo, p.blue_first), luma<Luma>(p.hi, p.blue_first)};
 }
 
 // Studio-range YUV 4:2:2 from R, G, B:

@@ -106,6 +106,10 @@ struct Mono16 {
   static LUM_INLINE void store_block(To p, const Rgb16& v) {
     store_block(p, Gray16{luma<Luma>(v)});
   }
+  template <class To>
+  static LUM_INLINE void store_block(To p, const BlockTriples& v) {
+    store_block(p, Gray16{luma<Luma>(v)});
+  }
   // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.
   template <class To>
   static LUM_INLINE void store_block(To p, const BlockPairs& v) {
