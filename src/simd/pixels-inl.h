@@ -134,12 +134,9 @@ LUM_INLINE I8 colour_weights() {
 // The same from such pixels; alpha makes room for green.
 template <class Luma, bool bgr, bool has_alpha>
 LUM_INLINE U8 luma(const Pixels4<bgr, has_alpha>& p) {
-  U32 q[4];
-  for (int i = 0; i < 4; ++i) {
-    const U8 v = has_alpha ? copy1_to_3(p.quarter[i]) : p.quarter[i];
-    q[i] = madd4(v, colour_weights<Luma, bgr>());
-  }
-  return narrow4_high(q, Luma::kRound);
+  U8 v[4];
+  for (int i = 0; i < 4; ++i) v[i] = has_alpha ? copy1_to_3(p.quarter[i]) : p.quarter[i];
+  return madd4_high(v, colour_weights<Luma, bgr>(), Luma::kRound);
 }
 
 // 16-bit samples: the sum needs 24 bits. `high` adds the products' upper parts, each floored, so it

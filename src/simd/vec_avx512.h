@@ -114,8 +114,6 @@ LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm512_madd_epi
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) {
   return U32(u8(_mm512_dpwssd_epi32(m(U8(sum)), m(a), m(b))));
 }
-// Products of unsigned and signed bytes, added in fours; sums of two fit a signed word.
-LUM_INLINE U32 madd4(U8 u, I8 s) { return U32(u8(_mm512_dpbusd_epi32(m(U8{}), m(u), m(U8(s))))); }
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm512_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm512_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
@@ -196,16 +194,19 @@ LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
   return I32(u8(_mm512_add_epi32(_mm512_permutex2var_epi32(m(a), even, m(b)),
                                  _mm512_permutex2var_epi32(m(a), odd, m(b)))));
 }
-// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
+// Bytes 1 of sums plus `added`, each 0..65535, in memory order: of four products of unsigned and
+// signed bytes, where two fit a signed word.
 // Packed to words within 128 bits, vectors 0 and 1 by turns of four words, 2 and 3 likewise:
 constexpr LaneTable kQuarters = lane_table([](int i) {
   const int quarter = i / 16, pixel = i % 16;
   const int word = pixel / 4 * 8 + quarter % 2 * 4 + pixel % 4;
   return quarter / 2 * 64 + 2 * word + 1;
 });
-LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
-  const U16 first = pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added);
-  const U16 second = pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added);
+LUM_INLINE U8 madd4_high(const U8 (&v)[4], I8 weights, unsigned added) {
+  const __m512i sum = _mm512_set1_epi32(static_cast<int>(added));
+  I32 q[4];
+  for (int i = 0; i < 4; ++i) q[i] = I32(u8(_mm512_dpbusd_epi32(sum, m(v[i]), m(U8(weights)))));
+  const U16 first = pack_sat_unsigned(q[0], q[1]), second = pack_sat_unsigned(q[2], q[3]);
   return u8(_mm512_permutex2var_epi8(m(first), m(load<U8>(kQuarters.v)), m(second)));
 }
 

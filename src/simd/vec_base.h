@@ -214,10 +214,11 @@ LUM_INLINE U16 narrow(U32 lo, U32 hi) { return evens(U16(lo), U16(hi)); }
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
   return I32(evens(U32(a), U32(b)) + odds(U32(a), U32(b)));
 }
-// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
-LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
-  const U16 v = splat16(added);
-  return pack_high(narrow(q[0], q[1]) + v, narrow(q[2], q[3]) + v);
+// Bytes 1 of the sums of madd4() plus `added`, each 0..65535, in memory order.
+LUM_INLINE U8 madd4_high(const U8 (&v)[4], I8 weights, unsigned added) {
+  const U16 first = narrow(madd4(v[0], weights), madd4(v[1], weights)) + splat16(added);
+  const U16 second = narrow(madd4(v[2], weights), madd4(v[3], weights)) + splat16(added);
+  return pack_high(first, second);
 }
 
 // The order of the two bytes of a word, as data: all ones where they change places.

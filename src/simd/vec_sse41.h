@@ -73,7 +73,7 @@ LUM_INLINE I16 madd(U8 u, I8 s) { return i16(_mm_maddubs_epi16(m(u), m(U8(s))));
 LUM_INLINE I32 madd(I16 a, I16 b) { return reinterpret_cast<I32>(_mm_madd_epi16(m(a), m(b))); }
 LUM_INLINE U32 add_madd(U32 sum, I16 a, I16 b) { return sum + U32(madd(a, b)); }
 // Products of unsigned and signed bytes, added in fours; sums of two fit a signed word.
-LUM_INLINE U32 madd4(U8 u, I8 s) { return U32(madd(madd(u, s), I16(splat16(1)))); }
+LUM_INLINE I32 madd4(U8 u, I8 s) { return madd(madd(u, s), I16(splat16(1))); }
 LUM_INLINE Dwords2 interleave(U32 a, U32 b) {
   return {U32(u8(_mm_unpacklo_epi32(m(U8(a)), m(U8(b))))),
           U32(u8(_mm_unpackhi_epi32(m(U8(a)), m(U8(b)))))};
@@ -126,10 +126,11 @@ LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return narrow(lo, hi); }
 LUM_INLINE U16 narrow(U32 lo, U32 hi) { return u16(_mm_packus_epi32(m(U8(lo)), m(U8(hi)))); }
 // Sums of neighbouring lanes, those of `a` first.
 LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) { return I32(u8(_mm_hadd_epi32(m(a), m(b)))); }
-// Bytes 1 of four vectors of 32-bit lanes plus `added`, each 0..65535, in memory order.
-LUM_INLINE U8 narrow4_high(const U32 (&q)[4], unsigned added) {
-  return pack_high(pack_sat_unsigned(I32(q[0]), I32(q[1])) + splat16(added),
-                   pack_sat_unsigned(I32(q[2]), I32(q[3])) + splat16(added));
+// Bytes 1 of the sums of madd4() plus `added`, each 0..65535, in memory order.
+LUM_INLINE U8 madd4_high(const U8 (&v)[4], I8 weights, unsigned added) {
+  const U16 first = pack_sat_unsigned(madd4(v[0], weights), madd4(v[1], weights)) + splat16(added);
+  const U16 second = pack_sat_unsigned(madd4(v[2], weights), madd4(v[3], weights)) + splat16(added);
+  return pack_high(first, second);
 }
 
 // The order of the two bytes of a word, as data.
