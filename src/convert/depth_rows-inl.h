@@ -98,15 +98,17 @@ struct Unpacked {
 };
 
 // min(255, V >> shift): bits above the eight saturate.
-struct SaturatedWords : Mono16Words {
-  using Mono16Words::Mono16Words;
+struct SaturatedWords {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit SaturatedWords(const RowArgs& args) : byte(args.shift, args.big_endian != 0) {}
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
-    const Wide v = words(a);
-    return {narrow(I16(limited(v.lo)), I16(limited(v.hi)))};
+    return {byte.saturated(load<U16>(a), load<U16>(a + kLanes))};
   }
 
  private:
-  LUM_INLINE U16 limited(U16 v) const { return lesser(shift_right(v, shift), splat16(255)); }
+  ByteOfWords byte;
 };
 
 }  // namespace

@@ -93,13 +93,17 @@ struct Mono16Words {
 
 // The top eight significant bits: (V >> (8 - shift)) & 255. Bits above them are dropped, not
 // clamped.
-struct Mono16To8 : Mono16Words {
-  using Mono16Words::Mono16Words;
+struct Mono16To8 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit Mono16To8(const RowArgs& args) : byte(8 - args.shift, args.big_endian != 0) {}
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
-    const Wide v = words(a);
-    return {
-        narrow(I16(shift_right(v.lo, 8 - shift) & 255), I16(shift_right(v.hi, 8 - shift) & 255))};
+    return {byte.dropping(load<U16>(a), load<U16>(a + kLanes))};
   }
+
+ private:
+  ByteOfWords byte;
 };
 
 // (V << shift) & 0xFFFF in host order.

@@ -429,4 +429,6 @@ inline void end_stream() { _mm_sfence(); }
 }  // namespace LUM_LEVEL
 }  // namespace lum
 
+#include "simd/vec_byte_of_words-inl.h"
+
 #endif

@@ -217,6 +217,48 @@ LUM_INLINE ByteOrder byte_order(bool big_endian) {
   return load<U8>(kLaneNumbers.v) ^ static_cast<uint8_t>(big_endian);
 }
 LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm512_shuffle_epi8(m(v), m(order))); }
+// Of words V of either byte order V >> first, at most 8, as bytes: what is above eight bits is
+// dropped, or makes 255. The bits are picked where they lie; in 64 bits are then the bytes of four
+// words of the lower half and of four of the upper one.
+class ByteOfWords {
+ public:
+  ByteOfWords(unsigned first, bool big_endian)
+      : swaps_(big_endian && first != 8),
+        order_(byte_order(big_endian)),
+        bits_(load<U8>(kBitOfWord.v) + splat8(big_endian && !swaps_ ? 0 : first)),
+        most_(splat16((256u << first) - 1)) {}
+  LUM_INLINE U8 dropping(U16 lo, U16 hi) const {
+    to_host(lo, hi);
+    return pick(lo, hi);
+  }
+  LUM_INLINE U8 saturated(U16 lo, U16 hi) const {
+    to_host(lo, hi);
+    return pick(lesser(lo, most_), lesser(hi, most_));
+  }
+
+ private:
+  static constexpr LaneTable kBitOfWord = lane_table([](int i) { return i % 4 * 16; });
+  static constexpr LaneTable kLowerFirst =
+      lane_table([](int i) { return i % 32 / 4 * 8 + i / 32 * 4 + i % 4; });
+
+  LUM_INLINE void to_host(U16& lo, U16& hi) const {
+    if (__builtin_expect(swaps_, 0)) {
+      lo = ordered(lo, order_);
+      hi = ordered(hi, order_);
+    }
+  }
+  LUM_INLINE U8 pick(U16 lo, U16 hi) const {
+    constexpr __mmask64 kOfUpper = 0xF0F0F0F0F0F0F0F0;
+    const __m512i lower = _mm512_multishift_epi64_epi8(m(bits_), m(lo));
+    const __m512i both = _mm512_mask_multishift_epi64_epi8(lower, kOfUpper, m(bits_), m(hi));
+    return u8(_mm512_permutexvar_epi8(m(load<U8>(kLowerFirst.v)), both));
+  }
+
+  bool swaps_;
+  ByteOrder order_;
+  U8 bits_;
+  U16 most_;
+};
 
 // The last lanes of a row, one sample to the right; the sample beyond the row repeats the last but
 // one.

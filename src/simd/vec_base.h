@@ -399,4 +399,6 @@ inline void end_stream() {}
 }  // namespace LUM_LEVEL
 }  // namespace lum
 
+#include "simd/vec_byte_of_words-inl.h"
+
 #endif
