@@ -140,6 +140,7 @@ class RowWriter {
   RowWriter& operator=(const RowWriter&) = delete;
 
   bool streams() const { return streams_; }
+  bool small() const { return small_; }  // RowArgs::write_ahead would only cost time
 
   // As a row kernel, dst not a. What is streamed may not be there before finish().
   void operator()(uint8_t* dst, const uint8_t* a, const uint8_t* b, size_t n, const RowArgs& args) {

@@ -139,8 +139,11 @@ std::vector<Conversion> frame_conversions() {
     convert_cygm_binned(k, f.sink, f.dst, f.src, f.width, f.height);
   };
   add_mosaic("mosaic", {Sink::bgr24, Sink::mono8_rec601, Sink::uyvy, Sink::bgra32}, as_it_is);
-  add_mosaic("mosaic of packed words", {Sink::rgb24, Sink::mono16_rec709}, packed);
-  add_mosaic("mosaic of words", {Sink::bgr24, Sink::bgr48, Sink::mono16_rec601}, words);
+  add_mosaic("mosaic of packed words",
+             {Sink::rgb24, Sink::mono8_rec601, Sink::mono16_rec709, Sink::bgra32}, packed);
+  add_mosaic("mosaic of words",
+             {Sink::bgr24, Sink::mono8_rec709, Sink::bgra32, Sink::bgr48, Sink::mono16_rec601},
+             words);
   add_mosaic("mosaic by a matrix", {Sink::bgr24, Sink::mono8_rec601}, corrected);
   add_mosaic("mosaic of packed words by a matrix", {Sink::bgr24, Sink::bgr48}, packed_corrected);
   add_mosaic("mosaic of words by a matrix", {Sink::bgr24, Sink::bgr48}, words_corrected);

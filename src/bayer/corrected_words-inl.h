@@ -101,9 +101,10 @@ struct Corrected16 : Samples {
 // Words of a mosaic to 8 bits. The sums' upper halves lie side by side as the pixels do.
 template <bool of_12_bits>
 struct MosaicWordsCorrectedTo8 : Mosaic16Triples<of_12_bits> {
-  using Triples = Mosaic16Triples<of_12_bits>;
+  using Samples = Mosaic16Triples<of_12_bits>;
+  using Triples = typename Samples::Triples;
 
-  explicit MosaicWordsCorrectedTo8(const RowArgs& args) : Triples(args), scalar(args) {
+  explicit MosaicWordsCorrectedTo8(const RowArgs& args) : Samples(args), scalar(args) {
     const bool blue_first = (args.column & 1) != 0;
     for (int i = 0; i < 3; ++i) {
       const int32_t* const m = args.matrix + 3 * i;
@@ -115,18 +116,18 @@ struct MosaicWordsCorrectedTo8 : Mosaic16Triples<of_12_bits> {
   }
   LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
     if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::block(a, b));
-    return colours(Triples::block(a, b));
+    return colours(Samples::block(a, b));
   }
   LUM_INLINE Rgb8 last_block(const uint8_t* a, const uint8_t* b) const {
     if (__builtin_expect(scalar.wide(), 0)) return by_lanes(Mosaic16::last_block(a, b));
-    return colours(Triples::last_block(a, b));
+    return colours(Samples::last_block(a, b));
   }
 
  private:
   struct Words {
     I16 c[3];
   };
-  LUM_INLINE Words half(const BlockTriples::Half& p) const {
+  LUM_INLINE Words half(const typename Triples::Half& p) const {
     Words out;
     for (int i = 0; i < 3; ++i) {
       const U32 sum =
@@ -137,7 +138,7 @@ struct MosaicWordsCorrectedTo8 : Mosaic16Triples<of_12_bits> {
     }
     return out;
   }
-  LUM_INLINE Rgb8 colours(const BlockTriples& p) const {
+  LUM_INLINE Rgb8 colours(const Triples& p) const {
     const Words lo = half(p.lo), hi = half(p.hi);
     return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
   }

@@ -4,6 +4,7 @@
 #include <string.h>
 
 #include <algorithm>
+#include <utility>
 
 #include "row_writer.h"
 
@@ -20,7 +21,7 @@ void copy_last_row(const MosaicFrame& f) {
 
 bool red_in_row(const MosaicFrame& f, uint32_t y) { return ((y + f.red.row) & 1) == 0; }
 
-// Columns are taken in strips, so that two reduced rows stay in the first-level cache and on the
+// Columns are taken in strips, so that the reduced rows stay in the first-level cache and on the
 // stack, whatever the width.
 constexpr uint32_t kStrip = 4096;
 
@@ -35,7 +36,8 @@ Source beside_deep(Source mosaic, Source deep) {
   return mosaic;
 }
 
-// Row by row; the next one is reduced beside it or, where there is no such kernel, before it.
+// Row by row. The lower row of the two is reduced before they are converted, or with `beside` the
+// one below it meanwhile.
 void convert_row_by_row(const MosaicFrame& f, RowKernel reduce, const Reduction& reduction,
                         bool beside, RowWriter& write, RowArgs& args) {
   const size_t src_row = row_bytes(reduction.source, f.width);
@@ -43,9 +45,9 @@ void convert_row_by_row(const MosaicFrame& f, RowKernel reduce, const Reduction&
   // The two pixels beyond a strip give its last pixel the sample that it needs on its right; their
   // own values come with the next strip.
   constexpr uint32_t kBeyond = 2;
-  constexpr size_t kRows = 3;  // two that are read and the one that is made
   static_assert(kPitch >= (kStrip + kBeyond) * sizeof(uint16_t), "room for a row");
-  alignas(64) uint8_t reduced[kRows][kPitch];
+  alignas(64) uint8_t reduced[3][kPitch];
+  if (write.small()) args.write_ahead = 0;
 
   for (uint32_t x = 0; x < f.width;) {
     const uint32_t left = f.width - x;
@@ -54,28 +56,26 @@ void convert_row_by_row(const MosaicFrame& f, RowKernel reduce, const Reduction&
     uint8_t* dst = f.dst + x * pixel;
     uint8_t *upper = reduced[0], *lower = reduced[1], *next = reduced[2];
     reduce(upper, src, nullptr, n, reduction.args);
-    reduce(lower, src + src_row, nullptr, n, reduction.args);
+    if (beside) reduce(lower, src + src_row, nullptr, n, reduction.args);
     for (uint32_t y = 0; y + 1 < f.height; ++y) {
       const bool red_above = red_in_row(f, y);
       const uint8_t* const red = red_above ? upper : lower;
       const uint8_t* const blue = red_above ? lower : upper;
-      // Beyond the frame the last row once more.
-      const uint8_t* const deep = src + std::min(y + 2, f.height - 1) * src_row;
+      // Below the frame's last row that one once more.
+      const uint8_t* const deep = src + std::min(y + (beside ? 2 : 1), f.height - 1) * src_row;
       if (beside) {
         args.deep = deep;
         args.beside_deep = red;
         args.reduced = next;
       } else {
-        reduce(next, deep, nullptr, n, reduction.args);
+        reduce(lower, deep, nullptr, n, reduction.args);
       }
       args.ahead_of_a = distance(red, deep + src_row);
       args.ahead_of_b = distance(blue, deep + src_row + n);
       write(dst, red, blue, n, args);
       dst += dst_row;
-      uint8_t* const free = upper;
-      upper = lower;
-      lower = next;
-      next = free;
+      std::swap(upper, lower);
+      if (beside) std::swap(lower, next);
     }
     write.finish();  // the next strip writes the pixels beyond this one again
     x += n == left ? n : kStrip;
@@ -150,8 +150,10 @@ void convert_mosaic_reduced(const Kernels& kernels, const MosaicFrame& f,
   const bool in_cache = !is_streamed(kernels, src_bytes + pixels * pixel_bytes(f.sink));
   // In bands two rows share what one of them is loaded and sorted for, and each costs less to
   // begin.
+  constexpr uint32_t kLeastWidth = 256;
   const bool writes_much = pixel_bytes(f.sink) > 2 && f.width >= kernels.least_beside_deep;
-  const bool beside = both != mosaic && (!fits_band || !in_cache || writes_much);
+  const bool beside =
+      both != mosaic && f.width >= kLeastWidth && (!fits_band || !in_cache || writes_much);
   RowWriter write(kernels, beside ? both : mosaic, f.sink, src_bytes, pixels);
   if (fits_band && !beside && !write.streams()) {
     convert_in_bands(f, reduce, reduction, write, args);

@@ -120,14 +120,16 @@ struct Mosaic16 {
 // of_12_bits: samples come shifted up by two, and are not taken less 32768.
 template <bool of_12_bits>
 struct Mosaic16Triples : Mosaic16 {
+  using Triples = BlockTriples<of_12_bits>;
+
   explicit Mosaic16Triples(const RowArgs& args)
       : Mosaic16(args), own_is_b((args.column & 1) != 0) {}
-  LUM_INLINE BlockTriples block(const uint8_t* a, const uint8_t* b) const {
+  LUM_INLINE Triples block(const uint8_t* a, const uint8_t* b) const {
     const uint8_t* const own = own_is_b ? b : a;
     const uint8_t* const other = own_is_b ? a : b;
     return triples(own, load<U16>(own + kLanes + 2), other, load<U16>(other + kLanes + 2));
   }
-  LUM_INLINE BlockTriples last_block(const uint8_t* a, const uint8_t* b) const {
+  LUM_INLINE Triples last_block(const uint8_t* a, const uint8_t* b) const {
     const uint8_t* const own = own_is_b ? b : a;
     const uint8_t* const other = own_is_b ? a : b;
     return triples(own, load_edge16(own + kLanes), other, load_edge16(other + kLanes));
@@ -142,14 +144,14 @@ struct Mosaic16Triples : Mosaic16 {
   }
   static LUM_INLINE I16 as_signed(U16 v) { return I16(of_12_bits ? v : v ^ 0x8000); }
 
-  static LUM_INLINE BlockTriples::Half half(U16 own0, U16 own1, U16 other0, U16 other1) {
+  static LUM_INLINE typename Triples::Half half(U16 own0, U16 own1, U16 other0, U16 other1) {
     const U16 green = mean(alternate(own1, own0), alternate(other0, other1));
     return {as_signed(alternate(own0, U16(U32(green) << 16))),
             as_signed(U16(high_words(U32(own1), U32(green)))), as_signed(other0)};
   }
   // own1_hi, other1_hi: the upper half's samples one column on.
-  LUM_INLINE BlockTriples triples(const uint8_t* own, U16 own1_hi, const uint8_t* other,
-                                  U16 other1_hi) const {
+  LUM_INLINE Triples triples(const uint8_t* own, U16 own1_hi, const uint8_t* other,
+                             U16 other1_hi) const {
     return {half(load<U16>(own), load<U16>(own + 2), load<U16>(other), load<U16>(other + 2)),
             half(load<U16>(own + kLanes), own1_hi, load<U16>(other + kLanes), other1_hi), own_is_b};
   }

@@ -89,7 +89,8 @@ struct DirectKernels {
   // 12- and 10-bit packings to words: shifted up by RowArgs::shift, then of its byte order.
   Row unpack[6];
   StreamedRow streamed_unpack[6];
-  // Words of RowArgs::big_endian to min(255, V >> RowArgs::shift), at most 8; dst may equal a.
+  // Words V of RowArgs::big_endian to min(255, V >> shift), RowArgs::shift at most 8; dst may
+  // equal a.
   Row words_to_bytes;
   StreamedRow streamed_words_to_bytes;
 

@@ -208,9 +208,9 @@ struct RowArgs {
   // Two-row sources: as many rows of a frame, one below the other, whose upper and lower source row
   // a and b are by turns. cygm: one or two, from a and from what follows it, both with b.
   size_t rows = 1;
-  // Mosaics beside deep samples: as many of those as the rows have, with shift and big_endian as
-  // mono12_packed and mono16 have them, where they go as samples of the mosaic, and row a once
-  // more.
+  // Mosaics beside deep samples, of one row at a time: a row of those, with shift and big_endian as
+  // mono12_packed and mono16 have them; what row a is for its first pixel, as a may be further on
+  // in that; and where the n samples go that the mosaic will read, which are written beside dst.
   const uint8_t *deep = nullptr, *beside_deep = nullptr;
   uint8_t* reduced = nullptr;
   // From what a kernel reads to what it prefetches to be read next; for rows that the library made,
@@ -302,8 +302,8 @@ struct Kernels {
   // processors after end_stream(). Null where there is no such store.
   void (*stream)(uint8_t* dst, const uint8_t* src, size_t bytes);
   void (*end_stream)();
-  // The least width from which mosaics beside deep samples are faster even where nothing waits for
-  // memory.
+  // Mosaics beside deep samples, to pixels of three bytes and more: the least width from which they
+  // are faster even where nothing waits for memory.
   size_t least_beside_deep;
   // Conversions that read and write more bytes are streamed; 0: more than kept_in_cache().
   size_t stream_above;

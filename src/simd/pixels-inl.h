@@ -47,8 +47,10 @@ struct BlockPairs {
   Half even, odd;
 };
 
-// The samples of such blocks that are words, less 32768, as multiply-adds of two words take them.
-// The first colour is red, or with blue_first blue. A lane of 32 bits is two pixels:
+// The samples of such blocks as signed words, for multiply-adds of two: less 32768, or with
+// below_32768 as they are. The first colour is red, or with blue_first blue. A lane of 32 bits is
+// two pixels:
+template <bool below_32768>
 struct BlockTriples {
   struct Half {
     I16 even;   // first colour and green of the even one
@@ -155,7 +157,7 @@ LUM_INLINE Wide luma(const Rgb16& p) {
 }
 
 template <class Luma>
-LUM_INLINE U16 luma(const BlockTriples::Half& p, bool blue_first) {
+LUM_INLINE U16 luma(const BlockTriples<false>::Half& p, bool blue_first) {
   const I16 first_green = I16(splat_words(blue_first ? Luma::kBlue : Luma::kRed, Luma::kGreen));
   const I16 any_third = I16(splat_words(0, blue_first ? Luma::kRed : Luma::kBlue));
   static_assert(Luma::kRed + Luma::kGreen + Luma::kBlue == 256, "what is less goes back at once");
@@ -164,7 +166,7 @@ LUM_INLINE U16 luma(const BlockTriples::Half& p, bool blue_first) {
                    U16(add_madd(sum, p.odd, first_green) << 8));
 }
 template <class Luma>
-LUM_INLINE Wide luma(const BlockTriples& p) {
+LUM_INLINE Wide luma(const BlockTriples<false>& p) {
   return {luma<Luma>(p.lo, p.blue_first), luma<Luma>(p.hi, p.blue_first)};
 }
 

@@ -107,7 +107,7 @@ struct Mono16 {
     store_block(p, Gray16{luma<Luma>(v)});
   }
   template <class To>
-  static LUM_INLINE void store_block(To p, const BlockTriples& v) {
+  static LUM_INLINE void store_block(To p, const BlockTriples<false>& v) {
     store_block(p, Gray16{luma<Luma>(v)});
   }
   // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.

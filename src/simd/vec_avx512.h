@@ -217,9 +217,9 @@ LUM_INLINE ByteOrder byte_order(bool big_endian) {
   return load<U8>(kLaneNumbers.v) ^ static_cast<uint8_t>(big_endian);
 }
 LUM_INLINE U16 ordered(U16 v, ByteOrder order) { return u16(_mm512_shuffle_epi8(m(v), m(order))); }
-// Of words V of either byte order V >> first, at most 8, as bytes: what is above eight bits is
-// dropped, or makes 255. The bits are picked where they lie; in 64 bits are then the bytes of four
-// words of the lower half and of four of the upper one.
+// Words V of either byte order to bytes: V >> first, where first is at most 8. What is above eight
+// bits is dropped, or makes 255. The bits are picked where they lie; in 64 bits are then the bytes
+// of four words of the lower half and of four of the upper one.
 class ByteOfWords {
  public:
   ByteOfWords(unsigned first, bool big_endian)

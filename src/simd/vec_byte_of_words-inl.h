@@ -4,8 +4,8 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// Of words V of either byte order V >> first, at most 8, as bytes: what is above eight bits is
-// dropped, or makes 255.
+// Words V of either byte order to bytes: V >> first, where first is at most 8. What is above eight
+// bits is dropped, or makes 255.
 class ByteOfWords {
  public:
   ByteOfWords(unsigned first, bool big_endian) : first_(first), order_(byte_order(big_endian)) {}

@@ -14,6 +14,8 @@
 // A macro in clang's headers; an alias for the masked one in SIMDe 0.7.4.
 #undef _mm512_cmpgt_epi16_mask
 #undef _mm512_madd_epi16
+#undef _mm512_multishift_epi64_epi8
+#undef _mm512_mask_multishift_epi64_epi8
 
 namespace lum {
 namespace LUM_LEVEL {
@@ -23,6 +25,7 @@ namespace {
 // names in the compiler's header; one that is missing here does not compile.
 typedef uint8_t EmulatedBytes __attribute__((vector_size(64)));
 typedef int16_t EmulatedWords __attribute__((vector_size(64)));
+typedef uint64_t EmulatedQwords __attribute__((vector_size(64)));
 
 // Masked accesses touch the bytes that the mask chooses and no other.
 inline __m512i _mm512_maskz_loadu_epi8(__mmask64 mask, const void* p) {
@@ -61,6 +64,21 @@ inline __m512i _mm512_mulhi_epu16(__m512i a, __m512i b) {
         uint32_t{static_cast<uint16_t>(x[i])} * static_cast<uint16_t>(y[i]) >> 16);
   }
   return reinterpret_cast<__m512i>(r);
+}
+// SIMDe's shifts by 64 where the first bit is the lowest.
+inline __m512i _mm512_multishift_epi64_epi8(__m512i bits, __m512i a) {
+  const EmulatedBytes first = reinterpret_cast<EmulatedBytes>(bits);
+  const EmulatedQwords v = reinterpret_cast<EmulatedQwords>(a);
+  EmulatedBytes r;
+  for (int i = 0; i < 64; ++i) {
+    const unsigned n = first[i] % 64u;
+    r[i] = static_cast<uint8_t>(n == 0 ? v[i / 8] : v[i / 8] >> n | v[i / 8] << (64 - n));
+  }
+  return reinterpret_cast<__m512i>(r);
+}
+inline __m512i _mm512_mask_multishift_epi64_epi8(__m512i otherwise, __mmask64 mask, __m512i bits,
+                                                 __m512i a) {
+  return _mm512_mask_mov_epi8(otherwise, mask, _mm512_multishift_epi64_epi8(bits, a));
 }
 inline __m512i _mm512_cvtepu8_epi16(__m256i a) {
   typedef uint8_t Half __attribute__((vector_size(32)));
