@@ -9,8 +9,8 @@ LANES = {"sse41": 16, "avx2": 32, "avx512": 64}
 # Of AVX-512's vector operations two begin in a cycle, on the ports that Intel numbers 0 and 5: the
 # first of these kinds only on port 0, the second only on port 5, all others on either.
 PORT_0 = r"v?p(madd|mul(?!tishift)|dp)|v?ps(ll|rl|ra)[wdq]|v?ps(ll|rl|ra)v|vpsh[lr]d|vpabs"
-PORT_5 = (r"v?p(multishift|shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|ermt|cmp)|v?pack|"
-          r"v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
+PORT_5 = (r"v?p(multishift|shuf|unpck|ack|align|erm|broadcast|insr|extr|movzx)|vp(unpck|ermt|cmp)|"
+          r"v?pack|v(insert|extract|align|perm)|v?ps(ll|rl)dq|kmov|kshift")
 # The steps of the interpolating demosaics.
 STEPS = {"along_row", "down_column", "direction", "lcaa", "lcaav", "pair_sums"}
 # Sources whose loop makes a block of each of two rows: those of kPairs.
