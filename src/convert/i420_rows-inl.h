@@ -147,10 +147,7 @@ LUM_INLINE void i420_block(const I420Rows& rows) {
   const auto upper = Source::block(rows.src[0]), lower = Source::block(rows.src[1]);
   store(rows.y[0], luma_of(upper));
   store(rows.y[1], luma_of(lower));
-  uint8_t both[kLanes];
-  store(both, Source::chroma(upper, lower));
-  memcpy(rows.u, both, kLanes / 2);
-  memcpy(rows.v, both + kLanes / 2, kLanes / 2);
+  store_halves(rows.u, rows.v, Source::chroma(upper, lower));
 }
 
 template <class Source>

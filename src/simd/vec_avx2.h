@@ -40,6 +40,7 @@ LUM_INLINE U8 load_halves(const uint8_t* low, const uint8_t* high) {
       _mm256_castsi128_si256(_mm_loadu_si128(reinterpret_cast<const __m128i*>(low))),
       _mm_loadu_si128(reinterpret_cast<const __m128i*>(high)), 1));
 }
+// Half a vector each.
 LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
   _mm_storeu_si128(reinterpret_cast<__m128i*>(low), _mm256_castsi256_si128(m(v)));
   _mm_storeu_si128(reinterpret_cast<__m128i*>(high), _mm256_extracti128_si256(m(v), 1));

@@ -317,12 +317,16 @@ LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
                                            m(load<U8>(kWordsOf3<Formula>.v)), v));
 }
 
-// In halves: where lines come from beyond the first-level cache, two stores of 32 bytes take .93 to
-// .98 of the time of one of 64. Behind arithmetic the shuffle that this needs costs more.
+// Half a vector each.
+LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(low), _mm512_castsi512_si256(m(v)));
+  _mm256_storeu_si256(reinterpret_cast<__m256i*>(high), _mm512_extracti64x4_epi64(m(v), 1));
+}
+// Where lines come from beyond the first-level cache, two stores of 32 bytes take .93 to .98 of the
+// time of one of 64. Behind arithmetic the shuffle that this needs costs more.
 template <class V>
 LUM_INLINE void store_moved(uint8_t* p, V v) {
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p), _mm512_castsi512_si256(m(v)));
-  _mm256_storeu_si256(reinterpret_cast<__m256i*>(p + 32), _mm512_extracti64x4_epi64(m(v), 1));
+  store_halves(p, p + 32, U8(v));
 }
 
 // a0 b0 a1 b1 ... in memory order.

@@ -308,6 +308,12 @@ LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
 LUM_INLINE Bytes2 zip(U8 a, U8 b) { return interleave(a, b); }
 LUM_INLINE Wide zip(U16 a, U16 b) { return {zip_low(a, b), zip_high(a, b)}; }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
+// Half a vector each.
+LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
+  const uint64_t first = U64(v)[0], second = U64(v)[1];
+  memcpy(low, &first, sizeof first);
+  memcpy(high, &second, sizeof second);
+}
 template <class V>
 LUM_INLINE void store3_same(uint8_t* p, V c) {
   store3(p, c, c, c);
