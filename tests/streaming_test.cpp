@@ -157,7 +157,7 @@ std::vector<Conversion> frame_conversions() {
   list.push_back({"upside down", 3, 3,
                   [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
                      uint32_t height) { flip(k, dst, src, width, height, 3, kUpsideDown); }});
-  for (const uint32_t pixel_bytes : {1, 2, 3, 4, 5, 6, 8, 12, 16}) {
+  for (uint32_t pixel_bytes = 1; pixel_bytes <= 16; ++pixel_bytes) {
     for (const uint32_t mode : {kMirror, kMirror | kUpsideDown}) {
       list.push_back(
           {"flip " + std::to_string(mode) + " of " + std::to_string(pixel_bytes), pixel_bytes,

@@ -139,6 +139,63 @@ __attribute__((noinline)) void reverse_in_place(uint8_t* p, size_t n) {
   store_left_exactly<Pixels>(middle_left, middle_b);
 }
 
+// As few whole pixels as fill whole vectors.
+template <int size>
+struct WholeVectors {
+  static constexpr int kPower = size & -size;  // the greatest power of two that divides the size
+  static constexpr int kVectors = size / kPower, kBytes = kVectors * kLanes;
+  // Byte i of the reversed block is this one of the block.
+  static constexpr int mirrored(int i) { return (kBytes / size - 1 - i / size) * size + i % size; }
+};
+// The bytes of a reversed vector lie in little more than a vector: in two that overlap.
+template <int size, int vector>
+struct ReversedVector {
+  using Block = WholeVectors<size>;
+  static constexpr int from(int i) { return Block::mirrored(vector * kLanes + i); }
+  static constexpr int first() {
+    int least = Block::kBytes;
+    for (int i = 0; i < kLanes; ++i) least = from(i) < least ? from(i) : least;
+    return least;
+  }
+  static constexpr int second() {
+    int most = 0;
+    for (int i = 0; i < kLanes; ++i) most = from(i) > most ? from(i) : most;
+    return most - (kLanes - 1);
+  }
+  static constexpr LaneTable kIndex = lane_table([](int i) {
+    const int byte = from(i % kLanes);
+    return byte < first() + kLanes ? byte - first() : kLanes + byte - second();
+  });
+};
+template <int size, int vector = 0, class To>
+LUM_INLINE void store_reversed_vectors(To to, const uint8_t* block) {
+  using V = ReversedVector<size, vector>;
+  store(to + static_cast<size_t>(vector * kLanes),
+        permute_two(load<U8>(block + V::first()), load<U8>(block + V::second()),
+                    load<U8>(V::kIndex.v)));
+  if constexpr (vector + 1 < WholeVectors<size>::kVectors) {
+    store_reversed_vectors<size, vector + 1>(to, block);
+  }
+}
+
+// Blocks of whole pixels that fill whole vectors: elements, or three channels of them, or any where
+// bytes of two vectors can be permuted.
+template <int size, class To>
+LUM_INLINE void store_reversed(To to, const uint8_t* end) {
+  if constexpr (size == 3) {
+    const Bytes3 v = load3(end - 3 * kLanes);
+    store3(to, reversed<1>(v.c0), reversed<1>(v.c1), reversed<1>(v.c2));
+  } else if constexpr (size == 6) {
+    const Words3 v = load3_words(end - 3 * kLanes);
+    store3(to, U16(reversed<2>(U8(v.c0))), U16(reversed<2>(U8(v.c1))), U16(reversed<2>(U8(v.c2))));
+  } else if constexpr ((size & (size - 1)) == 0) {
+    store(to, reversed<size>(load<U8>(end - kLanes)));
+  } else {
+    store_reversed_vectors<size>(to, end - WholeVectors<size>::kBytes);
+  }
+}
+template <int size>
+constexpr bool kFillsVectors = kPermutesTwo || size == 3 || size == 6 || (size & (size - 1)) == 0;
 // From left to right, which lets the processor gather overlapping stores. `inner`: there are rows
 // before and after this one, so that bytes about it may be read and, on the right, written.
 template <class Pixels>
@@ -149,6 +206,15 @@ LUM_INLINE void reverse_row(uint8_t* dst, const uint8_t* src, size_t n, bool inn
   const auto block = [&](size_t x) { Pixels::store_left(dst + x, Pixels::load_right(end - x)); };
   const size_t beyond = inner && bytes >= 2 * kTouched ? kBlock + kTouched - 1 : 0;
   size_t x = 0;
+  if constexpr (kPermutesTwo && kTouched != kBlock) {
+    constexpr size_t kWhole = WholeVectors<Pixels::kSize>::kBytes;
+    for (; x + kWhole <= bytes; x += kWhole) {
+      const size_t ahead = x + kPrefetchDistance / 2;
+      for (size_t line = 0; line < kWhole; line += 64)
+        __builtin_prefetch(end - ahead - line + (ahead < bytes ? 0 : 2 * bytes));
+      store_reversed_vectors<Pixels::kSize>(dst + x, end - x - kWhole);
+    }
+  }
   for (; x + kBlock + kTouched <= bytes + beyond; x += 2 * kBlock) {
     // What is read next lies to the left, then at the end of the next row.
     const size_t ahead = x + kPrefetchDistance / 2;
@@ -181,24 +247,9 @@ void reverse(uint8_t* dst, const uint8_t* src, size_t n, size_t rows) {
   }
 }
 
-// Blocks of whole pixels that fill whole vectors: elements, or three channels of them.
-template <int size, class To>
-LUM_INLINE void store_reversed(To to, const uint8_t* end) {
-  if constexpr (size == 3) {
-    const Bytes3 v = load3(end - 3 * kLanes);
-    store3(to, reversed<1>(v.c0), reversed<1>(v.c1), reversed<1>(v.c2));
-  } else if constexpr (size == 6) {
-    const Words3 v = load3_words(end - 3 * kLanes);
-    store3(to, U16(reversed<2>(U8(v.c0))), U16(reversed<2>(U8(v.c1))), U16(reversed<2>(U8(v.c2))));
-  } else {
-    store(to, reversed<size>(load<U8>(end - kLanes)));
-  }
-}
-template <int size>
-constexpr bool kFillsVectors = size == 3 || size == 6 || (size & (size - 1)) == 0;
 template <int size>
 size_t streamed_reverse(uint8_t* dst, const uint8_t* src_end, size_t n) {
-  constexpr size_t kBlock = size % 3 == 0 ? 3 * kLanes : kLanes;
+  constexpr size_t kBlock = WholeVectors<size>::kBytes;
   const size_t count = streamed_pixels(n), bytes = n * size;
   const size_t reach = bytes < 2 * kPrefetchDistance ? bytes : 2 * kPrefetchDistance;
   for (size_t x = 0; x < count * size; x += kBlock) {

@@ -97,8 +97,8 @@ struct DirectKernels {
   // Each of `rows` rows of n pixels in reverse order, by the bytes of a pixel. dst equal to src, or
   // no overlap.
   void (*reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src, size_t n, size_t rows);
-  // As a StreamedRowKernel, of the n pixels that end at src_end, the last one first. Null where no
-  // vectors of whole pixels fill lines.
+  // As a StreamedRowKernel, of the n pixels that end at src_end, the last one first. Null where a
+  // level has no kernel that fills vectors with whole pixels.
   size_t (*streamed_reverse[kMaxPixelBytes + 1])(uint8_t* dst, const uint8_t* src_end, size_t n);
   Transposition transpose[kMaxPixelBytes + 1];  // by the bytes of a pixel
 
