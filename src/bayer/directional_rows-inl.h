@@ -97,13 +97,14 @@ inline void along_row(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words)
   sums.finish(ah3, words);
 }
 
-LUM_INLINE I16 low_pass(I16 z0, I16 z1, I16 z2, I16 z3, I16 z4) {
-  const I16 near = z2 - z1 - z3;
-  return z0 + z4 + near + near;
-}
-LUM_INLINE I16 activity(I16 z0, I16 z1, I16 z3, I16 z4) {
-  const I16 inner = z3 - z1;
-  return absolute(z0 - z4 + inner + inner);
+// A column of five samples by its halves before and behind the middle one:
+//   p = (z0 - 2 z1) + (z4 - 2 z3) + 2 z2    a = |(z0 - 2 z1) - (z4 - 2 z3)|
+struct Column {
+  I16 p, a;
+};
+LUM_INLINE Column column_of(I16 z0, I16 twice_z1, I16 twice_z2, I16 twice_z3, I16 z4) {
+  const I16 before = z0 - twice_z1, behind = z4 - twice_z3;
+  return {before + behind + twice_z2, absolute(before - behind)};
 }
 
 inline void down_column(const uint8_t* const z[5], int16_t* pv, int16_t* av3, size_t words) {
@@ -111,14 +112,15 @@ inline void down_column(const uint8_t* const z[5], int16_t* pv, int16_t* av3, si
   const uint8_t *const r0 = z[0], *const r1 = z[1], *const r2 = z[2], *const r3 = z[3],
                        *const r4 = z[4];
   for (size_t x = 0; x < words; x += kLanes / 2) {
-    const Columns z0 = load_columns(r0 + 2 * x), z1 = load_columns(r1 + 2 * x),
-                  z2 = load_columns(r2 + 2 * x), z3 = load_columns(r3 + 2 * x),
-                  z4 = load_columns(r4 + 2 * x);
-    store_columns(pv + x, {low_pass(z0.even, z1.even, z2.even, z3.even, z4.even),
-                           low_pass(z0.odd, z1.odd, z2.odd, z3.odd, z4.odd)});
-    sums.add(
-        av3, x,
-        {activity(z0.even, z1.even, z3.even, z4.even), activity(z0.odd, z1.odd, z3.odd, z4.odd)});
+    const Columns z0 = load_columns(r0 + 2 * x), z4 = load_columns(r4 + 2 * x);
+    const U8 z1 = in_register(load<U8>(r1 + 2 * x)), z2 = in_register(load<U8>(r2 + 2 * x)),
+             z3 = in_register(load<U8>(r3 + 2 * x));
+    const Column even =
+        column_of(z0.even, weighed(z1, 2, 0), weighed(z2, 2, 0), weighed(z3, 2, 0), z4.even);
+    const Column odd =
+        column_of(z0.odd, weighed(z1, 0, 2), weighed(z2, 0, 2), weighed(z3, 0, 2), z4.odd);
+    store_columns(pv + x, {even.p, odd.p});
+    sums.add(av3, x, {even.a, odd.a});
   }
   sums.finish(av3, words);
 }
@@ -132,17 +134,35 @@ LUM_INLINE I16 weighted(I16 weight, I16 a, I16 b) { return b + mul_round(b - a, 
 // (v + half) >> bits, v being a word.
 LUM_INLINE I16 rounded(I16 v, int bits) { return mul_round(v, I16(splat16(1u << (15 - bits)))); }
 
+// Counts of comparisons, in units of 1 << shift: of a step at once where any will do.
+template <int shift>
+class Count {
+ public:
+  explicit LUM_INLINE Count(int begin) : count_(I16{} + static_cast<int16_t>(begin * kStep)) {}
+  LUM_INLINE void up_where_greater(I16 a, I16 b) {
+    count_ = add_where_greater<kStep>(count_, a, b);
+  }
+  LUM_INLINE void down_where_greater(I16 a, I16 b) {
+    count_ = subtract_where_greater<kStep>(count_, a, b);
+  }
+  LUM_INLINE I16 get() const { return kAnyStep ? count_ : I16(U16(count_) << shift); }
+
+ private:
+  static constexpr int kStep = kAnyStep ? 1 << shift : 1;
+  I16 count_;
+};
+
 // 0..-4 << shift: how much smaller the first of two measures is than the second, -2 being
 // undecided. `near` and `far` reduce a measure: below near(the other) it is the smaller one, below
 // far(the other) by much.
-template <class Near, class Far>
-LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far, int shift) {
-  I16 e = I16{} - 2;
-  e = subtract_where_greater(e, second, far(first));
-  e = subtract_where_greater(e, second, near(first));
-  e = add_where_greater(e, first, near(second));
-  e = add_where_greater(e, first, far(second));
-  return I16(U16(e) << shift);
+template <int shift, class Near, class Far>
+LUM_INLINE I16 preference(I16 first, I16 second, Near near, Far far) {
+  Count<shift> e(-2);
+  e.down_where_greater(second, far(first));
+  e.down_where_greater(second, near(first));
+  e.up_where_greater(first, near(second));
+  e.up_where_greater(first, far(second));
+  return e.get();
 }
 
 // Copies of the pointers, which a store cannot change, in the kernel's own stack: of a tile, and of
@@ -177,8 +197,8 @@ void direction(const int16_t* const pv[3], const int16_t* const ah3[3], const in
     store(qv + x, mid + mid - at(p.above, x) - at(p.below, x));
     const I16 gh = at(h.above, x) + at(h.here, x) + at(h.below, x);
     const I16 gv = at(v.above, x) + at(v.here, x) + at(v.below, x);
-    store(e + x, preference(
-                     gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }, 12));
+    store(e + x, preference<12>(
+                     gh, gv, [](I16 v) { return v - (v >> 2); }, [](I16 v) { return v >> 1; }));
     if constexpr (with_activity) store(act + x, lesser(gh, gv));
   };
   for (size_t x = 0; x < words; x += kLanes / 2) {
@@ -266,8 +286,8 @@ inline void lcaa(const DemosaicTile& t) {
 // Which of two neighbouring lines to lean to, by how far their green is from the pixel's: the
 // weight of the first.
 LUM_INLINE I16 closer(I16 a, I16 c) {
-  return preference(
-      a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; }, 13);
+  return preference<13>(
+      a + 8, c + 8, [](I16 v) { return (v >> 1) + (v >> 3); }, [](I16 v) { return v >> 3; });
 }
 
 // Green of a native pixel by differences q, not limited.
@@ -290,8 +310,10 @@ LUM_INLINE I16 smooth4(I16 far1, I16 near1, I16 near2, I16 far2) {
 // How busy and nearly grey a place is, 0..-2 << 13, from its activity and its smooth differences.
 LUM_INLINE I16 calmness(I16 act, const Differences& smooth) {
   const I16 u = absolute(smooth.first) + absolute(smooth.second) + 64, quarter = u >> 2;
-  const I16 busy = subtract_where_greater(I16{}, act, quarter + (quarter >> 1));
-  return I16(U16(subtract_where_greater(busy, act, u - quarter)) << 13);
+  Count<13> busy(0);
+  busy.down_where_greater(act, quarter + (quarter >> 1));
+  busy.down_where_greater(act, u - quarter);
+  return busy.get();
 }
 
 struct SharpAndSmooth {

@@ -79,14 +79,17 @@ LUM_INLINE I16 absolute(I16 a) { return i16(_mm512_abs_epi16(m(a))); }
 LUM_INLINE U16 lesser(U16 a, U16 b) { return u16(_mm512_min_epu16(m(a), m(b))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm512_min_epi16(m(a), m(b))); }
 LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm512_max_epi16(m(a), m(b))); }
-// sum + 1, or sum - 1, in the lanes where a > b.
+// sum + step, or sum - step, in the lanes where a > b.
+constexpr bool kAnyStep = true;
+template <int step>
 LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {
   const __mmask32 greater = _mm512_cmpgt_epi16_mask(m(a), m(b));
-  return i16(_mm512_mask_add_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(1)));
+  return i16(_mm512_mask_add_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(step)));
 }
+template <int step>
 LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
   const __mmask32 greater = _mm512_cmpgt_epi16_mask(m(a), m(b));
-  return i16(_mm512_mask_sub_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(1)));
+  return i16(_mm512_mask_sub_epi16(m(sum), greater, m(sum), _mm512_set1_epi16(step)));
 }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b))); }
 LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm512_mulhi_epi16(m(a), m(b))); }
