@@ -1,6 +1,8 @@
 // SPDX-License-Identifier: MIT
 #include "row_writer.h"
 
+#include <string.h>
+
 #include "simd/isa.h"
 
 namespace lum {
@@ -23,14 +25,26 @@ size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels
 }
 
 uint8_t* StagedLines::at(uint8_t* dst, size_t bytes) {
-  if (dst != first_ + end_ || end_ + bytes > kRoom) {
+  if (dst != first_ + end_) {
     flush();
     begin_ = end_ = reinterpret_cast<uintptr_t>(dst) % kCacheLine;
     first_ = dst - begin_;
+  } else if (end_ + bytes > kRoom) {
+    flush_lines();
   }
   uint8_t* const to = bytes_ + end_;
   end_ += bytes;
   return to;
+}
+
+void StagedLines::flush_lines() {
+  const size_t whole = end_ / kCacheLine * kCacheLine;
+  if (whole == 0) return;
+  kernels_.stream(first_ + begin_, bytes_ + begin_, whole - begin_);
+  memcpy(bytes_, bytes_ + whole, end_ - whole);
+  first_ += whole;
+  end_ -= whole;
+  begin_ = 0;
 }
 
 void StagedLines::flush() {

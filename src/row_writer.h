@@ -48,8 +48,10 @@ class StagedLines {
   StagedLines(const StagedLines&) = delete;
   StagedLines& operator=(const StagedLines&) = delete;
 
-  // Where to write `bytes` for dst, at most kPiece and a few pixels.
+  // Where to write `bytes` for dst, at most 2 * kPiece.
   uint8_t* at(uint8_t* dst, size_t bytes);
+  // Copies the whole lines.
+  void flush_lines();
   // All is in memory, for other processors as well.
   void finish() {
     flush();
@@ -57,7 +59,7 @@ class StagedLines {
   }
 
  private:
-  static constexpr size_t kRoom = kCacheLine + 2 * kPiece;
+  static constexpr size_t kRoom = kCacheLine + 2 * kPiece;  // with what a line has before them
 
   void flush();
 

@@ -201,6 +201,13 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
   const auto ahead = [&](uint64_t from, uint64_t to) {
     return fetched ? static_cast<ptrdiff_t>((to - from) * src_row) : 0;
   };
+  // It is written past them, but for bytes that are mixed, which takes longer than memory does.
+  // Picked rows are streamed at once; mixed ones a few lines at a time, as mixing goes on
+  // meanwhile.
+  const bool streamed = fetched && (mode == Resampling::nearest || pixel.bytes() > 1);
+  static_assert(kTile <= 2 * StagedLines::kPiece, "room for a row of a tile");
+  constexpr size_t kMixedPiece = 1024;
+  StagedLines staged(kernels);
   for (uint32_t x = 0; x < dst_size.width; x += tile) {
     const uint32_t n = std::min(tile, dst_size.width - x);
     make_plan(plan, x, n, src_size.width, pixel, first_position(step_x), step_x, mode);
@@ -211,6 +218,7 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
     }
     TileRows rows(kernels.direct, src, src_row, src_row * src_size.height, plan, pixel, scratch);
     uint8_t* out = dst + x * pixel.bytes();
+    const size_t bytes = n * pixel.bytes();
     const auto position = [&](uint64_t y) {
       return position_of(first_position(step_y), step_y, y, src_size.height);
     };
@@ -219,7 +227,8 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
       after = position(uint64_t{y} + 1);
       if (mode == Resampling::nearest) {
         const uint8_t* const from = src + nearest(q) * src_row;
-        resample_tile(kernels.direct, out, from, src_row, plan, pixel, mode, scratch,
+        uint8_t* const to = streamed ? staged.at(out, bytes) : out;
+        resample_tile(kernels.direct, to, from, src_row, plan, pixel, mode, scratch,
                       ahead(nearest(q), nearest(after)));
         continue;
       }
@@ -227,15 +236,25 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
       const uint64_t here = q >> 16, below = next(here, src_size.height);
       if (fraction(q) == 0) {
         const uint64_t further = std::max(after >> 16, below);
-        memcpy(out, rows.row(here, ahead(here, further)), n * pixel.bytes());
+        memcpy(streamed ? staged.at(out, bytes) : out, rows.row(here, ahead(here, further)), bytes);
       } else {
         const uint8_t* const upper = rows.row(here, ahead(here, below));
         const uint64_t further = std::max(after >> 16, next(below, src_size.height));
         const uint8_t* const lower = rows.row(below, ahead(below, further));
-        mix(out, upper, lower, fraction(q), size_t{n} * pixel.channels);
+        if (!streamed) {
+          mix(out, upper, lower, fraction(q), bytes / pixel.sample_bytes);
+          continue;
+        }
+        for (size_t i = 0; i < bytes; i += kMixedPiece) {
+          const size_t piece = std::min(kMixedPiece, bytes - i);
+          mix(staged.at(out + i, piece), upper + i, lower + i, fraction(q),
+              piece / pixel.sample_bytes);
+          staged.flush_lines();
+        }
       }
     }
   }
+  if (streamed) staged.finish();
 }
 
 }  // namespace lum
