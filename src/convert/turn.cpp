@@ -1,6 +1,6 @@
 // SPDX-License-Identifier: MIT
-// Rows and columns exchanged, block by block. Small pixels, large images and rows that would push
-// one another out of the cache go by way of a stage on the stack.
+// Rows and columns exchanged, block by block. Small pixels where registers are few, and rows that
+// would push one another out of the cache, go by way of a stage on the stack.
 #include <string.h>
 
 #include <algorithm>
@@ -11,8 +11,6 @@
 namespace lum {
 namespace {
 
-// At this distance rows fall on the same lines of a first-level cache.
-constexpr ptrdiff_t kConflict = 4096;
 constexpr size_t kMostBlockBytes = 32 << 10;
 // A block that is streamed, by whether its pixels have fewer than 8 bytes.
 constexpr size_t kMostRows = 64, kMostColumns = 64, kFewColumns = 32;
@@ -47,11 +45,11 @@ class Transposer {
       most_rows = streamed_ ? 256 / size_ : 192;
       most_columns = streamed_ ? 64 : kCacheLine / size_;
     } else if (streamed_) {  // pieces of some 256 bytes to read and as many or more to write
-      most_rows = kMostRows;
+      most_rows = size_ <= 2 ? 256 / size_ : kMostRows;
       most_columns = size_ < 8 ? kMostColumns : kFewColumns;
     } else {  // whole lines down a column, and few of them
       most_rows = size_ % 4 == 0 ? 16 : size_ % 2 == 0 ? 32 : 64;
-      most_columns = std::min<size_t>(64, 256 / size_);
+      most_columns = size_ == 1 ? 256 : std::min<size_t>(64, 256 / size_);
     }
     over_blocks(image_.rows, most_rows, [&](size_t row, size_t rows) {
       over_blocks(image_.columns, most_columns, [&](size_t column, size_t columns) {
@@ -86,7 +84,7 @@ class Transposer {
     const bool partial = b.rows != rows || b.columns != columns;
     const uint8_t* src = source(b.row, b.column);
     ptrdiff_t src_stride = image_.src_stride;
-    if (partial || streamed_ || kernels_.staged || src_stride % kConflict == 0 || reads_beyond(b)) {
+    if (partial || kernels_.staged || src_stride % kConflict == 0 || reads_beyond(b)) {
       const size_t pitch = columns * size_;
       if (partial && kernels_.staged) {
         for (size_t i = 0; i < b.rows; ++i) {

@@ -7,7 +7,7 @@ namespace {
 // Pixels lie in slots of 1, 2, 4, 8 or 16 bytes. kCount rows of as
 // many columns, each piece of a vector for itself, come of interleaving row i with row
 // i + kCount / 2 until every row number has become a column number. As many vectors as small pixels
-// need do not fit the registers: half of their rounds are done on the way to a stage.
+// need do not fit 16 registers: half of their rounds are done on the way to a stage.
 template <int size>
 constexpr int kSlotBytes = size <= 2   ? size
                            : size <= 4 ? 4
@@ -32,7 +32,8 @@ struct Slots {
   static constexpr int kCount = kPieceBytes / kSlot;  // in a piece
   static constexpr int kTotal = kLanes / kSlot;       // in a vector
   // Vectors that are interleaved on the way to the stage, and from there.
-  static constexpr int kFirst = size == 1 ? 4 : size == 2 ? 2 : 1, kSecond = kCount / kFirst;
+  static constexpr int kFirst = kManyRegisters || size > 2 ? 1 : size == 1 ? 4 : 2;
+  static constexpr int kSecond = kCount / kFirst;
   using V = decltype(slot_vector<kSlot>());
 
   static constexpr LaneTable kApart =
@@ -107,6 +108,9 @@ void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t
                size_t rows, size_t columns) {
   using S = Slots<size>;
   constexpr int kApartRows = S::kCount / S::kSecond;
+  // The next line of each row, one of a vector's rows at a time. With words that gains nothing.
+  constexpr bool kFetchesSource = kManyRegisters && (size == 1 || size == 3);
+  constexpr size_t kPieces = kLanes / kPieceBytes;
   for (size_t column = 0; column < columns; column += S::kCount) {
     for (int i = 0; i < kApartRows; ++i) {
       const uint8_t* from = src + i * src_stride + column * size;
@@ -114,10 +118,19 @@ void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t
       for (size_t row = 0; row < rows; row += S::kTotal) {
         typename S::V v[S::kSecond];
         for (int j = 0; j < S::kSecond; ++j) {
-          v[j] = S::load_pixels(from + j * kApartRows * src_stride, S::kCount * src_stride);
+          const uint8_t* const p = from + j * kApartRows * src_stride;
+          if constexpr (kFetchesSource) {
+            const ptrdiff_t piece = static_cast<ptrdiff_t>(column / S::kCount % kPieces);
+            __builtin_prefetch(p + piece * S::kCount * src_stride + kCacheLine);
+          }
+          v[j] = S::load_pixels(p, S::kCount * src_stride);
         }
         interleave_all(v);
-        for (int j = 0; j < S::kSecond; ++j) S::store_pixels(to + j * dst_stride, v[j]);
+        for (int j = 0; j < S::kSecond; ++j) {
+          // Stores that overlap wait for a line longer than others.
+          if constexpr (size != S::kSlot) __builtin_prefetch(to + j * dst_stride + kCacheLine, 1);
+          S::store_pixels(to + j * dst_stride, v[j]);
+        }
         from += S::kTotal * src_stride;
         to += S::kTotal * size;
       }
@@ -130,7 +143,12 @@ struct Prefetcher {
   size_t x = 0;
   LUM_INLINE void line() {
     if (rows.count == 0) return;
-    __builtin_prefetch(rows.first + x);
+    // What would push itself out of the first-level cache goes to the second.
+    if (rows.stride % kConflict == 0) {
+      __builtin_prefetch(rows.first + x, 0, 2);
+    } else {
+      __builtin_prefetch(rows.first + x);
+    }
     x += kCacheLine;
     if (x < rows.bytes) return;
     x = 0;

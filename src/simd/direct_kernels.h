@@ -29,6 +29,8 @@ constexpr size_t kMaxPixelBytes = 16;
 // the block to a stage before; elsewhere it just copies rows of any number of bytes. Unless
 // `exact`, transpose() reads and writes up to kSpareBytes beyond each row of the block as well.
 constexpr size_t kSpareBytes = 32;
+// At multiples of this distance rows fall on the same lines of a first-level cache.
+constexpr ptrdiff_t kConflict = 4096;
 struct ByteRows {
   const uint8_t* first;
   ptrdiff_t stride;
