@@ -44,9 +44,9 @@ class Transposer {
     if (kernels_.staged) {
       most_rows = streamed_ ? 256 / size_ : 192;
       most_columns = streamed_ ? 64 : kCacheLine / size_;
-    } else if (streamed_) {  // pieces of some 256 bytes to read and as many or more to write
-      most_rows = size_ <= 2 ? 256 / size_ : kMostRows;
-      most_columns = size_ < 8 ? kMostColumns : kFewColumns;
+    } else if (streamed_) {  // pieces of two lines and more, to read and to write
+      most_rows = size_ == 1 ? 2 * kMostRows : kMostRows;
+      most_columns = size_ == 1 ? 2 * kMostColumns : size_ < 8 ? kMostColumns : kFewColumns;
     } else {  // whole lines down a column, and few of them
       most_rows = size_ % 4 == 0 ? 16 : size_ % 2 == 0 ? 32 : 64;
       most_columns = size_ == 1 ? 256 : std::min<size_t>(64, 256 / size_);
