@@ -196,6 +196,7 @@ LUM_INLINE void store_reversed(To to, const uint8_t* end) {
 }
 template <int size>
 constexpr bool kFillsVectors = kPermutesTwo || size == 3 || size == 6 || (size & (size - 1)) == 0;
+
 // From left to right, which lets the processor gather overlapping stores. `inner`: there are rows
 // before and after this one, so that bytes about it may be read and, on the right, written.
 template <class Pixels>

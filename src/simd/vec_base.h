@@ -126,18 +126,6 @@ LUM_INLINE V greater(V a, V b) {
   return a > b ? a : b;
 }
 LUM_INLINE I16 absolute(I16 a) { return greater(a, I16(-U16(a))); }
-// sum + step, or sum - step, in the lanes where a > b, by what a comparison gives.
-constexpr bool kAnyStep = false;
-template <int step>
-LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {
-  static_assert(step == 1, "others need a shift");
-  return sum - I16(a > b);
-}
-template <int step>
-LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
-  static_assert(step == 1, "others need a shift");
-  return sum + I16(a > b);
-}
 LUM_INLINE U16 mul_hi(U16 a, U16 b) {
   return each(a, b, [](uint32_t x, uint32_t y) LUM_FLAT { return x * y >> 16; });
 }

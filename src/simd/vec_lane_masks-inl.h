@@ -27,6 +27,19 @@ LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
   y = a ^ t;
 }
 
+// sum + step, or sum - step, in the lanes where a > b, by what a comparison gives.
+constexpr bool kAnyStep = false;
+template <int step>
+LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {
+  static_assert(step == 1, "others need a shift");
+  return sum - I16(a > b);
+}
+template <int step>
+LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
+  static_assert(step == 1, "others need a shift");
+  return sum + I16(a > b);
+}
+
 }  // namespace
 }  // namespace LUM_LEVEL
 }  // namespace lum

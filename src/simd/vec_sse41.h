@@ -43,18 +43,6 @@ LUM_INLINE I16 absolute(I16 a) { return i16(_mm_abs_epi16(m(a))); }
 LUM_INLINE U16 lesser(U16 a, U16 b) { return u16(_mm_min_epu16(m(a), m(b))); }
 LUM_INLINE I16 lesser(I16 a, I16 b) { return i16(_mm_min_epi16(m(a), m(b))); }
 LUM_INLINE I16 greater(I16 a, I16 b) { return i16(_mm_max_epi16(m(a), m(b))); }
-// sum + step, or sum - step, in the lanes where a > b, by what a comparison gives.
-constexpr bool kAnyStep = false;
-template <int step>
-LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {
-  static_assert(step == 1, "others need a shift");
-  return sum - I16(a > b);
-}
-template <int step>
-LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
-  static_assert(step == 1, "others need a shift");
-  return sum + I16(a > b);
-}
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm_mulhi_epu16(m(a), m(b))); }
 LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm_mulhi_epi16(m(a), m(b))); }
 // n is at most 16.
