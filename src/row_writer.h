@@ -36,12 +36,13 @@ constexpr size_t kMostToLine = kStreamedGroup + kCacheLine;
 size_t pixels_to_line(const uint8_t* dst, size_t n, const StreamedPixels& pixels);
 
 // Bytes to be written past the cache that do not yet make up whole lines. They wait in a piece of
-// stack, in the first-level cache, until bytes come that do not follow them; so the end of a row
-// and the beginning of the next are copied as whole lines. That is a row later, which is as well:
-// loads of what has just been stored in other pieces wait for all that is being streamed.
+// stack, in the first-level cache, until it is full or bytes come that do not follow them; so the
+// end of a row and the beginning of the next are copied as whole lines. That is a row later, which
+// is as well: loads of what has just been stored in other pieces wait for all that is being
+// streamed.
 class StagedLines {
  public:
-  static constexpr size_t kPiece = 4096;  // bytes that are written at once
+  static constexpr size_t kPiece = 4096;  // bytes that stream_pixels() writes at once, at most
   static constexpr size_t kBeyond = 128;  // bytes that may be written beyond them
 
   explicit StagedLines(const Kernels& kernels) : kernels_(kernels) {}
@@ -50,11 +51,13 @@ class StagedLines {
 
   // Where to write `bytes` for dst, at most 2 * kPiece.
   uint8_t* at(uint8_t* dst, size_t bytes);
-  // Copies the whole lines.
+  // Copies the whole lines; what is left of another one stays.
   void flush_lines();
   // All is in memory, for other processors as well.
   void finish() {
     flush();
+    first_ = nullptr;  // nothing follows it
+    begin_ = end_ = 0;
     kernels_.end_stream();
   }
 

@@ -80,7 +80,11 @@ TEST(DirectFlip, TurnsStreamedImages) {
                         {{512, 451}, 2, 6},
                         {{309, 337}, 3, 4},
                         {{256, 131}, 8, 7},
-                        {{131, 179}, 9, 5}}) {
+                        {{131, 179}, 9, 5},
+                        {{197, 151}, 5, 6},
+                        {{131, 149}, 12, 4},
+                        {{4096, 131}, 1, 5},
+                        {{2048, 67}, 2, 6}}) {
     const Bytes src = random_bytes(c.size.width * c.size.height * c.bytes, c.bytes);
     Bytes expected(src.size());
     reference::flip_image(expected.data(), src.data(), c.size.width, c.size.height, c.bytes,

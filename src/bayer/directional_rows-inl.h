@@ -134,7 +134,8 @@ LUM_INLINE I16 weighted(I16 weight, I16 a, I16 b) { return b + mul_round(b - a, 
 // (v + half) >> bits, v being a word.
 LUM_INLINE I16 rounded(I16 v, int bits) { return mul_round(v, I16(splat16(1u << (15 - bits)))); }
 
-// Counts of comparisons, in units of 1 << shift: of a step at once where any will do.
+// Counts of comparisons, in units of 1 << shift: in such steps where kAnyStep, else shifted when
+// all are counted.
 template <int shift>
 class Count {
  public:

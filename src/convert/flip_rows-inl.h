@@ -211,7 +211,7 @@ LUM_INLINE void reverse_row(uint8_t* dst, const uint8_t* src, size_t n, bool inn
     constexpr size_t kWhole = WholeVectors<Pixels::kSize>::kBytes;
     for (; x + kWhole <= bytes; x += kWhole) {
       const size_t ahead = x + kPrefetchDistance / 2;
-      for (size_t line = 0; line < kWhole; line += 64)
+      for (size_t line = 0; line < kWhole; line += kCacheLine)
         __builtin_prefetch(end - ahead - line + (ahead < bytes ? 0 : 2 * bytes));
       store_reversed_vectors<Pixels::kSize>(dst + x, end - x - kWhole);
     }

@@ -201,7 +201,7 @@ void resize(const Kernels& kernels, uint8_t* dst, const uint8_t* src, FrameSize 
   const auto ahead = [&](uint64_t from, uint64_t to) {
     return fetched ? static_cast<ptrdiff_t>((to - from) * src_row) : 0;
   };
-  // It is written past them, but for bytes that are mixed, which takes longer than memory does.
+  // It is written past them, but for grey bytes that are mixed, which takes longer than memory.
   // Picked rows are streamed at once; mixed ones a few lines at a time, as mixing goes on
   // meanwhile.
   const bool streamed = fetched && (mode == Resampling::nearest || pixel.bytes() > 1);

@@ -12,10 +12,19 @@ namespace lum {
 namespace {
 
 constexpr size_t kMostBlockBytes = 32 << 10;
-// A block that is streamed, by whether its pixels have fewer than 8 bytes.
-constexpr size_t kMostRows = 64, kMostColumns = 64, kFewColumns = 32;
-static_assert(kMostRows * kMostColumns * 7 <= kMostBlockBytes, "room");
-static_assert(kMostRows * kFewColumns * kMaxPixelBytes <= kMostBlockBytes, "room");
+// A block that is streamed: of fewer than 8 bytes a pixel, of more, and of bytes either way.
+constexpr size_t kMostRows = 64, kMostColumns = 64, kFewColumns = 32, kMostBytes = 128;
+// Columns of a block of bytes, of kMostRows, that is not.
+constexpr size_t kManyColumns = 256;
+constexpr size_t kMostOut = kMostBlockBytes + kMostColumns * kSpareBytes;
+constexpr bool has_room(size_t rows, size_t columns, size_t pixel_bytes) {
+  return rows * columns * pixel_bytes <= kMostBlockBytes &&
+         columns * (rows * pixel_bytes + kSpareBytes) <= kMostOut;
+}
+static_assert(has_room(kMostRows, kMostColumns, 7), "stage and result");
+static_assert(has_room(kMostRows, kFewColumns, kMaxPixelBytes), "stage and result");
+static_assert(has_room(kMostBytes, kMostBytes, 1), "stage and result");
+static_assert(has_room(kMostRows, kManyColumns, 1), "stage and result");
 
 size_t round_up(size_t n, size_t step) { return (n + step - 1) / step * step; }
 
@@ -45,11 +54,11 @@ class Transposer {
       most_rows = streamed_ ? 256 / size_ : 192;
       most_columns = streamed_ ? 64 : kCacheLine / size_;
     } else if (streamed_) {  // pieces of two lines and more, to read and to write
-      most_rows = size_ == 1 ? 2 * kMostRows : kMostRows;
-      most_columns = size_ == 1 ? 2 * kMostColumns : size_ < 8 ? kMostColumns : kFewColumns;
+      most_rows = size_ == 1 ? kMostBytes : kMostRows;
+      most_columns = size_ == 1 ? kMostBytes : size_ < 8 ? kMostColumns : kFewColumns;
     } else {  // whole lines down a column, and few of them
-      most_rows = size_ % 4 == 0 ? 16 : size_ % 2 == 0 ? 32 : 64;
-      most_columns = size_ == 1 ? 256 : std::min<size_t>(64, 256 / size_);
+      most_rows = size_ % 4 == 0 ? 16 : size_ % 2 == 0 ? 32 : kMostRows;
+      most_columns = size_ == 1 ? kManyColumns : std::min<size_t>(64, 256 / size_);
     }
     over_blocks(image_.rows, most_rows, [&](size_t row, size_t rows) {
       over_blocks(image_.columns, most_columns, [&](size_t column, size_t columns) {
@@ -145,7 +154,7 @@ class Transposer {
   const size_t size_;
   const bool streamed_;
   alignas(64) uint8_t stage_[kMostBlockBytes + kSpareBytes];
-  alignas(64) uint8_t out_[kMostBlockBytes + kMostColumns * kSpareBytes];
+  alignas(64) uint8_t out_[kMostOut];
 };
 
 }  // namespace

@@ -108,7 +108,7 @@ void transpose(uint8_t* dst, ptrdiff_t dst_stride, const uint8_t* src, ptrdiff_t
                size_t rows, size_t columns) {
   using S = Slots<size>;
   constexpr int kApartRows = S::kCount / S::kSecond;
-  // The next line of each row, one of a vector's rows at a time. With words that gains nothing.
+  // The next line of each row, one of a vector's rows at a time; other sizes gain nothing by it.
   constexpr bool kFetchesSource = kManyRegisters && (size == 1 || size == 3);
   constexpr size_t kPieces = kLanes / kPieceBytes;
   for (size_t column = 0; column < columns; column += S::kCount) {
@@ -143,7 +143,7 @@ struct Prefetcher {
   size_t x = 0;
   LUM_INLINE void line() {
     if (rows.count == 0) return;
-    // What would push itself out of the first-level cache goes to the second.
+    // Lines that would push one another out of the first-level cache go to the second.
     if (rows.stride % kConflict == 0) {
       __builtin_prefetch(rows.first + x, 0, 2);
     } else {

@@ -27,7 +27,8 @@ LUM_INLINE void cross16(const Mask& mask, U16 a, U16 b, U16& x, U16& y) {
   y = a ^ t;
 }
 
-// sum + step, or sum - step, in the lanes where a > b, by what a comparison gives.
+// sum + step, or sum - step, in the lanes where a > b. A comparison gives -1 there, so that 1 is
+// the only step that takes no other operation.
 constexpr bool kAnyStep = false;
 template <int step>
 LUM_INLINE I16 add_where_greater(I16 sum, I16 a, I16 b) {

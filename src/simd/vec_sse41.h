@@ -231,7 +231,7 @@ LUM_INLINE void store2(To p, U8 even, U8 odd) {
 // Half a vector each.
 LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(low), m(v));
-  _mm_storeh_pd(reinterpret_cast<double*>(high), _mm_castsi128_pd(m(v)));
+  _mm_storel_epi64(reinterpret_cast<__m128i*>(high), _mm_unpackhi_epi64(m(v), m(v)));
 }
 
 // Byte i of the k-th 16 bytes of c0 c1 c2 c0 c1 c2 ..., with elements of `size` bytes: which byte
