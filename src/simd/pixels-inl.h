@@ -220,27 +220,34 @@ LUM_INLINE Yuv422 to_yuv422(const Rgb8& p) {
 // From samples as they lie in a mosaic: the lanes of even and odd pixels are the pairs.
 struct YuvOfHalf {
   U16 y_times_256;
-  U8 uv;  // U and V, signed, one of each a lane
+  U8 not_uv;  // complements of U and V, signed, one of each a lane
 };
+// Weights are even, so that the complement of a sum is what is one less as well.
 LUM_INLINE YuvOfHalf to_yuv(const BlockPairs::Half& p) {
+  constexpr int kBesideGreen = 65;
   const U16 g = U16(sum_of_greens(p)) >> 1;
-  const U8 green_beside = U8(g | static_cast<uint16_t>(kBeside << 8));
+  const U8 green_beside = U8(g | static_cast<uint16_t>(kBesideGreen << 8));
   const U16 y = U16(madd(p.red_blue, red_blue_weights(p, 66, 25))) + g * multiplier(129) +
                 static_cast<uint16_t>(128 + 16 * 256);
-  static_assert(2 * kBeside == 128, "rounding of U and V");
-  const I16 u = madd(p.red_blue, red_blue_weights(p, StudioU::kRed, StudioU::kBlue)) +
-                madd(green_beside, I8(splat_pair(StudioU::kGreen, 2)));
-  const I16 v = madd(p.red_blue, red_blue_weights(p, StudioV::kRed, StudioV::kBlue)) +
-                madd(green_beside, I8(splat_pair(StudioV::kGreen, 2)));
+  static_assert(-2 * kBesideGreen == -128 - 2, "rounding of U and V, and their complements");
+  const I16 u = madd(p.red_blue, red_blue_weights(p, -StudioU::kRed, -StudioU::kBlue)) +
+                madd(green_beside, I8(splat_pair(-StudioU::kGreen, -2)));
+  const I16 v = madd(p.red_blue, red_blue_weights(p, -StudioV::kRed, -StudioV::kBlue)) +
+                madd(green_beside, I8(splat_pair(-StudioV::kGreen, -2)));
   return {y, upper_bytes(U16(u), U16(v))};
 }
-// (a + b) >> 1 of signed bytes, plus 128. Averages round up, those of complements down; that of a
-// byte plus 128 is the byte ^ 0x7F.
-LUM_INLINE U8 signed_avg_down_plus_128(U8 a, U8 b) { return ~avg_up(a ^ 0x7F, b ^ 0x7F); }
+// (A + B) >> 1 of signed bytes, plus 128, from their complements. Averages round up, those of
+// complements down; they take bytes as unsigned, which is 128 off where the signs differ.
+LUM_INLINE U8 mean_plus_128(U8 not_a, U8 not_b) {
+  if constexpr (kLogicOfThree) {
+    return avg_up(not_a, not_b) ^ ((not_a ^ not_b) & 0x80) ^ 0x7F;
+  }
+  return ~avg_up(not_a ^ 0x80, not_b ^ 0x80);
+}
 LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {
   const YuvOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
   return {upper_bytes(even.y_times_256, odd.y_times_256),
-          signed_avg_down_plus_128(even.uv, odd.uv)};
+          mean_plus_128(even.not_uv, odd.not_uv)};
 }
 
 }  // namespace

@@ -89,7 +89,7 @@ struct Uyvy {
   // Kept: chroma of a grey source is 0, not the neutral 128; receivers of these frames rely on it.
   template <class To>
   static LUM_INLINE void store_block(To p, const Gray8& v) {
-    store2(p, U8{}, v.y);
+    store_in_words<true>(p, v.y);
   }
 };
 
@@ -113,7 +113,7 @@ struct Mono16 {
   // Kept: 8-bit luminance is stored as 0..255, not scaled up to 16 bits.
   template <class To>
   static LUM_INLINE void store_block(To p, const BlockPairs& v) {
-    store2(p, luma<Luma>(v), U8{});
+    store_in_words<false>(p, luma<Luma>(v));
   }
 };
 

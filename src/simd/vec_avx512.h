@@ -93,15 +93,18 @@ LUM_INLINE I16 subtract_where_greater(I16 sum, I16 a, I16 b) {
 }
 LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b))); }
 LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm512_mulhi_epi16(m(a), m(b))); }
-// n is at most 16.
+// n is at most 16. A count in each lane is one operation; the shifts by one count for all lanes are
+// a shuffle more.
 LUM_INLINE U16 shift_left(U16 a, unsigned n) {
-  return u16(_mm512_sll_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+  return u16(_mm512_sllv_epi16(m(a), m(splat16(n))));
 }
 LUM_INLINE U16 shift_right(U16 a, unsigned n) {
-  return u16(_mm512_srl_epi16(m(a), _mm_cvtsi32_si128(static_cast<int>(n))));
+  return u16(_mm512_srlv_epi16(m(a), m(splat16(n))));
 }
-// Every count is the same. One operation, where a count in a scalar takes two on many processors.
-LUM_INLINE I32 shift_right(I32 a, I32 counts) { return a >> counts; }
+// Every count is the same.
+LUM_INLINE I32 shift_right(I32 a, I32 counts) {
+  return I32(u8(_mm512_srav_epi32(m(a), m(counts))));
+}
 
 // a0 b0 a1 b1 ... within each 128 bits: the lower eight pixels of each in lo, the upper in hi.
 LUM_INLINE Bytes2 interleave(U8 a, U8 b) {
@@ -154,21 +157,18 @@ LUM_INLINE I16 high_words(U32 even, U32 odd) {
                                       m(load<U8>(kUpperWords.v))));
 }
 // Words of the columns before: the last of the vector before and all but the last of this one; and
-// of the columns behind.
-struct Lanes16 {
-  alignas(64) uint16_t v[32];
-};
-constexpr Lanes16 words_from(int first) {
-  Lanes16 t{};
-  for (int i = 0; i < 32; ++i) t.v[i] = static_cast<uint16_t>(first + i);
-  return t;
-}
-constexpr Lanes16 kWordsBefore = words_from(31), kWordsBehind = words_from(1);
+// of the columns behind. Two permutes of bytes, as one of two vectors is three operations.
+constexpr LaneTable kWordsBefore = lane_table([](int i) { return (62 + i) % 64; });
+constexpr LaneTable kWordsBehind = lane_table([](int i) { return (2 + i) % 64; });
 LUM_INLINE I16 words_before(I16 before, I16 here) {
-  return i16(_mm512_permutex2var_epi16(m(before), _mm512_load_si512(kWordsBefore.v), m(here)));
+  const __m512i index = m(load<U8>(kWordsBefore.v));
+  const __m512i all_but_first = _mm512_permutexvar_epi8(index, m(here));
+  return i16(_mm512_mask_permutexvar_epi8(all_but_first, 3, index, m(before)));
 }
 LUM_INLINE I16 words_behind(I16 here, I16 behind) {
-  return i16(_mm512_permutex2var_epi16(m(here), _mm512_load_si512(kWordsBehind.v), m(behind)));
+  const __m512i index = m(load<U8>(kWordsBehind.v));
+  const __m512i all_but_last = _mm512_permutexvar_epi8(index, m(here));
+  return i16(_mm512_mask_permutexvar_epi8(all_but_last, __mmask64{3} << 62, index, m(behind)));
 }
 // Words of the even and of the odd bytes, limited to 0..255, to bytes.
 constexpr LaneTable kAlternating = lane_table([](int i) { return i % 16 / 2 + i % 2 * 8; });
@@ -199,18 +199,20 @@ LUM_INLINE I32 sums_of_pairs(I32 a, I32 b) {
 }
 // Bytes 1 of sums plus `added`, each 0..65535, in memory order: of four products of unsigned and
 // signed bytes, where two fit a signed word.
-// Packed to words within 128 bits, vectors 0 and 1 by turns of four words, 2 and 3 likewise:
+// Packed to words within 128 bits, vectors 0 and 1 by turns of four words, 2 and 3 likewise; the
+// upper bytes of the first words in lower bytes, beside those of the second:
 constexpr LaneTable kQuarters = lane_table([](int i) {
   const int quarter = i / 16, pixel = i % 16;
   const int word = pixel / 4 * 8 + quarter % 2 * 4 + pixel % 4;
-  return quarter / 2 * 64 + 2 * word + 1;
+  return 2 * word + quarter / 2;
 });
 LUM_INLINE U8 madd4_high(const U8 (&v)[4], I8 weights, unsigned added) {
   const __m512i sum = _mm512_set1_epi32(static_cast<int>(added));
   I32 q[4];
   for (int i = 0; i < 4; ++i) q[i] = I32(u8(_mm512_dpbusd_epi32(sum, m(v[i]), m(U8(weights)))));
   const U16 first = pack_sat_unsigned(q[0], q[1]), second = pack_sat_unsigned(q[2], q[3]);
-  return u8(_mm512_permutex2var_epi8(m(first), m(load<U8>(kQuarters.v)), m(second)));
+  const __m512i upper = _mm512_mask_mov_epi8(m(second), 0x5555555555555555, m(first >> 8));
+  return permute(u8(upper), kQuarters);
 }
 
 // The order of the two bytes of a word, as data.
@@ -348,14 +350,20 @@ LUM_INLINE Wide zip(U16 a, U16 b) {
   const Bytes2 pairs = pairs_in_memory_order(m(v.lo), m(v.hi));
   return {U16(pairs.lo), U16(pairs.hi)};
 }
-// A byte permute of two vectors has longer to go than zip()'s shuffles, but there are half as many:
-// what pays after arithmetic.
-template <int from>
-constexpr LaneTable kZipped = lane_table([](int i) { return from + i / 2 + i % 2 * 64; });
 template <class To>
 LUM_INLINE void store2(To p, U8 even, U8 odd) {
-  store(p, u8(_mm512_permutex2var_epi8(m(even), m(load<U8>(kZipped<0>.v)), m(odd))));
-  store(p + 64, u8(_mm512_permutex2var_epi8(m(even), m(load<U8>(kZipped<32>.v)), m(odd))));
+  store(p, zip(even, odd));
+}
+// Bytes 0 (upper: 1) of words whose others are 0, in memory order.
+template <bool upper>
+constexpr LaneTable kWidened = lane_table([](int i) { return i % 2 == upper ? i / 2 : 0; });
+template <bool upper, class To>
+LUM_INLINE void store_in_words(To p, U8 v) {
+  constexpr __mmask64 kBytes = upper ? 0xAAAAAAAAAAAAAAAA : 0x5555555555555555;
+  const __m512i index = m(load<U8>(kWidened<upper>.v));
+  const __m512i half = _mm512_set1_epi8(32);
+  store(p, u8(_mm512_maskz_permutexvar_epi8(kBytes, index, m(v))));
+  store(p + 64, u8(_mm512_maskz_permutexvar_epi8(kBytes, _mm512_add_epi8(index, half), m(v))));
 }
 
 // Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes fill three vectors. Since 3

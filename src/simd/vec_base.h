@@ -305,6 +305,11 @@ LUM_INLINE void store3(uint8_t* p, U16 c0, U16 c1, U16 c2) {
 LUM_INLINE Bytes2 zip(U8 a, U8 b) { return interleave(a, b); }
 LUM_INLINE Wide zip(U16 a, U16 b) { return {zip_low(a, b), zip_high(a, b)}; }
 LUM_INLINE void store2(uint8_t* p, U8 even, U8 odd) { store(p, zip(even, odd)); }
+// Bytes 0 (upper: 1) of words whose others are 0, in memory order.
+template <bool upper>
+LUM_INLINE void store_in_words(uint8_t* p, U8 v) {
+  store2(p, upper ? U8{} : v, upper ? v : U8{});
+}
 // Half a vector each.
 LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
   const uint64_t first = U64(v)[0], second = U64(v)[1];

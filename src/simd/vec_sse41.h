@@ -227,6 +227,11 @@ template <class To>
 LUM_INLINE void store2(To p, U8 even, U8 odd) {
   store(p, zip(even, odd));
 }
+// Bytes 0 (upper: 1) of words whose others are 0, in memory order.
+template <bool upper, class To>
+LUM_INLINE void store_in_words(To p, U8 v) {
+  store2(p, upper ? U8{} : v, upper ? v : U8{});
+}
 
 // Half a vector each.
 LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {

@@ -25,6 +25,7 @@ namespace {
 // names in the compiler's header; one that is missing here does not compile.
 typedef uint8_t EmulatedBytes __attribute__((vector_size(64)));
 typedef int16_t EmulatedWords __attribute__((vector_size(64)));
+typedef int32_t EmulatedDwords __attribute__((vector_size(64)));
 typedef uint64_t EmulatedQwords __attribute__((vector_size(64)));
 
 // Masked accesses touch the bytes that the mask chooses and no other.
@@ -53,6 +54,11 @@ inline __mmask32 _mm512_cmpgt_epi16_mask(__m512i a, __m512i b) {
 }
 inline __m512i _mm512_mask_sub_epi16(__m512i otherwise, __mmask32 mask, __m512i a, __m512i b) {
   return _mm512_mask_mov_epi16(otherwise, mask, _mm512_sub_epi16(a, b));
+}
+// Of counts below 32.
+inline __m512i _mm512_srav_epi32(__m512i a, __m512i counts) {
+  return reinterpret_cast<__m512i>(reinterpret_cast<EmulatedDwords>(a) >>
+                                   reinterpret_cast<EmulatedDwords>(counts));
 }
 inline __m512i _mm512_madd_epi16(__m512i a, __m512i b) { return simde_mm512_madd_epi16(a, b); }
 inline __m512i _mm512_mulhi_epu16(__m512i a, __m512i b) {
