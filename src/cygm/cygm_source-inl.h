@@ -33,7 +33,8 @@ struct Cygm {
 
  private:
   struct Terms {
-    I16 y, cr64, cb64;
+    U16 y256;  // with a fraction
+    I16 cr64, cb64;
   };
 
   // 64 times a quarter, truncated toward zero, of a sixteenth of v, a multiple of 16. To negative v
@@ -42,9 +43,10 @@ struct Cygm {
   static LUM_INLINE I16 quarter64(I16 v) { return (v + I16(U16(v) >> 10)) & ~63; }
 
   static LUM_INLINE Terms terms(U8 a, U8 b, I8 yellow_minus_cyan, I8 magenta_minus_green) {
-    const I8 ones = I8(splat8(1));
+    const I8 quarter256 = I8(splat8(64));
     const I16 da = madd(a, yellow_minus_cyan), db = madd(b, magenta_minus_green);
-    return {(madd(a, ones) + madd(b, ones)) >> 2, quarter64(db + da), quarter64(db - da)};
+    return {U16(madd(a, quarter256)) + U16(madd(b, quarter256)), quarter64(db + da),
+            quarter64(db - da)};
   }
 
   LUM_INLINE Rgb8 colours(U8 a0, U8 a1, U8 b0, U8 b1) const {
@@ -54,16 +56,40 @@ struct Cygm {
         terms(a0, b0, second_minus_first, magenta_first ? first_minus_second : second_minus_first);
     const Terms odd =
         terms(a1, b1, first_minus_second, magenta_first ? second_minus_first : first_minus_second);
-    const Words2 y = interleave(even.y, odd.y);
     const Words2 even_c = interleave(even.cr64, even.cb64), odd_c = interleave(odd.cr64, odd.cb64);
-    const auto colour = [&](int from_cr, int from_cb) {
-      const I16 weights = I16(splat_words(from_cr, from_cb));
-      const auto half = [&](I16 e, I16 o) {
-        return high_words(U32(madd(e, weights)), U32(madd(o, weights)));
-      };
-      return pack_sat(y.lo + half(even_c.lo, odd_c.lo), y.hi + half(even_c.hi, odd_c.hi));
-    };
-    return {colour(2165, 344), colour(-917, -1078), colour(-959, 4645)};
+    if constexpr (kAddsProducts) {
+      const auto even_y = upper_halves(even.y256), odd_y = upper_halves(odd.y256);
+      return each_colour([&](I16 weights) {
+        const auto half = [&](I16 e, I16 o, U32 e_y, U32 o_y) {
+          return high_words(add_madd(e_y, e, weights), add_madd(o_y, o, weights));
+        };
+        return pack_sat(half(even_c.lo, odd_c.lo, even_y.lo, odd_y.lo),
+                        half(even_c.hi, odd_c.hi, even_y.hi, odd_y.hi));
+      });
+    } else {
+      const Words2 y = interleave(I16(even.y256 >> 8), I16(odd.y256 >> 8));
+      return each_colour([&](I16 weights) {
+        const auto half = [&](I16 e, I16 o) {
+          return high_words(U32(madd(e, weights)), U32(madd(o, weights)));
+        };
+        return pack_sat(y.lo + half(even_c.lo, odd_c.lo), y.hi + half(even_c.hi, odd_c.hi));
+      });
+    }
+  }
+  // Whole Y as the upper half of 32-bit lanes, in the order of interleave().
+  static LUM_INLINE Dwords2 upper_halves(U16 y256) {
+    return {U32(pick_bytes(U8(y256), load<U8>(kUpperHalves<0>.v))),
+            U32(pick_bytes(U8(y256), load<U8>(kUpperHalves<8>.v)))};
+  }
+  template <int from>
+  static constexpr LaneTable kUpperHalves =
+      lane_table([](int i) { return i % 4 == 2 ? from + i % 16 / 4 * 2 + 1 : 0x80; });
+
+  // Of weights of Cr and Cb.
+  template <class Colour>
+  static LUM_INLINE Rgb8 each_colour(Colour colour) {
+    return {colour(I16(splat_words(2165, 344))), colour(I16(splat_words(-917, -1078))),
+            colour(I16(splat_words(-959, 4645)))};
   }
 
   bool magenta_first;

@@ -118,8 +118,8 @@ LUM_INLINE I16 splat_last(I16 v) { return I16{} + v[kLanes / 2 - 1]; }
 
 // Whether a dozen weights and as many samples stay in registers together.
 constexpr bool kManyRegisters = kLanes == 64;
-// Whether any logic of three vectors is one operation.
-constexpr bool kLogicOfThree = kLanes == 64;
+// Whether any logic of three vectors is one operation, and add_madd().
+constexpr bool kLogicOfThree = kLanes == 64, kAddsProducts = kLanes == 64;
 
 // A value that the compiler knows nothing about but that it is in a register.
 template <class V>
