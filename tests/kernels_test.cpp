@@ -510,7 +510,8 @@ TEST_P(LevelTest, LuminanceOfEveryColour) {
   }
 }
 
-// Every Y, U and V of studio range, by either standard: the kernels compute in 16 bits.
+// Every Y, U and V of studio range, by either standard: kernels compute in 16 bits, or add up
+// products with offsets taken together.
 TEST_P(LevelTest, StudioRangeOfEveryColour) {
   constexpr int32_t kFactors[][4] = {{409, -100, -208, 516}, {459, -55, -136, 541}};
   constexpr size_t kPixels = 65536;

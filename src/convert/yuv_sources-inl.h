@@ -106,14 +106,66 @@ class StudioRange {
   Factor red_, green_u_, green_v_, blue_;
 };
 
-// A layout gives half a block as U Y V Y ..., as words of a pixel's Y above its U or V, or its luma
-// alone; its pair_chroma() has a word of U and V for each pair of a block: even words for the first
-// half of the block, odd words for the second, so that words_twice() gives them in memory order.
+// The same where products are added to sums in one operation: as exact sums of 32 bits, of words of
+// 256 (x - 128), so that the upper halves of the sums are the colours.
+class StudioProducts {
+ public:
+  // A pixel in each 32-bit lane.
+  struct Pixels {
+    I16 yu, yv;
+  };
+  explicit StudioProducts(const RowArgs& args)
+      : red_(weights(args.matrix[0])),
+        green_u_(weights(args.matrix[1])),
+        green_v_(I16(splat_words(0, args.matrix[2]))),
+        blue_(weights(args.matrix[3])) {}
+
+  // Words of pixels of the first and of the second by turns.
+  LUM_INLINE RgbWords to_rgb(const Pixels& first, const Pixels& second) const {
+    return {high_words(sum(first.yv, red_), sum(second.yv, red_)),
+            high_words(add_madd(sum(first.yu, green_u_), first.yv, green_v_),
+                       add_madd(sum(second.yu, green_u_), second.yv, green_v_)),
+            high_words(sum(first.yu, blue_), sum(second.yu, blue_))};
+  }
+
+ private:
+  static constexpr int kLuma = 298;
+  static I16 weights(int32_t of_chroma) { return I16(splat_words(kLuma, of_chroma)); }
+  static LUM_INLINE U32 sum(I16 samples, I16 weights) {
+    return add_madd(U32{} + 256u * (kLuma * (128 - 16) + 128), samples, weights);
+  }
+
+  I16 red_, green_u_, green_v_, blue_;
+};
+
+// Of pixels first, first + step ...: words of Y and of what `chroma` finds.
+template <class Layout, int bytes, int first, int step, int (*chroma)(int)>
+struct YAndChroma {
+  static constexpr int kBytes = bytes;
+  static constexpr int low(int) { return -1; }
+  static constexpr int high(int i) {
+    const int pixel = first + i / 2 * step;
+    return i % 2 == 0 ? Layout::y_byte(pixel) : chroma(pixel);
+  }
+};
+template <class Layout, int bytes, int first, int step>
+LUM_INLINE StudioProducts::Pixels load_products(const uint8_t* p) {
+  return {load_flipped_words(p, YAndChroma<Layout, bytes, first, step, Layout::u_byte>{}),
+          load_flipped_words(p, YAndChroma<Layout, bytes, first, step, Layout::v_byte>{})};
+}
+
+// A layout tells at which bytes the samples of a pixel are. It gives half a block as U Y V Y ...,
+// as words of a pixel's Y above its U or V, or its luma alone; its pair_chroma() has a word of U
+// and V for each pair of a block: even words for the first half of the block, odd words for the
+// second, so that words_twice() gives them in memory order.
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
+  static constexpr int y_byte(int i) { return i / 4 * 6 + 1 + i % 4 + i % 4 / 2; }
+  static constexpr int u_byte(int i) { return i / 4 * 6; }
+  static constexpr int v_byte(int i) { return u_byte(i) + 3; }
   struct Y {
-    static constexpr int low(int i) { return i / 4 * 6 + 1 + i % 4 + i % 4 / 2; }
+    static constexpr int low(int i) { return y_byte(i); }
     static constexpr int high(int) { return -1; }
   };
   // U and V of a pair in one word, which is the pair's first or its second.
@@ -146,6 +198,9 @@ struct Yuv411Layout {
 
 // U Y0 V Y1: as words, chroma below Y.
 struct Yuv422Layout {
+  static constexpr int y_byte(int i) { return i * 2 + 1; }
+  static constexpr int u_byte(int i) { return i / 2 * 4; }
+  static constexpr int v_byte(int i) { return u_byte(i) + 2; }
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 4;
   static constexpr int kHalf = kLanes;
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
@@ -230,6 +285,26 @@ struct StudioYuvSource {
   StudioRange range;
 };
 
+template <class Layout>
+struct StudioProductsSource {
+  static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit StudioProductsSource(const RowArgs& args) : range(args) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const RgbWords lo = half(a), hi = half(a + Layout::kHalf);
+    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+  }
+
+ private:
+  LUM_INLINE RgbWords half(const uint8_t* p) const {
+    return range.to_rgb(load_products<Layout, Layout::kHalf, 0, 2>(p),
+                        load_products<Layout, Layout::kHalf, 1, 2>(p));
+  }
+
+  StudioProducts range;
+};
+
 // Y alone, which is BT.601 luminance already.
 template <class Layout>
 struct YuvLuma {
@@ -287,6 +362,37 @@ struct StudioYuv444 {
 
  private:
   StudioRange range;
+};
+
+struct Yuv444Layout {
+  static constexpr int y_byte(int i) { return 3 * i + 1; }
+  static constexpr int u_byte(int i) { return 3 * i; }
+  static constexpr int v_byte(int i) { return 3 * i + 2; }
+};
+template <class Layout>
+struct StudioProducts444 {
+  static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
+  static constexpr int kRows = 1;
+  static constexpr bool kEdge = false, kPadded = false;
+  explicit StudioProducts444(const RowArgs& args) : range(args) {}
+  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+    const RgbWords lo = range.to_rgb(quarter(a, 0), quarter(a, 1));
+    const RgbWords hi = range.to_rgb(quarter(a, 2), quarter(a, 3));
+    return {bytes(lo.r, hi.r), bytes(lo.g, hi.g), bytes(lo.b, hi.b)};
+  }
+
+ private:
+  // V, which is I16, so that only a level that narrows so looks for it.
+  template <class V>
+  static LUM_INLINE U8 bytes(V lo, V hi) {
+    return narrow_by_turns(lo, hi);
+  }
+  static LUM_INLINE StudioProducts::Pixels quarter(const uint8_t* p, int i) {
+    constexpr int kQuarter = kLanes / 4 * 3;
+    return load_products<Layout, kQuarter, 0, 1>(p + i * kQuarter);
+  }
+
+  StudioProducts range;
 };
 
 struct Yuv444Luma : Yuv444 {

@@ -82,8 +82,9 @@ struct Cygm {
             U32(pick_bytes(U8(y256), load<U8>(kUpperHalves<8>.v)))};
   }
   template <int from>
-  static constexpr LaneTable kUpperHalves =
-      lane_table([](int i) { return i % 4 == 2 ? from + i % 16 / 4 * 2 + 1 : 0x80; });
+  static constexpr LaneTable kUpperHalves = lane_table([](int i) {
+    return i % 4 == 2 ? from + i % 16 / 4 * 2 + 1 : 0x80;
+  });
 
   // Of weights of Cr and Cb.
   template <class Colour>

@@ -39,6 +39,8 @@ constexpr void add_split(DirectKernels& k) {
   if constexpr (kStreams) k.streamed_split[kSample][channels - 2] = streamed_split<V, channels>;
 }
 
+template <class Layout>
+using StudioSource = Either<kAddsProducts, StudioProductsSource<Layout>, StudioYuvSource<Layout>>;
 template <class From>
 constexpr void add_studio(DirectKernels& k, int layout) {
   k.studio_to_bgr24[layout] = row<From, Packed24<true>>;
@@ -67,9 +69,9 @@ constexpr void add_resampling(DirectKernels& k) {
 
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
-  add_studio<StudioYuvSource<Yuv411Layout>>(k, 0);
-  add_studio<StudioYuvSource<Yuv422Layout>>(k, 1);
-  add_studio<StudioYuv444>(k, 2);
+  add_studio<StudioSource<Yuv411Layout>>(k, 0);
+  add_studio<StudioSource<Yuv422Layout>>(k, 1);
+  add_studio<Either<kAddsProducts, StudioProducts444<Yuv444Layout>, StudioYuv444>>(k, 2);
 
   k.gray_to_studio = row<StudioGray, Mono8<Rec601>>;
   if constexpr (kStreams) k.streamed_gray_to_studio = streamed_row<StudioGray, Mono8<Rec601>>;

@@ -58,6 +58,10 @@ template <class Layout>
 constexpr Cut kCut<YuvSource<Layout>> = Cut::behind_load;
 template <class Layout>
 constexpr Cut kCut<StudioYuvSource<Layout>> = Cut::behind_block;
+template <class Layout>
+constexpr Cut kCut<StudioProductsSource<Layout>> = Cut::behind_block;
+template <class Layout>
+constexpr Cut kCut<StudioProducts444<Layout>> = Cut::behind_block;
 template <>
 constexpr Cut kCut<Yuv444> = Cut::behind_load;
 template <>

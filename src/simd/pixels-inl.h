@@ -246,8 +246,7 @@ LUM_INLINE U8 mean_plus_128(U8 not_a, U8 not_b) {
 }
 LUM_INLINE Yuv422 to_yuv422(const BlockPairs& p) {
   const YuvOfHalf even = to_yuv(p.even), odd = to_yuv(p.odd);
-  return {upper_bytes(even.y_times_256, odd.y_times_256),
-          mean_plus_128(even.not_uv, odd.not_uv)};
+  return {upper_bytes(even.y_times_256, odd.y_times_256), mean_plus_128(even.not_uv, odd.not_uv)};
 }
 
 }  // namespace

@@ -95,9 +95,7 @@ LUM_INLINE U16 mul_hi(U16 a, U16 b) { return u16(_mm512_mulhi_epu16(m(a), m(b)))
 LUM_INLINE I16 mul_hi(I16 a, I16 b) { return i16(_mm512_mulhi_epi16(m(a), m(b))); }
 // n is at most 16. A count in each lane is one operation; the shifts by one count for all lanes are
 // a shuffle more.
-LUM_INLINE U16 shift_left(U16 a, unsigned n) {
-  return u16(_mm512_sllv_epi16(m(a), m(splat16(n))));
-}
+LUM_INLINE U16 shift_left(U16 a, unsigned n) { return u16(_mm512_sllv_epi16(m(a), m(splat16(n)))); }
 LUM_INLINE U16 shift_right(U16 a, unsigned n) {
   return u16(_mm512_srlv_epi16(m(a), m(splat16(n))));
 }
@@ -185,6 +183,14 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
 constexpr LaneTable kQuartersOfHalf =
     lane_table([](int i) { return i % 8 / 2 * 16 + i / 32 * 8 + i % 32 / 8 * 2 + i % 2; });
 LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return permute(pack_sat(lo, hi), kQuartersOfHalf); }
+// The same from words of which lo has those of the first two vectors, by turns, and hi the others.
+constexpr LaneTable kQuartersByTurns = lane_table([](int i) {
+  const int quarter = i / 16, lane = i % 16;
+  return lane / 4 * 16 + quarter / 2 * 8 + lane % 4 * 2 + quarter % 2;
+});
+LUM_INLINE U8 narrow_by_turns(I16 lo, I16 hi) {
+  return permute(pack_sat(lo, hi), kQuartersByTurns);
+}
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
@@ -312,6 +318,14 @@ template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
                                            m(load<U8>(kWordsOf3<Formula>.v)), m(load48(p))));
+}
+// The same of bytes with their highest bits flipped, from Formula::kBytes of them.
+template <class Formula>
+LUM_INLINE I16 load_flipped_words(const uint8_t* p, Formula) {
+  const U8 bytes = (Formula::kBytes == kLanes ? load<U8>(p) : load48(p)) ^ 0x80;
+  static_assert(Formula::kBytes == kLanes || Formula::kBytes == 48, "what is loaded");
+  return i16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
+                                           m(load<U8>(kWordsOf3<Formula>.v)), m(bytes)));
 }
 // The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
 template <class Formula>

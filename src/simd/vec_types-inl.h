@@ -121,6 +121,18 @@ constexpr bool kManyRegisters = kLanes == 64;
 // Whether any logic of three vectors is one operation, and add_madd().
 constexpr bool kLogicOfThree = kLanes == 64, kAddsProducts = kLanes == 64;
 
+// One of two types.
+template <bool first, class A, class B>
+struct EitherOf {
+  using Type = A;
+};
+template <class A, class B>
+struct EitherOf<false, A, B> {
+  using Type = B;
+};
+template <bool first, class A, class B>
+using Either = typename EitherOf<first, A, B>::Type;
+
 // A value that the compiler knows nothing about but that it is in a register.
 template <class V>
 LUM_INLINE V in_register(V v) {
