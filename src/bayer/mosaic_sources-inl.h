@@ -145,6 +145,13 @@ struct Mosaic16Triples : Mosaic16 {
   static LUM_INLINE I16 as_signed(U16 v) { return I16(of_12_bits ? v : v ^ 0x8000); }
 
   static LUM_INLINE typename Triples::Half half(U16 own0, U16 own1, U16 other0, U16 other1) {
+    if constexpr (kLogicOfThree && !of_12_bits) {
+      // The complement of the mean: averages round up.
+      const U16 not_green = avg_up(not_alternate(own1, own0), not_alternate(other0, other1));
+      const I16 flips = I16(splat_words(0x8000, 0x7FFF));
+      return {I16(alternate(own0, U16(U32(not_green) << 16))) ^ flips,
+              high_words(U32(own1), U32(not_green)) ^ flips, as_signed(other0)};
+    }
     const U16 green = mean(alternate(own1, own0), alternate(other0, other1));
     return {as_signed(alternate(own0, U16(U32(green) << 16))),
             as_signed(U16(high_words(U32(own1), U32(green)))), as_signed(other0)};

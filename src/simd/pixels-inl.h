@@ -162,8 +162,7 @@ LUM_INLINE U16 luma(const BlockTriples<false>::Half& p, bool blue_first) {
   const I16 any_third = I16(splat_words(0, blue_first ? Luma::kRed : Luma::kBlue));
   static_assert(Luma::kRed + Luma::kGreen + Luma::kBlue == 256, "what is less goes back at once");
   const U32 sum = add_madd(U32{} + (256u * 32768 + Luma::kRound), p.third, any_third);
-  return alternate(U16(add_madd(sum, p.even, first_green) >> 8),
-                   U16(add_madd(sum, p.odd, first_green) << 8));
+  return middle_words(add_madd(sum, p.even, first_green), add_madd(sum, p.odd, first_green));
 }
 template <class Luma>
 LUM_INLINE Wide luma(const BlockTriples<false>& p) {

@@ -111,6 +111,10 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0x
 LUM_INLINE U16 alternate(U16 even, U16 odd) {
   return u16(_mm256_blend_epi16(m(U8(even)), m(U8(odd)), 0xAA));
 }
+// The complement of that.
+LUM_INLINE U16 not_alternate(U16 even, U16 odd) { return ~alternate(even, odd); }
+// Bits 8 to 23 of the lanes of both, as words: even's, odd's, even's ...
+LUM_INLINE U16 middle_words(U32 even, U32 odd) { return alternate(U16(even >> 8), U16(odd << 8)); }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) {
   return i16(_mm256_blend_epi16(m(U8(even >> 16)), m(U8(odd)), 0xAA));

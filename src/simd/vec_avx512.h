@@ -148,6 +148,18 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) {
 LUM_INLINE U16 alternate(U16 even, U16 odd) {
   return u16(_mm512_mask_blend_epi16(0xAAAAAAAA, m(U8(even)), m(U8(odd))));
 }
+// The complement of that.
+LUM_INLINE U16 not_alternate(U16 even, U16 odd) {
+  constexpr int kNotChosen = 0x1B;  // ~(third ? first : second)
+  return u16(_mm512_ternarylogic_epi32(m(even), m(odd), _mm512_set1_epi32(0xFFFF), kNotChosen));
+}
+// Bits 8 to 23 of the lanes of both, as words: even's, odd's, even's ...
+constexpr LaneTable kMiddleWords = lane_table([](int i) { return i % 16 / 4 * 4 + 1 + i % 2; });
+LUM_INLINE U16 middle_words(U32 even, U32 odd) {
+  const __m512i index = m(load<U8>(kMiddleWords.v));
+  return u16(_mm512_mask_shuffle_epi8(_mm512_shuffle_epi8(m(U8(odd)), index), 0x3333333333333333,
+                                      m(U8(even)), index));
+}
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 constexpr LaneTable kUpperWords = lane_table([](int i) { return i % 16 | 2; });
 LUM_INLINE I16 high_words(U32 even, U32 odd) {

@@ -186,6 +186,10 @@ LUM_INLINE U8 upper_bytes(U16 even, U16 odd) { return U8((even >> 8) | (odd & 0x
 LUM_INLINE U16 alternate(U16 even, U16 odd) {
   return U16((U32(even) & 0x0000FFFFu) | (U32(odd) & 0xFFFF0000u));
 }
+// The complement of that.
+LUM_INLINE U16 not_alternate(U16 even, U16 odd) { return ~alternate(even, odd); }
+// Bits 8 to 23 of the lanes of both, as words: even's, odd's, even's ...
+LUM_INLINE U16 middle_words(U32 even, U32 odd) { return alternate(U16(even >> 8), U16(odd << 8)); }
 // Bits 16 to 31 of the lanes of both, as words: even's, odd's, even's ...
 LUM_INLINE I16 high_words(U32 even, U32 odd) { return I16((even >> 16) | (odd & 0xFFFF0000u)); }
 // Words of the columns before: the last of the vector before and all but the last of this one; and
