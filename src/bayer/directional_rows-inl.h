@@ -90,9 +90,10 @@ inline void along_row(const uint8_t* z, int16_t* qh, int16_t* ah3, size_t words)
         qh + x,
         {weighed(m4, 0, -1) + weighed(m2, 4, -7) + weighed(here, 8, -7) + weighed(p2, 4, -1),
          weighed(m2, -1, 4) + weighed(here, -7, 8) + weighed(p2, -7, 4) + weighed(p4, -1, 0)});
-    sums.add(ah3, x,
-             {absolute(weighed(m2, 1, -2) + weighed(here, 0, 2) + weighed(p2, -1, 0)),
-              absolute(weighed(m2, 0, 1) + weighed(here, -2, 0) + weighed(p2, 2, -1))});
+    const I16 before_even = weighed(m2, 1, -2), behind_odd = weighed(p2, -2, 1),
+              before_odd = weighed(load<U8>(p - 1), 1, -2),
+              behind_even = weighed(load<U8>(p + 1), -2, 1);
+    sums.add(ah3, x, {absolute(before_even - behind_even), absolute(before_odd - behind_odd)});
   }
   sums.finish(ah3, words);
 }
