@@ -2,6 +2,7 @@
 #include "guard.h"
 
 #include <algorithm>
+#include <memory>
 
 namespace lum::bench {
 namespace {
@@ -30,8 +31,12 @@ std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vecto
   const double longest = kLongest * options.min_seconds;
   std::vector<double> least(levels.size(), 1e9);
   std::vector<Slower> found;
+  std::vector<std::unique_ptr<Buffers>> elsewhere;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
-    const RowResult result = measure(row, size, levels, {}, buffers, options);
+    // None is freed before: its memory would be what the next ones get.
+    if (attempt > 0) elsewhere.push_back(std::make_unique<Buffers>(size, buffers.pairs()));
+    const Buffers& used = elsewhere.empty() ? buffers : *elsewhere.back();
+    const RowResult result = measure(row, size, levels, {}, used, options);
     for (size_t i = 0; i < levels.size(); ++i) {
       least[i] = std::min(least[i], result.levels[i].minimum);
     }

@@ -15,8 +15,9 @@ struct Slower {
 };
 
 // The levels, narrowest first, that take more than 3 % longer than one before them. What looks so
-// is measured again a few times, longer each time, and all minima count: other programs on the
-// machine make a time longer, never shorter. Levels with the same kernel come out equal.
+// is measured again a few times, longer each time and on other buffers, and all minima count: other
+// programs on the machine make a time longer, never shorter, and which lines of the caches a buffer
+// has is chance. Levels with the same kernel come out equal.
 std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vector<Level>& levels,
                                 const Buffers& buffers, MeasureOptions options);
 

@@ -173,7 +173,7 @@ def operations(units, level):
     lines = [[f"`{name}`", f"{c.port_0:g}", f"{c.port_5:g}", f"{c.either:g}",
               f"{c.least_cycles():g}" if two_ports else "", f"{c.loads:g}", f"{c.stores:g}",
               f"{c.scalar:g}"] for name, c in counts(units, level)]
-    head = ["Kernel", "multiplications, shifts", "shuffles", "other",
+    head = ["Kernel", "shifts, minima, means", "shuffles, comparisons", "other",
             "cycles on two ports" if two_ports else "", "loads", "stores", "not vectors"]
     return lines and table(head, lines, range(1, len(head)))
 
@@ -187,12 +187,12 @@ def all_operations(units):
     return ["### What the loops do",
             "Counted in the compiled kernels, for 64 pixels, or columns of a step of the "
             "interpolating demosaics. Of 512-bit operations a core with two ports for them begins "
-            "two in a cycle: multiplications and shifts on the one only, shuffles and comparisons "
-            "on the other only, so the fifth column is what they take at least. One with four "
-            "pipes (Zen 5) begins four, of each of the two kinds up to two: half as many cycles "
-            "at least. A load that is not aligned to 64 bytes counts twice for the two that a "
-            "core does in a cycle. Both arms "
-            "of a branch are counted.", *parts]
+            "two in a cycle: shifts, minima, absolute values and means on the one only, shuffles "
+            "and comparisons on the other only, multiplications, sums, logic and blends on "
+            "either, so the fifth column is what they take at least. A permute of bytes or words "
+            "of two vectors is two shuffles and one more. A load that is not aligned to 64 bytes "
+            "counts twice for the two that a core does in a cycle. Both arms of a branch are "
+            "counted.", *parts]
 
 
 def page(results, plots, units):
