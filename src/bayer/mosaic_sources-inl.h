@@ -146,7 +146,7 @@ struct Mosaic16Triples : Mosaic16 {
 
   static LUM_INLINE typename Triples::Half half(U16 own0, U16 own1, U16 other0, U16 other1) {
     if constexpr (kLogicOfThree && !of_12_bits) {
-      // The complement of the mean: averages round up.
+      // Averages round up, those of complements down, and blends complement at no cost.
       const U16 not_green = avg_up(not_alternate(own1, own0), not_alternate(other0, other1));
       const I16 flips = I16(splat_words(0x8000, 0x7FFF));
       return {I16(alternate(own0, U16(U32(not_green) << 16))) ^ flips,

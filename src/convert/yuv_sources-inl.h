@@ -131,6 +131,7 @@ class StudioProducts {
  private:
   static constexpr int kLuma = 298;
   static I16 weights(int32_t of_chroma) { return I16(splat_words(kLuma, of_chroma)); }
+  // With the rounding, and the luma that Y less 128 leaves out.
   static LUM_INLINE U32 sum(I16 samples, I16 weights) {
     return add_madd(U32{} + 256u * (kLuma * (128 - 16) + 128), samples, weights);
   }

@@ -33,7 +33,7 @@ struct Cygm {
 
  private:
   struct Terms {
-    U16 y256;  // with a fraction
+    U16 y256;  // 256 times the quarter, of which Y is the whole part
     I16 cr64, cb64;
   };
 

@@ -221,7 +221,8 @@ struct YuvOfHalf {
   U16 y_times_256;
   U8 not_uv;  // complements of U and V, signed, one of each a lane
 };
-// Weights are even, so that the complement of a sum is what is one less as well.
+// Weights are even, and so are the sums: the upper byte of -sum - 2 is that of -sum - 1, the
+// complement.
 LUM_INLINE YuvOfHalf to_yuv(const BlockPairs::Half& p) {
   constexpr int kBesideGreen = 65;
   const U16 g = U16(sum_of_greens(p)) >> 1;
