@@ -22,9 +22,9 @@ struct Mosaic8Binned {
         far_red(args.above),
         blue_row(args.below),
         far_blue(args.below2) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
     const Words lo = half(a), hi = half(a + kLanes);
-    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+    return {of_halves(lo.r, hi.r), of_halves(lo.g, hi.g), of_halves(lo.b, hi.b)};
   }
 
  private:

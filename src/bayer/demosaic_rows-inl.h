@@ -164,9 +164,10 @@ struct PairedChroma {
         to_other(args.pitch),
         green_first((args.column & 1) != 0),
         own_is_blue(args.own_is_blue != 0) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfParities block(const uint8_t* a, const uint8_t*) const {
     const Colours c = green_first ? colours<true>(a) : colours<false>(a);
-    return own_is_blue ? Rgb8{c.other, c.green, c.own} : Rgb8{c.own, c.green, c.other};
+    if (own_is_blue) return {c.other, c.green, c.own};
+    return {c.own, c.green, c.other};
   }
 
  private:
@@ -192,11 +193,11 @@ struct PairedChroma {
     const I16 native_green = native + d1, green_own = green - d1;
     const I16 native_other = native_green - d2, green_other = green - d2;
     if (green_first_) {
-      return {alternate_sat(green_own, native), alternate_sat(green, native_green),
-              alternate_sat(green_other, native_other)};
+      return {of_parities(green_own, native), of_parities(green, native_green),
+              of_parities(green_other, native_other)};
     }
-    return {alternate_sat(native, green_own), alternate_sat(native_green, green),
-            alternate_sat(native_other, green_other)};
+    return {of_parities(native, green_own), of_parities(native_green, green),
+            of_parities(native_other, green_other)};
   }
 
   ptrdiff_t sums[4], to_other;

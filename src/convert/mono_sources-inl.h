@@ -56,12 +56,12 @@ struct Mono16Tinted {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit Mono16Tinted(const RowArgs&) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
     const U16 lo = load<U16>(a), hi = load<U16>(a + kLanes);  // as little-endian words: L is on top
     const U16 grey_lo = lo & 255, grey_hi = hi & 255;
-    return {narrow(I16(grey_lo + (lo >> 15)), I16(grey_hi + (hi >> 15))),
-            narrow(I16(grey_lo), I16(grey_hi)),
-            narrow(I16(grey_lo + ((lo >> 14) & 1)), I16(grey_hi + ((hi >> 14) & 1)))};
+    return {of_halves(I16(grey_lo + (lo >> 15)), I16(grey_hi + (hi >> 15))),
+            of_halves(I16(grey_lo), I16(grey_hi)),
+            of_halves(I16(grey_lo + ((lo >> 14) & 1)), I16(grey_hi + ((hi >> 14) & 1)))};
   }
 };
 

@@ -248,7 +248,7 @@ struct YuvSource {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit YuvSource(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t* b) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t* b) const {
     return pixels(load_block(a, b));
   }
   struct Loaded {
@@ -258,11 +258,11 @@ struct YuvSource {
   LUM_INLINE Loaded load_block(const uint8_t* a, const uint8_t*) const {
     return {Layout::pair_chroma(a), Layout::luma_words(a), Layout::luma_words(a + Layout::kHalf)};
   }
-  LUM_INLINE Rgb8 pixels(const Loaded& v) const {
+  LUM_INLINE RgbOfHalves pixels(const Loaded& v) const {
     const auto pairs = range.chroma(v.pair_chroma);
     const RgbWords lo = range.to_rgb(v.luma_lo, pairs.template twice<false>());
     const RgbWords hi = range.to_rgb(v.luma_hi, pairs.template twice<true>());
-    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+    return {of_halves(lo.r, hi.r), of_halves(lo.g, hi.g), of_halves(lo.b, hi.b)};
   }
 
  private:
@@ -275,11 +275,11 @@ struct StudioYuvSource {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit StudioYuvSource(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
     const uint8_t* const second = a + Layout::kHalf;
     const RgbWords lo = range.to_rgb(Layout::uy(a), Layout::vy(a));
     const RgbWords hi = range.to_rgb(Layout::uy(second), Layout::vy(second));
-    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+    return {of_halves(lo.r, hi.r), of_halves(lo.g, hi.g), of_halves(lo.b, hi.b)};
   }
 
  private:
@@ -292,9 +292,9 @@ struct StudioProductsSource {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit StudioProductsSource(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
     const RgbWords lo = half(a), hi = half(a + Layout::kHalf);
-    return {narrow(lo.r, hi.r), narrow(lo.g, hi.g), narrow(lo.b, hi.b)};
+    return {of_halves(lo.r, hi.r), of_halves(lo.g, hi.g), of_halves(lo.b, hi.b)};
   }
 
  private:
@@ -370,24 +370,27 @@ struct Yuv444Layout {
   static constexpr int u_byte(int i) { return 3 * i; }
   static constexpr int v_byte(int i) { return 3 * i + 2; }
 };
+// Packed of words of four vectors, by turns of the first two and of the others.
+struct QuartersByTurns {
+  static constexpr bool kWithinPieces = false;
+  static constexpr int byte(int i) {
+    const int quarter = i / 16, lane = i % 16;
+    return lane / 4 * 16 + quarter / 2 * 8 + lane % 4 * 2 + quarter % 2;
+  }
+};
 template <class Layout>
 struct StudioProducts444 {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 3;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit StudioProducts444(const RowArgs& args) : range(args) {}
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE Disordered<QuartersByTurns> block(const uint8_t* a, const uint8_t*) const {
     const RgbWords lo = range.to_rgb(quarter(a, 0), quarter(a, 1));
     const RgbWords hi = range.to_rgb(quarter(a, 2), quarter(a, 3));
-    return {bytes(lo.r, hi.r), bytes(lo.g, hi.g), bytes(lo.b, hi.b)};
+    return {pack_sat(lo.r, hi.r), pack_sat(lo.g, hi.g), pack_sat(lo.b, hi.b)};
   }
 
  private:
-  // V, which is I16, so that only a level that narrows so looks for it.
-  template <class V>
-  static LUM_INLINE U8 bytes(V lo, V hi) {
-    return narrow_by_turns(lo, hi);
-  }
   static LUM_INLINE StudioProducts::Pixels quarter(const uint8_t* p, int i) {
     constexpr int kQuarter = kLanes / 4 * 3;
     return load_products<Layout, kQuarter, 0, 1>(p + i * kQuarter);

@@ -62,14 +62,14 @@ struct CygmWindow {
       above_below[i] = I16(splat_words(w[0], w[2]));
     }
   }
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfParities block(const uint8_t* a, const uint8_t*) const {
     const CygmLine up(a + above), mid(a), down(a + below);
     const Words even =
         colours(cygm_luma8(up.s_even, mid.s_even, down.s_even), up.d_even, mid.d_even, down.d_even);
     const Words odd =
         colours(cygm_luma8(up.s_odd, mid.s_odd, down.s_odd), up.d_odd, mid.d_odd, down.d_odd);
-    return {alternate_sat(even.c[0], odd.c[0]), alternate_sat(even.c[1], odd.c[1]),
-            alternate_sat(even.c[2], odd.c[2])};
+    return {of_parities(even.c[0], odd.c[0]), of_parities(even.c[1], odd.c[1]),
+            of_parities(even.c[2], odd.c[2])};
   }
 
  private:
@@ -125,9 +125,9 @@ struct CygmBinned {
       beyond[i] = I16(splat_words(w[3], 0));
     }
   }
-  LUM_INLINE Rgb8 block(const uint8_t* a, const uint8_t*) const {
+  LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
     const Words lo = half(a), hi = half(a + kLanes);
-    return {narrow(lo.c[0], hi.c[0]), narrow(lo.c[1], hi.c[1]), narrow(lo.c[2], hi.c[2])};
+    return {of_halves(lo.c[0], hi.c[0]), of_halves(lo.c[1], hi.c[1]), of_halves(lo.c[2], hi.c[2])};
   }
 
  private:

@@ -17,6 +17,41 @@ struct Rgb8 {
 struct Rgb16 {
   Wide r, g, b;
 };
+// Colours where packing of words leaves them within 128 bits: pixel i in byte Order::byte(i). Where
+// a permute reaches all bytes, that of a sink that has one anyway puts them straight.
+template <class Order>
+struct Disordered {
+  U8 r, g, b;
+};
+// Packed of words of the lower and of the upper pixels, or of the even and of the odd ones.
+struct InHalves {
+  static constexpr bool kWithinPieces = false;
+  static constexpr int byte(int i) { return i % 32 / 8 * 16 + i / 32 * 8 + i % 8; }
+};
+struct ByParity {
+  static constexpr bool kWithinPieces = true;
+  static constexpr int byte(int i) { return i / 16 * 16 + i % 2 * 8 + i % 16 / 2; }
+};
+constexpr bool kPermutesAll = kSpanBytes == kLanes && kLanes > 16;
+using RgbOfHalves = Either<kPermutesAll, Disordered<InHalves>, Rgb8>;
+using RgbOfParities = Either<kPermutesAll, Disordered<ByParity>, Rgb8>;
+// Their bytes, limited to 0..255.
+LUM_INLINE U8 of_halves(I16 lo, I16 hi) { return kPermutesAll ? pack_sat(lo, hi) : narrow(lo, hi); }
+LUM_INLINE U8 of_parities(I16 even, I16 odd) {
+  return kPermutesAll ? pack_sat(even, odd) : alternate_sat(even, odd);
+}
+template <class Order>
+constexpr LaneTable kInOrder = lane_table([](int i) { return Order::byte(i); });
+template <class Order, class V>
+LUM_INLINE V in_order(V v, Order) {
+  if constexpr (Order::kWithinPieces) return pick_bytes(v, load<V>(kInOrder<Order>.v));
+  return permute(v, kInOrder<Order>);
+}
+template <class Order>
+LUM_INLINE Rgb8 in_order(const Disordered<Order>& v) {
+  return {in_order(v.r, Order()), in_order(v.g, Order()), in_order(v.b, Order())};
+}
+
 // Four vectors of kLanes / 4 pixels of four bytes each, in memory order (bgr tells which); the
 // fourth byte is alpha, or green once more.
 template <bool bgr, bool has_alpha>
@@ -104,6 +139,11 @@ LUM_INLINE I8 red_blue_weights_in_register(const BlockPairs::Half& p, int red, i
 }
 LUM_INLINE I16 sum_of_greens(const BlockPairs::Half& p) {
   return madd(p.greens, I8(in_register(splat8(1))));
+}
+
+template <class Luma, class Order>
+LUM_INLINE U8 luma(const Disordered<Order>& p) {
+  return in_order(luma<Luma>(Rgb8{p.r, p.g, p.b}), Order());
 }
 
 // The same from samples as they lie in a mosaic: no shuffle is needed, as even and odd pixels end

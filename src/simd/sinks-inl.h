@@ -34,6 +34,10 @@ struct Packed24 {
   static LUM_INLINE void store_block(To p, const Rgb8& v) {
     store3(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
   }
+  template <class To, class Order>
+  static LUM_INLINE void store_block(To p, const Disordered<Order>& v) {
+    store3(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b, Order());
+  }
   template <class To, bool source_bgr, bool alpha>
   static LUM_INLINE void store_block(To p, const Pixels4<source_bgr, alpha>& v) {
     compress3_all<bgr != source_bgr>(p, v.quarter);
@@ -52,6 +56,10 @@ struct Packed32 {
   static LUM_INLINE void store_block(uint8_t* p, const Gray8& v) { store4_keep(p, v.y, v.y, v.y); }
   static LUM_INLINE void store_block(uint8_t* p, const Rgb8& v) {
     store4_keep(p, bgr ? v.b : v.r, v.g, bgr ? v.r : v.b);
+  }
+  template <class Order>
+  static LUM_INLINE void store_block(uint8_t* p, const Disordered<Order>& v) {
+    store_block(p, in_order(v));
   }
   template <class To, bool source_bgr, bool alpha>
   static LUM_INLINE void store_block(To p, const Pixels4<source_bgr, alpha>& v) {
@@ -73,6 +81,10 @@ struct Uyvy {
   template <class To>
   static LUM_INLINE void store_block(To p, const Rgb8& v) {
     store_block(p, to_yuv422(v));
+  }
+  template <class To, class Order>
+  static LUM_INLINE void store_block(To p, const Disordered<Order>& v) {
+    store_block(p, in_order(v));
   }
   template <class To>
   static LUM_INLINE void store_block(To p, const BlockPairs& v) {

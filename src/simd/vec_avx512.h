@@ -195,14 +195,6 @@ LUM_INLINE U8 narrow(I16 lo, I16 hi) {
 constexpr LaneTable kQuartersOfHalf =
     lane_table([](int i) { return i % 8 / 2 * 16 + i / 32 * 8 + i % 32 / 8 * 2 + i % 2; });
 LUM_INLINE U8 narrow_quarters(I16 lo, I16 hi) { return permute(pack_sat(lo, hi), kQuartersOfHalf); }
-// The same from words of which lo has those of the first two vectors, by turns, and hi the others.
-constexpr LaneTable kQuartersByTurns = lane_table([](int i) {
-  const int quarter = i / 16, lane = i % 16;
-  return lane / 4 * 16 + quarter / 2 * 8 + lane % 4 * 2 + quarter % 2;
-});
-LUM_INLINE U8 narrow_by_turns(I16 lo, I16 hi) {
-  return permute(pack_sat(lo, hi), kQuartersByTurns);
-}
 // 32-bit lanes in memory order, each 0..65535, to words.
 LUM_INLINE U16 narrow(U32 lo, U32 hi) {
   return u16(_mm512_permutexvar_epi64(_mm512_setr_epi64(0, 2, 4, 6, 1, 3, 5, 7),
@@ -409,6 +401,10 @@ constexpr uint64_t channel_mask(int size, int k, int c) {
 }
 template <int size, int c>
 constexpr LaneTable kSpread3 = lane_table([](int i) { return spread3_index(size, c, i); });
+template <class Order, int c>
+constexpr LaneTable kSpread3Of = lane_table([](int i) {
+  return Order::byte(spread3_index(1, c, i));
+});
 template <int size, int k>
 constexpr LaneTable kTriplicate = lane_table([](int i) {
   return (64 * k + i) / size / 3 * size + i % size;
@@ -442,15 +438,24 @@ LUM_INLINE Words3 load3_words(const uint8_t* p) {
   return {U16(v.c0), U16(v.c1), U16(v.c2)};
 }
 
-template <class To, class V>
-LUM_INLINE void store3(To p, V first, V second, V third) {
-  constexpr int size = kElementBytes<V>;
-  const U8 c0 = permute(U8(first), kSpread3<size, 0>);
-  const U8 c1 = permute(U8(second), kSpread3<size, 1>);
-  const U8 c2 = permute(U8(third), kSpread3<size, 2>);
+template <int size, class To>
+LUM_INLINE void store3_spread(To p, U8 c0, U8 c1, U8 c2) {
   store(p, blend3<size, 0>(c0, c1, c2));
   store(p + 64, blend3<size, 1>(c0, c1, c2));
   store(p + 128, blend3<size, 2>(c0, c1, c2));
+}
+template <class To, class V>
+LUM_INLINE void store3(To p, V first, V second, V third) {
+  constexpr int size = kElementBytes<V>;
+  store3_spread<size>(p, permute(U8(first), kSpread3<size, 0>),
+                      permute(U8(second), kSpread3<size, 1>),
+                      permute(U8(third), kSpread3<size, 2>));
+}
+// Of bytes that lie where Order tells.
+template <class To, class Order>
+LUM_INLINE void store3(To p, U8 first, U8 second, U8 third, Order) {
+  store3_spread<1>(p, permute(first, kSpread3Of<Order, 0>), permute(second, kSpread3Of<Order, 1>),
+                   permute(third, kSpread3Of<Order, 2>));
 }
 template <class To, class V>
 LUM_INLINE void store3_same(To p, V same) {
