@@ -33,7 +33,8 @@ constexpr int kTrialRounds = 5;
 constexpr double kHopelessLoop = 1.25, kHopelessPeer = 2;
 // A peer that is this much slower than the fastest level, with calls this long, does not start.
 constexpr double kTooSlow = 6, kLongCall = 20e-3;
-// Contenders with long calls rest after this time and the trial rounds.
+// Contenders with long calls rest after this time and the trial rounds, or after all the time that
+// there is, if that is more.
 constexpr double kEnough = 0.5;
 constexpr int kLeastRounds = 12;
 // The minima stand still when the last third of the rounds lowered none of them by more.
@@ -78,16 +79,17 @@ class Race {
   }
 
   void run(double min_seconds) {
+    const double most = kPatience * min_seconds, enough = std::max(kEnough, most);
     for (int round = 0;; ++round) {
       double least = 1e9;
       for (Contender& c : contenders_) {
         if (!c.racing) continue;
-        if (round <= kTrialRounds || c.seconds < kEnough) turn(c);
+        if (round <= kTrialRounds || c.seconds < enough) turn(c);
         least = std::min(least, c.seconds);
       }
       if (round == kTrialRounds) drop_hopeless();
       if (round + 1 < kLeastRounds || least < min_seconds) continue;
-      if (still() || least > kPatience * min_seconds) return;
+      if (still() || least >= most) return;
     }
   }
 
