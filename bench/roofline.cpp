@@ -12,7 +12,7 @@
 namespace lum::bench {
 namespace {
 
-constexpr size_t kPrefetchDistance = 2048;
+constexpr size_t kNear = 2048, kFar = 8192;  // to what is prefetched, in bytes
 
 enum class Stores { plain, streamed, three_of_four };
 

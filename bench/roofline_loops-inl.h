@@ -21,19 +21,19 @@ LUM_ROOF_TARGET inline __attribute__((always_inline)) void put(uint8_t* to, cons
   }
 }
 
-template <unsigned R, unsigned W, Stores kStores, bool kPrefetch>
+template <unsigned R, unsigned W, Stores kStores, size_t kAhead>
 LUM_ROOF_TARGET void steps(uint8_t* dst, const uint8_t* src, size_t count) {
   _Pragma("GCC unroll 4") for (size_t step = 0; step < count; ++step) {
     V in[R];
     _Pragma("GCC unroll 8") for (unsigned r = 0; r < R; ++r) {
-      if constexpr (kPrefetch) __builtin_prefetch(src + r * sizeof(V) + kPrefetchDistance);
+      if constexpr (kAhead > 0) __builtin_prefetch(src + r * sizeof(V) + kAhead);
       __builtin_memcpy(&in[r], src + r * sizeof(V), sizeof(V));
       asm("" : "+x"(in[r]));  // so that the loop does not become a call of memcpy
     }
     _Pragma("GCC unroll 8") for (unsigned w = 0; w < W; ++w) {
       // Streamed stores go past the caches; to fetch what they overwrite would double the traffic.
-      if constexpr (kPrefetch && kStores != Stores::streamed) {
-        __builtin_prefetch(dst + w * sizeof(V) + kPrefetchDistance, 1);
+      if constexpr (kAhead > 0 && kStores != Stores::streamed) {
+        __builtin_prefetch(dst + w * sizeof(V) + kAhead, 1);
       }
       V out = in[w % R];
       _Pragma("GCC unroll 8") for (unsigned r = w + W; r < R; r += W) out ^= in[r];
@@ -44,10 +44,10 @@ LUM_ROOF_TARGET void steps(uint8_t* dst, const uint8_t* src, size_t count) {
   }
 }
 
-template <unsigned R, unsigned W, Stores kStores, bool kPrefetch>
+template <unsigned R, unsigned W, Stores kStores, size_t kAhead>
 void loop(uint8_t* dst, const uint8_t* src, const Traffic& traffic) {
   const size_t count = traffic.read / (R * sizeof(V));
-  steps<R, W, kStores, kPrefetch>(dst, src, count);
+  steps<R, W, kStores, kAhead>(dst, src, count);
   finish({dst, src}, traffic, count * R * sizeof(V), count * W * sizeof(V));
 }
 
@@ -56,15 +56,16 @@ void add_ratio(std::vector<Loop>& loops, const Traffic& t, const std::string& na
   if (t.read * W != t.written * R) return;
   if constexpr (W % 2 == 0) {  // the ratios of 32-bit destinations
     if (t.keeps_fourth) {
-      loops.push_back({name, loop<R, W, Stores::three_of_four, false>});
-      loops.push_back({name + " prefetched", loop<R, W, Stores::three_of_four, true>});
+      loops.push_back({name, loop<R, W, Stores::three_of_four, 0>});
+      loops.push_back({name + " prefetched", loop<R, W, Stores::three_of_four, kNear>});
       return;
     }
   }
-  loops.push_back({name, loop<R, W, Stores::plain, false>});
-  loops.push_back({name + " prefetched", loop<R, W, Stores::plain, true>});
+  loops.push_back({name, loop<R, W, Stores::plain, 0>});
+  loops.push_back({name + " prefetched", loop<R, W, Stores::plain, kNear>});
   if (kStreams && !t.in_place) {
-    loops.push_back({name + " streamed", loop<R, W, Stores::streamed, true>});
+    loops.push_back({name + " streamed", loop<R, W, Stores::streamed, kNear>});
+    loops.push_back({name + " streamed far", loop<R, W, Stores::streamed, kFar>});
   }
 }
 

@@ -128,6 +128,7 @@ Reduction reduce_mono16(Sink sink, uint32_t shift, uint32_t big_endian) {
 void convert_mosaic8(const Kernels& kernels, const MosaicFrame& f, Source mosaic, RowArgs args) {
   const size_t pixels = size_t{f.width} * f.height;
   RowWriter write(kernels, mosaic, f.sink, pixels, pixels);
+  if (write.streams()) args.ahead_of_a = args.ahead_of_b = kernels.streamed_ahead;
   args.column = f.red.column;
   const uint8_t* const second = f.src + f.width;
   const bool red_above = red_in_row(f, 0);

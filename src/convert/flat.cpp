@@ -31,6 +31,7 @@ void convert_flat(const Kernels& kernels, Source source, Sink sink, uint8_t* dst
     kernel(dst, src, nullptr, count, args);
   } else if (kernel != nullptr) {
     RowWriter write(kernels, source, sink, read, count);
+    if (write.streams()) args.ahead_of_a = kernels.streamed_ahead;
     write(dst, src, nullptr, count, args);
   } else {
     copy_block(dst, src, read);

@@ -169,6 +169,8 @@ constexpr Kernels make_kernels() {
   add_packed<Source::mosaic8_beside_words, BesideDeep<Mosaic8, WordsTo8>>(k);
   add_mono16<Source::mosaic16_beside_words, BesideDeep<Mosaic16Triples<false>, WordsTo16>>(k);
   add_packed48<Source::mosaic16_beside_words, BesideDeep<Mosaic16, WordsTo16>>(k);
+  // Where a vector is a line: two pages on, whose addresses are then known when they are read.
+  k.streamed_ahead = kLanes == kCacheLine ? 4 * kPrefetchDistance : kPrefetchDistance;
   k.least_beside_deep = kManyRegisters ? 640 : SIZE_MAX;  // registers for both
 
   add_packed<Source::mono8, Mono8Source, false>(k);

@@ -305,6 +305,8 @@ struct Kernels {
   // Mosaics beside deep samples, to pixels of three bytes and more: the least width from which they
   // are faster even where nothing waits for memory.
   size_t least_beside_deep;
+  // From what streamed rows of a flat source or of a mosaic of bytes read to what they prefetch.
+  ptrdiff_t streamed_ahead;
   // Conversions that read and write more bytes are streamed; 0: more than kept_in_cache().
   size_t stream_above;
 
