@@ -178,11 +178,13 @@ std::vector<Conversion> frame_conversions() {
            }});
     }
   }
-  list.push_back(
-      {"grey to I420", 1, 2,
-       [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {
-         image_to_i420(k, LumPixelLayoutMono, dst, src, width, height);
-       }});
+  for (uint32_t layout = 0; layout <= LumPixelLayoutYUV444; ++layout) {
+    Source source;
+    if (!i420_source(layout, &source)) continue;
+    list.push_back({std::string(kSources[static_cast<size_t>(source)].name) + " to I420", 4, 2,
+                    [=](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width,
+                        uint32_t height) { image_to_i420(k, layout, dst, src, width, height); }});
+  }
   list.push_back(
       {"interlaced to progressive", 3, 3,
        [](const Kernels& k, uint8_t* dst, const uint8_t* src, uint32_t width, uint32_t height) {

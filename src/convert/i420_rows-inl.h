@@ -176,6 +176,43 @@ void i420(const I420Rows& rows, size_t n) {
   });
 }
 
+// Past the cache, a line of each output at a time: see PastCache. n is a multiple of
+// kStreamedI420.
+template <class Source>
+void streamed_i420(const I420Rows& rows, size_t n) {
+  static_assert(kStreamedI420 == 2 * kCacheLine, "a line of U");
+  const I420Rows r = rows;  // which no store can change
+  constexpr size_t kIn = source_bytes<Source>(kLanes), kBlocks = kStreamedI420 / kLanes;
+  for (size_t x = 0; x < n; x += kStreamedI420) {
+    const size_t at = source_bytes<Source>(x);
+    const ptrdiff_t ahead =
+        ahead_in_rows(at, source_bytes<Source>(n), 2, distance(r.src[0], r.src[1]));
+    const uint8_t *upper = r.src[0] + at, *lower = r.src[1] + at;
+    for (size_t line = 0; line < kBlocks * kIn; line += 64) {
+      prefetch_read(upper + line, ahead);
+      prefetch_read(lower + line, ahead);
+    }
+    using Block = decltype(Source::block(upper));
+    decltype(luma_of(Block())) y[kBlocks];
+    decltype(Source::chroma(Block(), Block())) uv[kBlocks];
+    for (size_t k = 0; k < kBlocks; ++k, upper += kIn, lower += kIn) {
+      const Block above = Source::block(upper), below = Source::block(lower);
+      store(PastCache{r.y[0] + x + k * kLanes}, luma_of(above));
+      y[k] = luma_of(below);
+      uv[k] = Source::chroma(above, below);
+    }
+    for (size_t k = 0; k < kBlocks; ++k) store(PastCache{r.y[1] + x + k * kLanes}, y[k]);
+    Bytes2 together[kBlocks / 2];
+    for (size_t k = 0; k < kBlocks / 2; ++k) {
+      together[k] = halves_together(uv[2 * k], uv[2 * k + 1]);
+      store(PastCache{r.u + x / 2 + k * kLanes}, together[k].lo);
+    }
+    for (size_t k = 0; k < kBlocks / 2; ++k) {
+      store(PastCache{r.v + x / 2 + k * kLanes}, together[k].hi);
+    }
+  }
+}
+
 }  // namespace
 }  // namespace LUM_LEVEL
 }  // namespace lum

@@ -53,6 +53,63 @@ void fill_plane(const Kernels& kernels, uint8_t* dst, uint8_t value, size_t byte
   kernels.end_stream();
 }
 
+// A frame of colours, and its planes.
+struct I420Frame {
+  uint8_t *y, *u, *v;
+  const uint8_t* src;
+  Source source;
+  uint32_t width, height;
+
+  // Two rows, from column x on.
+  I420Rows rows(uint32_t row, uint32_t x) const {
+    const size_t src_row = row_bytes(source, width);
+    const uint8_t* const from = src + row * src_row + row_bytes(source, x);
+    uint8_t* const to = y + size_t{row} * width + x;
+    const size_t chroma = size_t{row / 2} * (width / 2) + x / 2;
+    return {{from, from + src_row}, {to, to + width}, u + chroma, v + chroma};
+  }
+};
+
+// Past the cache, where rows do not begin with lines. The two rows of Y follow one another, and are
+// staged as one as long as they fit.
+void stage_i420(const Kernels& kernels, uint32_t layout, const I420Frame& frame) {
+  constexpr uint32_t kPiece = StagedLines::kPiece;
+  StagedLines y(kernels), lower_y(kernels), u(kernels), v(kernels);
+  for (uint32_t row = 0; row < frame.height; row += 2) {
+    for (uint32_t x = 0; x < frame.width; x += kPiece) {
+      const uint32_t n = std::min(frame.width - x, kPiece);
+      I420Rows rows = frame.rows(row, x);
+      if (n == frame.width) {
+        rows.y[0] = y.at(rows.y[0], size_t{n} * 2);
+        rows.y[1] = rows.y[0] + n;
+      } else {
+        rows.y[0] = y.at(rows.y[0], n);
+        rows.y[1] = lower_y.at(rows.y[1], n);
+      }
+      rows.u = u.at(rows.u, n / 2);
+      rows.v = v.at(rows.v, n / 2);
+      kernels.direct.i420[layout](rows, n);
+    }
+  }
+  for (StagedLines* const staged : {&y, &lower_y, &u, &v}) staged->finish();
+}
+
+void colours_to_i420(const Kernels& kernels, uint32_t layout, const I420Frame& frame) {
+  const size_t y_bytes = size_t{frame.width} * frame.height;
+  const size_t moved = row_bytes(frame.source, y_bytes) + y_bytes + y_bytes / 2;
+  const auto streamed = kernels.direct.streamed_i420[layout];
+  const bool streams = streamed != nullptr && is_streamed(kernels, moved);
+  const bool lines =
+      frame.width % kStreamedI420 == 0 && reinterpret_cast<uintptr_t>(frame.y) % kCacheLine == 0;
+  if (streams && !lines) {
+    stage_i420(kernels, layout, frame);
+    return;
+  }
+  const auto convert = streams ? streamed : kernels.direct.i420[layout];
+  for (uint32_t row = 0; row < frame.height; row += 2) convert(frame.rows(row, 0), frame.width);
+  if (streams) kernels.end_stream();
+}
+
 }  // namespace
 
 void yuv_to_bgr(const Kernels& kernels, Source source, YuvEncoding encoding, uint8_t* dst,
@@ -110,8 +167,7 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
                    uint32_t width, uint32_t height) {
   Source source;
   if (!i420_source(layout, &source)) return;
-  const size_t src_row = row_bytes(source, width);
-  const size_t y_bytes = size_t{width} * height, chroma_row = width / 2;
+  const size_t y_bytes = size_t{width} * height;
   uint8_t* const u = dst + y_bytes;
   uint8_t* const v = u + y_bytes / 4;
   if (source == Source::mono8) {
@@ -128,16 +184,7 @@ void image_to_i420(const Kernels& kernels, uint32_t layout, uint8_t* dst, const 
     fill_plane(kernels, u, 128, y_bytes / 2, beside_y + y_bytes);
     return;
   }
-  for (size_t pair = 0; pair < height / 2; ++pair) {
-    I420Rows rows;
-    for (size_t i = 0; i < 2; ++i) {
-      rows.src[i] = src + (2 * pair + i) * src_row;
-      rows.y[i] = dst + (2 * pair + i) * width;
-    }
-    rows.u = u + pair * chroma_row;
-    rows.v = v + pair * chroma_row;
-    kernels.direct.i420[layout](rows, width);
-  }
+  colours_to_i420(kernels, layout, I420Frame{dst, u, v, src, source, width, height});
 }
 
 void packed_to_planar(const Kernels& kernels, uint8_t* const* planes, const uint8_t* src,

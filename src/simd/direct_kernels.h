@@ -21,6 +21,7 @@ struct I420Rows {
 constexpr size_t kBlockSamples = 64;
 constexpr size_t kCacheLine = 64;
 constexpr size_t kStreamedGroup = 64;  // as many pixels of any size are whole lines
+constexpr size_t kStreamedI420 = 128;  // as many pixels are whole lines of U and V
 constexpr size_t kMaxChannels = 4;
 constexpr size_t kMaxPixelBytes = 16;
 
@@ -76,6 +77,8 @@ struct DirectKernels {
 
   // By LumPixelLayout; null for those that cannot go there and for grey, of which a row makes Y.
   void (*i420[11])(const I420Rows& rows, size_t n);
+  // The same past the cache, kStreamedI420 pixels or a multiple; every output begins with a line.
+  void (*streamed_i420[11])(const I420Rows& rows, size_t n);
   Row gray_to_studio;
   StreamedRow streamed_gray_to_studio;
 

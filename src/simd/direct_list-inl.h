@@ -67,6 +67,19 @@ constexpr void add_resampling(DirectKernels& k) {
   add_steps<U32, kMaxChannels>(k);
 }
 
+// Past the cache by levels whose arithmetic is fast enough for memory to be the limit.
+template <class From>
+constexpr bool kStreamsI420 = kLanes == 64;
+template <class Layout>
+constexpr bool kStreamsI420<YuvTo420<Layout>> = true;
+template <>
+constexpr bool kStreamsI420<Yuv444To420> = true;
+template <class From>
+constexpr void add_i420(DirectKernels& k, size_t layout) {
+  k.i420[layout] = i420<From>;
+  if constexpr (kStreams && kStreamsI420<From>) k.streamed_i420[layout] = streamed_i420<From>;
+}
+
 constexpr DirectKernels make_direct_kernels() {
   DirectKernels k{};
   add_studio<StudioSource<Yuv411Layout>>(k, 0);
@@ -75,13 +88,13 @@ constexpr DirectKernels make_direct_kernels() {
 
   k.gray_to_studio = row<StudioGray, Mono8<Rec601>>;
   if constexpr (kStreams) k.streamed_gray_to_studio = streamed_row<StudioGray, Mono8<Rec601>>;
-  k.i420[4] = i420<Rgb24To420<false>>;
-  k.i420[5] = i420<Rgb24To420<true>>;
-  k.i420[6] = i420<Rgba32To420<false>>;
-  k.i420[7] = i420<Rgba32To420<true>>;
-  k.i420[8] = i420<YuvTo420<Yuv411Layout>>;
-  k.i420[9] = i420<YuvTo420<Yuv422Layout>>;
-  k.i420[10] = i420<Yuv444To420>;
+  add_i420<Rgb24To420<false>>(k, 4);
+  add_i420<Rgb24To420<true>>(k, 5);
+  add_i420<Rgba32To420<false>>(k, 6);
+  add_i420<Rgba32To420<true>>(k, 7);
+  add_i420<YuvTo420<Yuv411Layout>>(k, 8);
+  add_i420<YuvTo420<Yuv422Layout>>(k, 9);
+  add_i420<Yuv444To420>(k, 10);
 
   add_split<U8, 2>(k);
   add_split<U8, 3>(k);

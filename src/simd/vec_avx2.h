@@ -32,6 +32,11 @@ LUM_INLINE U8 u8(__m256i v) { return reinterpret_cast<U8>(v); }
 LUM_INLINE U16 u16(__m256i v) { return reinterpret_cast<U16>(v); }
 LUM_INLINE I16 i16(__m256i v) { return reinterpret_cast<I16>(v); }
 
+// The lower halves of both, and the upper ones.
+LUM_INLINE Bytes2 halves_together(U8 a, U8 b) {
+  return {u8(_mm256_permute2x128_si256(m(a), m(b), 0x20)),
+          u8(_mm256_permute2x128_si256(m(a), m(b), 0x31))};
+}
 LUM_INLINE U8 shuffle(U8 v, const LaneTable& t) {
   return u8(_mm256_shuffle_epi8(m(v), m(load<U8>(t.v))));
 }

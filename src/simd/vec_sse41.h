@@ -237,6 +237,10 @@ LUM_INLINE void store_in_words(To p, U8 v) {
   store2(p, upper ? U8{} : v, upper ? v : U8{});
 }
 
+// The lower halves of both, and the upper ones.
+LUM_INLINE Bytes2 halves_together(U8 a, U8 b) {
+  return {u8(_mm_unpacklo_epi64(m(a), m(b))), u8(_mm_unpackhi_epi64(m(a), m(b)))};
+}
 // Half a vector each.
 LUM_INLINE void store_halves(uint8_t* low, uint8_t* high, U8 v) {
   _mm_storel_epi64(reinterpret_cast<__m128i*>(low), m(v));
