@@ -14,7 +14,7 @@ namespace {
 
 // Two samples in three bytes. In word i: the upper bits of sample i above the byte it shares.
 template <int shared_byte, int second_byte>
-struct UpperAboveShared {
+struct UpperAboveShared : FromMemory {
   static constexpr int low(int i) { return i / 2 * 3 + shared_byte; }
   static constexpr int high(int i) { return i / 2 * 3 + i % 2 * second_byte; }
 };
@@ -40,7 +40,7 @@ struct Pfnc12 {
   }
 
  private:
-  struct TwoBytes {
+  struct TwoBytes : FromMemory {
     static constexpr int low(int i) { return i / 2 * 3 + i % 2; }
     static constexpr int high(int i) { return low(i) + 1; }
   };

@@ -35,7 +35,7 @@ struct Mono12PackedTo16 {
   }
 
  private:
-  struct Pair {
+  struct Pair : FromMemory {
     static constexpr int low(int i) { return i / 2 * 3 + 1; }
     static constexpr int high(int i) { return i / 2 * 3 + i % 2 * 2; }
   };

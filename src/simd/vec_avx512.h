@@ -289,7 +289,7 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
 
 // 48 and 40 bytes, in pieces: in rows that begin with a line of the cache half of the loads of as
 // many bytes in one would cross a line, which takes a twentieth of the time where rows come from
-// memory. Where arithmetic is the limit, load48() takes less of it.
+// memory. Where arithmetic is the limit, load48() takes less of it: see FromMemory.
 LUM_INLINE __m512i pieces48(const uint8_t* p) {
   const auto piece = [&](int at) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at));
@@ -338,8 +338,9 @@ constexpr __mmask64 kThreeQuarters = 0x0000FFFFFFFFFFFFull;
 LUM_INLINE U8 load48(const uint8_t* p) { return u8(_mm512_maskz_loadu_epi8(kThreeQuarters, p)); }
 template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+  const __m512i v = __is_base_of(FromMemory, Formula) ? pieces48(p) : m(load48(p));
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
-                                           m(load<U8>(kWordsOf3<Formula>.v)), pieces48(p)));
+                                           m(load<U8>(kWordsOf3<Formula>.v)), v));
 }
 // The same of bytes with their highest bits flipped, from Formula::kBytes of them.
 template <class Formula>
