@@ -61,11 +61,11 @@ struct I420Frame {
   uint32_t width, height;
 
   // Two rows, from column x on.
-  I420Rows rows(uint32_t row, uint32_t x) const {
+  I420Rows rows(size_t pair, size_t x) const {
     const size_t src_row = row_bytes(source, width);
-    const uint8_t* const from = src + row * src_row + row_bytes(source, x);
-    uint8_t* const to = y + size_t{row} * width + x;
-    const size_t chroma = size_t{row / 2} * (width / 2) + x / 2;
+    const uint8_t* const from = src + 2 * pair * src_row + row_bytes(source, x);
+    uint8_t* const to = y + 2 * pair * width + x;
+    const size_t chroma = pair * (width / 2) + x / 2;
     return {{from, from + src_row}, {to, to + width}, u + chroma, v + chroma};
   }
 };
@@ -73,14 +73,13 @@ struct I420Frame {
 // Past the cache, where rows do not begin with lines. The two rows of Y follow one another, and are
 // staged as one as long as they fit.
 void stage_i420(const Kernels& kernels, uint32_t layout, const I420Frame& frame) {
-  constexpr uint32_t kPiece = StagedLines::kPiece;
   StagedLines y(kernels), lower_y(kernels), u(kernels), v(kernels);
-  for (uint32_t row = 0; row < frame.height; row += 2) {
-    for (uint32_t x = 0; x < frame.width; x += kPiece) {
-      const uint32_t n = std::min(frame.width - x, kPiece);
-      I420Rows rows = frame.rows(row, x);
+  for (size_t pair = 0; pair < frame.height / 2; ++pair) {
+    for (size_t x = 0; x < frame.width; x += StagedLines::kPiece) {
+      const size_t n = std::min(frame.width - x, StagedLines::kPiece);
+      I420Rows rows = frame.rows(pair, x);
       if (n == frame.width) {
-        rows.y[0] = y.at(rows.y[0], size_t{n} * 2);
+        rows.y[0] = y.at(rows.y[0], 2 * n);
         rows.y[1] = rows.y[0] + n;
       } else {
         rows.y[0] = y.at(rows.y[0], n);
@@ -106,7 +105,7 @@ void colours_to_i420(const Kernels& kernels, uint32_t layout, const I420Frame& f
     return;
   }
   const auto convert = streams ? streamed : kernels.direct.i420[layout];
-  for (uint32_t row = 0; row < frame.height; row += 2) convert(frame.rows(row, 0), frame.width);
+  for (size_t pair = 0; pair < frame.height / 2; ++pair) convert(frame.rows(pair, 0), frame.width);
   if (streams) kernels.end_stream();
 }
 
