@@ -11,14 +11,20 @@ constexpr double kTolerance = 1.03;
 constexpr int kAttempts = 5;
 constexpr double kLongest = 4;  // times the wanted time
 
-std::vector<Slower> slower_of(const std::vector<Level>& levels, const std::vector<double>& least) {
+// How much longer than n's w's times are, by what says less of it.
+double ratio(const Times& w, const Times& n) {
+  return std::min(w.minimum / n.minimum, w.median / n.median);
+}
+
+std::vector<Slower> slower_of(const std::vector<Level>& levels, const std::vector<Times>& times) {
   std::vector<Slower> found;
-  size_t best = 0;
   for (size_t i = 1; i < levels.size(); ++i) {
-    if (least[i] > kTolerance * least[best]) {
-      found.push_back({levels[i], levels[best], least[i] / least[best]});
+    Slower worst = {levels[i], levels[i], kTolerance};
+    for (size_t j = 0; j < i; ++j) {
+      const double r = ratio(times[i], times[j]);
+      if (r > worst.ratio) worst = {levels[i], levels[j], r};
     }
-    if (least[i] < least[best]) best = i;
+    if (worst.ratio > kTolerance) found.push_back(worst);
   }
   return found;
 }
@@ -29,7 +35,7 @@ std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vecto
                                 const Buffers& buffers, MeasureOptions options) {
   options.loops = false;
   const double longest = kLongest * options.min_seconds;
-  std::vector<double> least(levels.size(), 1e9);
+  std::vector<Times> least(levels.size(), Times{1e9, 1e9});
   std::vector<Slower> found;
   std::vector<std::unique_ptr<Buffers>> elsewhere;
   for (int attempt = 0; attempt < kAttempts; ++attempt) {
@@ -38,7 +44,8 @@ std::vector<Slower> find_slower(const Row& row, FrameSize size, const std::vecto
     const Buffers& used = elsewhere.empty() ? buffers : *elsewhere.back();
     const RowResult result = measure(row, size, levels, {}, used, options);
     for (size_t i = 0; i < levels.size(); ++i) {
-      least[i] = std::min(least[i], result.levels[i].minimum);
+      least[i].minimum = std::min(least[i].minimum, result.levels[i].minimum);
+      least[i].median = std::min(least[i].median, result.levels[i].median);
     }
     found = slower_of(levels, least);
     if (found.empty()) break;

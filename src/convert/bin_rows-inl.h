@@ -98,7 +98,7 @@ LUM_INLINE U8 load_paired(const uint8_t* p) {
   return shuffle_spans(load_spans(p, kSpanBytes), kPaired<channels, sample_bytes>);
 }
 // Three channels, from pixels of three bytes to pairs of pixels of four.
-struct PairedOf3 {
+struct PairedOf3 : FromMemory {
   static constexpr int low(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4; }
   static constexpr int high(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4 + 3; }
 };

@@ -12,6 +12,9 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
+// The bytes of half a block where two samples have three.
+constexpr size_t kHalfOf3 = kLanes * 3 / 4;
+
 // Two samples in three bytes. In word i: the upper bits of sample i above the byte it shares.
 template <int shared_byte, int second_byte>
 struct UpperAboveShared : FromMemory {
@@ -21,9 +24,11 @@ struct UpperAboveShared : FromMemory {
 template <int bits, int shared_byte, int second_byte>
 struct SharedByte {
   static constexpr size_t kPixels = 2, kBytes = 3;
+  template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
     constexpr unsigned kLow = (1u << (bits - 8)) - 1, kHigh = 255u << (bits - 8);
-    const U16 v = load_words_of_3(p, UpperAboveShared<shared_byte, second_byte>{});
+    const U16 v =
+        load_words_of_3(p + half * kHalfOf3, UpperAboveShared<shared_byte, second_byte>{});
     return ((v >> (16 - bits)) & static_cast<uint16_t>(kHigh)) | (v & splat_words(kLow, 0)) |
            ((v >> 4) & splat_words(0, kLow));
   }
@@ -34,8 +39,9 @@ using Mipi12 = SharedByte<12, 2, 1>;
 
 struct Pfnc12 {
   static constexpr size_t kPixels = 2, kBytes = 3;
+  template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
-    const U16 v = load_words_of_3(p, TwoBytes{});
+    const U16 v = load_words_of_3(p + half * kHalfOf3, TwoBytes{});
     return (v & splat_words(0xFFF, 0)) | ((v >> 4) & splat_words(0, 0xFFF));
   }
 
@@ -53,8 +59,9 @@ constexpr LaneTable kUpToBit6 =
 
 struct Pfnc10 {
   static constexpr size_t kPixels = 4, kBytes = 5;
+  template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
-    return (load_words_of_5(p, TwoBytes{}) * load<U16>(kUpToBit6.v)) >> 6;
+    return (load_words_of_5<half>(p, TwoBytes{}) * load<U16>(kUpToBit6.v)) >> 6;
   }
 
  private:
@@ -66,8 +73,9 @@ struct Pfnc10 {
 
 struct Mipi10 {
   static constexpr size_t kPixels = 4, kBytes = 5;
+  template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
-    const U16 v = load_words_of_5(p, UpperAboveFifth{});
+    const U16 v = load_words_of_5<half>(p, UpperAboveFifth{});
     return ((v >> 6) & 0x3FC) | (((v * load<U16>(kUpToBit6.v)) >> 6) & 3);
   }
 
@@ -86,8 +94,7 @@ struct Unpacked {
   explicit Unpacked(const RowArgs& args)
       : shift(args.shift), order(byte_order(args.big_endian != 0)) {}
   LUM_INLINE Gray16 block(const uint8_t* a, const uint8_t*) const {
-    constexpr size_t kHalf = kLanes / 2 / kGroupPixels * kGroupBytes;
-    return {{finish(Packing::words(a)), finish(Packing::words(a + kHalf))}};
+    return {{finish(Packing::template words<0>(a)), finish(Packing::template words<1>(a))}};
   }
 
  private:

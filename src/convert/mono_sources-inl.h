@@ -19,7 +19,14 @@ struct Mono12Packed {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit Mono12Packed(const RowArgs&) {}
-  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {load_packed12(a)}; }
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
+    return {load_bytes_of_3(a, Upper{})};
+  }
+
+ private:
+  struct Upper {
+    static constexpr int byte(int i) { return i / 2 * 3 + i % 2 * 2; }
+  };
 };
 
 // The same with all 12 bits, shifted up by `shift`, as words in host order. A shuffle puts a

@@ -166,6 +166,7 @@ struct Yuv411Layout {
   static constexpr int u_byte(int i) { return i / 4 * 6; }
   static constexpr int v_byte(int i) { return u_byte(i) + 3; }
   struct Y {
+    static constexpr int byte(int i) { return y_byte(i); }
     static constexpr int low(int i) { return y_byte(i); }
     static constexpr int high(int) { return -1; }
   };
@@ -189,6 +190,7 @@ struct Yuv411Layout {
   static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
   static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
+  static LUM_INLINE U8 luma(const uint8_t* p) { return load_bytes_of_3(p, Y{}); }
   static LUM_INLINE U16 uyvy(const uint8_t* p) { return load_words_of_3(p, ChromaY{}); }
   static LUM_INLINE U8 uy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<0>{})); }
   static LUM_INLINE U8 vy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<3>{})); }
@@ -205,6 +207,9 @@ struct Yuv422Layout {
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 4;
   static constexpr int kHalf = kLanes;
   static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
+  static LUM_INLINE U8 luma(const uint8_t* p) {
+    return narrow(luma_words(p), luma_words(p + kHalf));
+  }
   static LUM_INLINE U16 uyvy(const uint8_t* p) { return load<U16>(p); }
   static LUM_INLINE U8 uy(const uint8_t* p) { return with_y<0>(p); }
   static LUM_INLINE U8 vy(const uint8_t* p) { return with_y<2>(p); }
@@ -313,9 +318,7 @@ struct YuvLuma {
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit YuvLuma(const RowArgs&) {}
-  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
-    return {narrow(Layout::luma_words(a), Layout::luma_words(a + Layout::kHalf))};
-  }
+  LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const { return {Layout::luma(a)}; }
 };
 
 // 4:1:1 to 4:2:2 by bytes alone.

@@ -186,17 +186,22 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
   return u16(_mm256_cvtepu8_epi16(_mm_loadu_si128(reinterpret_cast<const __m128i*>(p))));
 }
 
-// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
-// 3 (i / 2) + 2 (i % 2); in each half the first 11 pixels are within one load, the others in one
-// 8 bytes on.
-constexpr int packed12_byte(int pixel) { return pixel / 2 * 3 + pixel % 2 * 2; }
-constexpr LaneTable kPacked12First =
-    lane_table([](int i) { return i % 16 < 11 ? packed12_byte(i % 16) : kNone; });
-constexpr LaneTable kPacked12Rest =
-    lane_table([](int i) { return i % 16 < 11 ? kNone : packed12_byte(i % 16) - 8; });
-LUM_INLINE U8 load_packed12(const uint8_t* p) {
-  return shuffle(load_halves(p, p + 24), kPacked12First) |
-         shuffle(load_halves(p + 8, p + 32), kPacked12Rest);
+// Two of every three bytes: byte i is Formula::byte(i) of the memory, the formulas repeat every 24
+// bytes. In each half the first 16 bytes are one load and those after them in another, 8 bytes on.
+template <class Formula>
+constexpr LaneTable kBytesOf3First = lane_table([](int i) {
+  const int byte = Formula::byte(i % 16);
+  return byte < 16 ? byte : kNone;
+});
+template <class Formula>
+constexpr LaneTable kBytesOf3Rest = lane_table([](int i) {
+  const int byte = Formula::byte(i % 16);
+  return byte < 16 ? kNone : byte - 8;
+});
+template <class Formula>
+LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
+  return shuffle(load_halves(p, p + 24), kBytesOf3First<Formula>) |
+         shuffle(load_halves(p + 8, p + 32), kBytesOf3Rest<Formula>);
 }
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
@@ -215,16 +220,18 @@ template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return U16(shuffle(load24(p), kWordsOf3<Formula>));
 }
-// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer. Of the 20 bytes the
-// upper half is loaded from 4 on: its own 10 begin at byte 6.
+// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
+// repeat every 10 bytes or fewer. Of the 20 bytes the upper half is loaded from 4 on: its own 10
+// begin at byte 6.
 template <class Formula>
 constexpr LaneTable kWordsOf5 = lane_table([](int i) {
   const int word = i % 32 / 2;
   const int byte = i % 2 ? Formula::high(word) : Formula::low(word);
   return byte < 0 ? kNone : byte % 10 + (i < 16 ? 0 : 6);
 });
-template <class Formula>
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
+  p += 20 * half;
   return U16(shuffle(load_halves(p, p + 4), kWordsOf5<Formula>));
 }
 // Three channels c0 c1 c2 c0 c1 c2 ... with elements of `size` bytes, in three times 16 bytes. 3

@@ -287,7 +287,7 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
   return u16(_mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
 }
 
-// 48 and 40 bytes, in pieces: in rows that begin with a line of the cache half of the loads of as
+// 48 bytes, in pieces: in rows that begin with a line of the cache half of the loads of as
 // many bytes in one would cross a line, which takes a twentieth of the time where rows come from
 // memory. Where arithmetic is the limit, load48() takes less of it: see FromMemory.
 LUM_INLINE __m512i pieces48(const uint8_t* p) {
@@ -297,23 +297,19 @@ LUM_INLINE __m512i pieces48(const uint8_t* p) {
   const __m512i lower = _mm512_inserti32x4(_mm512_castsi128_si512(piece(0)), piece(16), 1);
   return _mm512_inserti32x4(lower, piece(32), 2);
 }
-LUM_INLINE __m512i pieces40(const uint8_t* p) {
-  const __m256i lower = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p));
-  const __m128i upper = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p + 32));
-  return _mm512_inserti32x4(_mm512_castsi256_si512(lower), upper, 2);
-}
 
-// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
-// 3 (i / 2) + 2 (i % 2) of 96, loaded by 32 so that no load crosses a line of the cache where p is
-// a multiple of 32.
-constexpr LaneTable kPacked12 = lane_table([](int i) { return i / 2 * 3 + i % 2 * 2; });
-LUM_INLINE U8 load_packed12(const uint8_t* p) {
+// Two of every three bytes: byte i is Formula::byte(i) of the memory, 96 bytes of it. Loaded by 32,
+// so that no load crosses a line of the cache where p is a multiple of 32.
+template <class Formula>
+constexpr LaneTable kBytesOf3 = lane_table([](int i) { return Formula::byte(i); });
+template <class Formula>
+LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
   const auto piece = [&](int at) {
     return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + at));
   };
   const __m512i first = _mm512_inserti64x4(_mm512_castsi256_si512(piece(0)), piece(32), 1);
-  return u8(
-      _mm512_permutex2var_epi8(first, m(load<U8>(kPacked12.v)), _mm512_castsi256_si512(piece(64))));
+  return u8(_mm512_permutex2var_epi8(first, m(load<U8>(kBytesOf3<Formula>.v)),
+                                     _mm512_castsi256_si512(piece(64))));
 }
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
@@ -350,11 +346,17 @@ LUM_INLINE I16 load_flipped_words(const uint8_t* p, Formula) {
   return i16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
                                            m(load<U8>(kWordsOf3<Formula>.v)), m(bytes)));
 }
-// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
-template <class Formula>
+// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
+// repeat every 10 bytes or fewer. The second are loaded from 8 bytes before their own.
+template <int half, class Formula>
+constexpr LaneTable kWordsOf5 = lane_table([](int i) {
+  return kWordsOf3<Formula>.v[i] + 8 * half;
+});
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
-                                           m(load<U8>(kWordsOf3<Formula>.v)), pieces40(p)));
+                                           m(load<U8>(kWordsOf5<half, Formula>.v)),
+                                           pieces48(p + 32 * half)));
 }
 
 // Half a vector each.

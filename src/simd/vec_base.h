@@ -243,9 +243,11 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
   return lanes<U16>([&](int i) LUM_FLAT { return p[i]; });
 }
 
-// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels.
-LUM_INLINE U8 load_packed12(const uint8_t* p) {
-  return bytes_from([&](int i) LUM_FLAT { return p[i / 2 * 3 + i % 2 * 2]; });
+// Two of every three bytes: byte i is Formula::byte(i) of the memory, the formulas repeat every 24
+// bytes.
+template <class Formula>
+LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
+  return bytes_from([&](int i) LUM_FLAT { return p[Formula::byte(i)]; });
 }
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
@@ -257,10 +259,11 @@ LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
     return (low < 0 ? 0 : p[low]) | (high < 0 ? 0 : p[high]) << 8;
   });
 }
-// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
-template <class Formula>
+// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
+// repeat every 10 bytes or fewer.
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
-  return load_words_of_3(p, f);
+  return load_words_of_3(p + half * kWords * 5 / 4, f);
 }
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
 LUM_INLINE Bytes3 load3(const uint8_t* p) {

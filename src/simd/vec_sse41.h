@@ -154,15 +154,22 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
   return u16(_mm_cvtepu8_epi16(_mm_loadl_epi64(reinterpret_cast<const __m128i*>(p))));
 }
 
-// Bytes 0 and 2 of every three: the high bytes of packed 12-bit pixels. Pixel i lies in byte
-// 3 (i / 2) + 2 (i % 2); the first 11 pixels are within one load, the others in one 8 bytes on.
-constexpr int packed12_byte(int pixel) { return pixel / 2 * 3 + pixel % 2 * 2; }
-constexpr LaneTable kPacked12First =
-    lane_table([](int i) { return i % 16 < 11 ? packed12_byte(i % 16) : kNone; });
-constexpr LaneTable kPacked12Rest =
-    lane_table([](int i) { return i % 16 < 11 ? kNone : packed12_byte(i % 16) - 8; });
-LUM_INLINE U8 load_packed12(const uint8_t* p) {
-  return shuffle(load<U8>(p), kPacked12First) | shuffle(load<U8>(p + 8), kPacked12Rest);
+// Two of every three bytes: byte i is Formula::byte(i) of the memory, the formulas repeat every 24
+// bytes. the first 16 bytes are one load and those after them in another, 8 bytes on.
+template <class Formula>
+constexpr LaneTable kBytesOf3First = lane_table([](int i) {
+  const int byte = Formula::byte(i % 16);
+  return byte < 16 ? byte : kNone;
+});
+template <class Formula>
+constexpr LaneTable kBytesOf3Rest = lane_table([](int i) {
+  const int byte = Formula::byte(i % 16);
+  return byte < 16 ? kNone : byte - 8;
+});
+template <class Formula>
+LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
+  return shuffle(load<U8>(p), kBytesOf3First<Formula>) |
+         shuffle(load<U8>(p + 8), kBytesOf3Rest<Formula>);
 }
 
 // kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
@@ -183,16 +190,17 @@ template <class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
   return U16(shuffle(load12(p), kWordsOf3<Formula>));
 }
-// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
+// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
+// repeat every 10 bytes or fewer.
 LUM_INLINE U8 load10(const uint8_t* p) {
   uint16_t last;
   memcpy(&last, p + 8, sizeof last);
   const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   return u8(_mm_insert_epi16(first, last, 4));
 }
-template <class Formula>
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
-  return U16(shuffle(load10(p), kWordsOf3<Formula>));
+  return U16(shuffle(load10(p + 10 * half), kWordsOf3<Formula>));
 }
 // Bytes c0 c1 c2 c0 c1 c2 ... apart: channel c takes these bytes of the k-th 16.
 // With elements of `size` bytes.
