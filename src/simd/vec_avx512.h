@@ -476,13 +476,15 @@ LUM_INLINE void store3(To p, U8 first, U8 second, U8 third, Order) {
   store3_spread<1>(p, permute(first, kSpread3Of<Order, 0>), permute(second, kSpread3Of<Order, 1>),
                    permute(third, kSpread3Of<Order, 2>));
 }
+// Of bytes whole stores take no longer.
 template <class To, class V>
 LUM_INLINE void store3_same(To p, V same) {
   constexpr int size = kElementBytes<V>;
   const U8 c = U8(same);
-  store(p, permute(c, kTriplicate<size, 0>));
-  store(p + 64, permute(c, kTriplicate<size, 1>));
-  store(p + 128, permute(c, kTriplicate<size, 2>));
+  const auto put = [](To to, U8 v) { size == 1 ? store(to, v) : store_moved(to, v); };
+  put(p, permute(c, kTriplicate<size, 0>));
+  put(p + 64, permute(c, kTriplicate<size, 1>));
+  put(p + 128, permute(c, kTriplicate<size, 2>));
 }
 // Four-byte pixels whose last byte stays as it is in memory. Whether that loads so far ahead, where
 // little else is done, that fetching both source and destination costs more than it gains:
