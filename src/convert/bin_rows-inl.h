@@ -97,21 +97,12 @@ LUM_INLINE U8 load_paired(const uint8_t* p) {
   if constexpr (channels == 1) return load<U8>(p);
   return shuffle_spans(load_spans(p, kSpanBytes), kPaired<channels, sample_bytes>);
 }
-// Three channels, from pixels of three bytes to pairs of pixels of four.
-struct PairedOf3 : FromMemory {
-  static constexpr int low(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4; }
-  static constexpr int high(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4 + 3; }
-};
-
 // kLanes / 2 sums of bytes from column `at` on, in bytes: sums over up to 128 samples fit signed
 // words.
 template <int factor, int channels, int rows>
 LUM_INLINE U16 sums8(const BinRows& r, size_t at) {
   if constexpr (factor == 1) {
     return sum_of_rows<rows>(r, at, [](const uint8_t* p) { return load_widened(p); });
-  } else if constexpr (channels == 3) {
-    return sum_of_rows<rows>(
-        r, at, [](const uint8_t* p) { return sum_of_pairs(U8(load_words_of_3(p, PairedOf3()))); });
   } else if constexpr (factor == 2) {
     return sum_of_rows<rows>(
         r, at, [](const uint8_t* p) { return sum_of_pairs(load_paired<channels, 1>(p)); });
@@ -121,6 +112,17 @@ LUM_INLINE U16 sums8(const BinRows& r, size_t at) {
     const U16 hi = sums8<factor / 2, channels, rows>(r, at + kLanes * factor / 4);
     return narrow(U32(madd(I16(lo), ones)), U32(madd(I16(hi), ones)));
   }
+}
+// Sums of two pixels of three bytes each, side by side as if pixels had four.
+struct PairedOf3 {
+  static constexpr int low(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4; }
+  static constexpr int high(int i) { return i % 4 == 3 ? -1 : i / 4 * 6 + i % 4 + 3; }
+};
+template <int half, int rows>
+LUM_INLINE U16 sums_of_3(const BinRows& r) {
+  return sum_of_rows<rows>(r, 0, [](const uint8_t* p) {
+    return sum_of_pairs(U8(load_words_of_3<half>(p, PairedOf3())));
+  });
 }
 // kLanes / 4 sums of words, less 2^15 for each sample, so that signed products take them.
 template <int factor, int channels, int rows>
@@ -137,13 +139,13 @@ LUM_INLINE I32 sums16(const BinRows& r, size_t at) {
 
 template <int factor, int channels, int rows, class Division>
 LUM_INLINE void means8(uint8_t* dst, const BinRows& r, const Division& divided) {
-  constexpr size_t kLeaf = channels == 3 ? kLanes * 3 / 4 : kLanes * factor / 2;
-  const U8 means = narrow(I16(divided(sums8<factor, channels, rows>(r, 0))),
-                          I16(divided(sums8<factor, channels, rows>(r, kLeaf))));
-  if constexpr (channels == 3) {
-    compress3(dst, means);
+  if constexpr (channels == 3 && factor == 2) {
+    compress3(dst,
+              narrow(I16(divided(sums_of_3<0, rows>(r))), I16(divided(sums_of_3<1, rows>(r)))));
   } else {
-    store(dst, means);
+    static_assert(channels != 3, "pixels of three bytes are added in pairs");
+    store(dst, narrow(I16(divided(sums8<factor, channels, rows>(r, 0))),
+                      I16(divided(sums8<factor, channels, rows>(r, kLanes * factor / 2)))));
   }
 }
 template <int factor, int channels, int rows, class Division>

@@ -12,12 +12,9 @@ namespace lum {
 namespace LUM_LEVEL {
 namespace {
 
-// The bytes of half a block where two samples have three.
-constexpr size_t kHalfOf3 = kLanes * 3 / 4;
-
 // Two samples in three bytes. In word i: the upper bits of sample i above the byte it shares.
 template <int shared_byte, int second_byte>
-struct UpperAboveShared : FromMemory {
+struct UpperAboveShared {
   static constexpr int low(int i) { return i / 2 * 3 + shared_byte; }
   static constexpr int high(int i) { return i / 2 * 3 + i % 2 * second_byte; }
 };
@@ -27,8 +24,7 @@ struct SharedByte {
   template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
     constexpr unsigned kLow = (1u << (bits - 8)) - 1, kHigh = 255u << (bits - 8);
-    const U16 v =
-        load_words_of_3(p + half * kHalfOf3, UpperAboveShared<shared_byte, second_byte>{});
+    const U16 v = load_words_of_3<half>(p, UpperAboveShared<shared_byte, second_byte>{});
     return ((v >> (16 - bits)) & static_cast<uint16_t>(kHigh)) | (v & splat_words(kLow, 0)) |
            ((v >> 4) & splat_words(0, kLow));
   }
@@ -41,12 +37,12 @@ struct Pfnc12 {
   static constexpr size_t kPixels = 2, kBytes = 3;
   template <int half>
   static LUM_INLINE U16 words(const uint8_t* p) {
-    const U16 v = load_words_of_3(p + half * kHalfOf3, TwoBytes{});
+    const U16 v = load_words_of_3<half>(p, TwoBytes{});
     return (v & splat_words(0xFFF, 0)) | ((v >> 4) & splat_words(0, 0xFFF));
   }
 
  private:
-  struct TwoBytes : FromMemory {
+  struct TwoBytes {
     static constexpr int low(int i) { return i / 2 * 3 + i % 2; }
     static constexpr int high(int i) { return low(i) + 1; }
   };

@@ -121,7 +121,7 @@ template <class Layout>
 struct YuvTo420 {
   static constexpr size_t kGroupPixels = Layout::kGroupPixels, kGroupBytes = Layout::kGroupBytes;
   static LUM_INLINE Wide block(const uint8_t* p) {
-    return {Layout::uyvy(p), Layout::uyvy(p + Layout::kHalf)};
+    return {Layout::template uyvy<0>(p), Layout::template uyvy<1>(p)};
   }
   static LUM_INLINE U8 chroma(const Wide& upper, const Wide& lower) {
     const U16 lo = U16(avg_up(U8(upper.lo), U8(lower.lo))) & 255;

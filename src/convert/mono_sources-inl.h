@@ -38,16 +38,17 @@ struct Mono12PackedTo16 {
   static constexpr bool kEdge = false, kPadded = false;
   explicit Mono12PackedTo16(const RowArgs& args) : shift(args.shift) {}
   LUM_INLINE Gray16 block(const uint8_t* a, const uint8_t*) const {
-    return {{words(a), words(a + kLanes * 3 / 4)}};
+    return {{words<0>(a), words<1>(a)}};
   }
 
  private:
-  struct Pair : FromMemory {
+  struct Pair {
     static constexpr int low(int i) { return i / 2 * 3 + 1; }
     static constexpr int high(int i) { return i / 2 * 3 + i % 2 * 2; }
   };
+  template <int half>
   LUM_INLINE U16 words(const uint8_t* p) const {
-    const U16 v = load_words_of_3(p, Pair{});
+    const U16 v = load_words_of_3<half>(p, Pair{});
     const U16 upper = U16(U32{} + 0x0FFF0FF0u), lower = U16(U32{} + 0x0000000Fu);
     return shift_left(((v >> 4) & upper) | (v & lower), shift);
   }

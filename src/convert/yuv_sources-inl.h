@@ -155,10 +155,10 @@ LUM_INLINE StudioProducts::Pixels load_products(const uint8_t* p) {
           load_flipped_words(p, YAndChroma<Layout, bytes, first, step, Layout::v_byte>{})};
 }
 
-// A layout tells at which bytes the samples of a pixel are. It gives half a block as U Y V Y ...,
-// as words of a pixel's Y above its U or V, or its luma alone; its pair_chroma() has a word of U
-// and V for each pair of a block: even words for the first half of the block, odd words for the
-// second, so that words_twice() gives them in memory order.
+// A layout tells at which bytes the samples of a pixel are. It gives half a block, the first or
+// the second, as U Y V Y ..., as words of a pixel's Y above its U or V, or its luma alone; its
+// pair_chroma() has a word of U and V for each pair of a block: even words for the first half of
+// the block, odd words for the second, so that words_twice() gives them in memory order.
 
 // U Y0 Y1 V Y2 Y3: words of one byte each, taken from these bytes.
 struct Yuv411Layout {
@@ -189,13 +189,25 @@ struct Yuv411Layout {
   };
   static constexpr size_t kGroupPixels = 4, kGroupBytes = 6;
   static constexpr int kHalf = kLanes / 2 * 3 / 2;  // bytes of half a block
-  static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load_words_of_3(p, Y{})); }
+  template <int half>
+  static LUM_INLINE I16 luma_words(const uint8_t* p) {
+    return I16(load_words_of_3<half>(p, Y{}));
+  }
   static LUM_INLINE U8 luma(const uint8_t* p) { return load_bytes_of_3(p, Y{}); }
-  static LUM_INLINE U16 uyvy(const uint8_t* p) { return load_words_of_3(p, ChromaY{}); }
-  static LUM_INLINE U8 uy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<0>{})); }
-  static LUM_INLINE U8 vy(const uint8_t* p) { return U8(load_words_of_3(p, WithY<3>{})); }
+  template <int half>
+  static LUM_INLINE U16 uyvy(const uint8_t* p) {
+    return load_words_of_3<half>(p, ChromaY{});
+  }
+  template <int half>
+  static LUM_INLINE U8 uy(const uint8_t* p) {
+    return U8(load_words_of_3<half>(p, WithY<0>{}));
+  }
+  template <int half>
+  static LUM_INLINE U8 vy(const uint8_t* p) {
+    return U8(load_words_of_3<half>(p, WithY<3>{}));
+  }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
-    return U8(load_words_of_3(p, PairChroma<0>{}) | load_words_of_3(p + kHalf, PairChroma<1>{}));
+    return U8(load_words_of_3<0>(p, PairChroma<0>{}) | load_words_of_3<1>(p, PairChroma<1>{}));
   }
 };
 
@@ -206,13 +218,23 @@ struct Yuv422Layout {
   static constexpr int v_byte(int i) { return u_byte(i) + 2; }
   static constexpr size_t kGroupPixels = 2, kGroupBytes = 4;
   static constexpr int kHalf = kLanes;
-  static LUM_INLINE I16 luma_words(const uint8_t* p) { return I16(load<U16>(p) >> 8); }
-  static LUM_INLINE U8 luma(const uint8_t* p) {
-    return narrow(luma_words(p), luma_words(p + kHalf));
+  template <int half>
+  static LUM_INLINE I16 luma_words(const uint8_t* p) {
+    return I16(load<U16>(p + half * kHalf) >> 8);
   }
-  static LUM_INLINE U16 uyvy(const uint8_t* p) { return load<U16>(p); }
-  static LUM_INLINE U8 uy(const uint8_t* p) { return with_y<0>(p); }
-  static LUM_INLINE U8 vy(const uint8_t* p) { return with_y<2>(p); }
+  static LUM_INLINE U8 luma(const uint8_t* p) { return narrow(luma_words<0>(p), luma_words<1>(p)); }
+  template <int half>
+  static LUM_INLINE U16 uyvy(const uint8_t* p) {
+    return load<U16>(p + half * kHalf);
+  }
+  template <int half>
+  static LUM_INLINE U8 uy(const uint8_t* p) {
+    return with_y<0>(p + half * kHalf);
+  }
+  template <int half>
+  static LUM_INLINE U8 vy(const uint8_t* p) {
+    return with_y<2>(p + half * kHalf);
+  }
   static LUM_INLINE U8 pair_chroma(const uint8_t* p) {
     const U8 lo = load<U8>(p), hi = load<U8>(p + kHalf);
     if constexpr (kShufflesBytes) {
@@ -261,7 +283,8 @@ struct YuvSource {
     I16 luma_lo, luma_hi;
   };
   LUM_INLINE Loaded load_block(const uint8_t* a, const uint8_t*) const {
-    return {Layout::pair_chroma(a), Layout::luma_words(a), Layout::luma_words(a + Layout::kHalf)};
+    return {Layout::pair_chroma(a), Layout::template luma_words<0>(a),
+            Layout::template luma_words<1>(a)};
   }
   LUM_INLINE RgbOfHalves pixels(const Loaded& v) const {
     const auto pairs = range.chroma(v.pair_chroma);
@@ -281,9 +304,8 @@ struct StudioYuvSource {
   static constexpr bool kEdge = false, kPadded = false;
   explicit StudioYuvSource(const RowArgs& args) : range(args) {}
   LUM_INLINE RgbOfHalves block(const uint8_t* a, const uint8_t*) const {
-    const uint8_t* const second = a + Layout::kHalf;
-    const RgbWords lo = range.to_rgb(Layout::uy(a), Layout::vy(a));
-    const RgbWords hi = range.to_rgb(Layout::uy(second), Layout::vy(second));
+    const RgbWords lo = range.to_rgb(Layout::template uy<0>(a), Layout::template vy<0>(a));
+    const RgbWords hi = range.to_rgb(Layout::template uy<1>(a), Layout::template vy<1>(a));
     return {of_halves(lo.r, hi.r), of_halves(lo.g, hi.g), of_halves(lo.b, hi.b)};
   }
 
@@ -328,7 +350,7 @@ struct Yuv411To422 {
   static constexpr bool kEdge = false, kPadded = false;
   explicit Yuv411To422(const RowArgs&) {}
   LUM_INLINE Wide block(const uint8_t* a, const uint8_t*) const {
-    return {Yuv411Layout::uyvy(a), Yuv411Layout::uyvy(a + Yuv411Layout::kHalf)};
+    return {Yuv411Layout::uyvy<0>(a), Yuv411Layout::uyvy<1>(a)};
   }
 };
 

@@ -204,8 +204,9 @@ LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
          shuffle(load_halves(p + 8, p + 32), kBytesOf3Rest<Formula>);
 }
 
-// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
-// negative number gives zero. The formulas repeat every 12 bytes.
+// The first or second kWords words of those at p, from 3/4 as many bytes: word i is made of bytes
+// low(i) and high(i) of the memory, a negative number gives zero. The formulas repeat every 12
+// bytes.
 constexpr int shifted_or_none(int byte, int i) {
   return byte < 0 ? kNone : byte % 12 + (i < 16 ? 0 : 4);
 }
@@ -216,13 +217,12 @@ constexpr LaneTable kWordsOf3 = lane_table([](int i) {
 });
 // 24 bytes, the upper half from 8 bytes on: its own 12 bytes begin at byte 4.
 LUM_INLINE U8 load24(const uint8_t* p) { return load_halves(p, p + 8); }
-template <class Formula>
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
-  return U16(shuffle(load24(p), kWordsOf3<Formula>));
+  return U16(shuffle(load24(p + 24 * half), kWordsOf3<Formula>));
 }
-// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
-// repeat every 10 bytes or fewer. Of the 20 bytes the upper half is loaded from 4 on: its own 10
-// begin at byte 6.
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer. Of the 20 bytes the
+// upper half is loaded from 4 on: its own 10 begin at byte 6.
 template <class Formula>
 constexpr LaneTable kWordsOf5 = lane_table([](int i) {
   const int word = i % 32 / 2;

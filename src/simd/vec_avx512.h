@@ -287,9 +287,15 @@ LUM_INLINE U16 load_widened(const uint8_t* p) {
   return u16(_mm512_cvtepu8_epi16(_mm256_loadu_si256(reinterpret_cast<const __m256i*>(p))));
 }
 
-// 48 bytes, in pieces: in rows that begin with a line of the cache half of the loads of as
-// many bytes in one would cross a line, which takes a twentieth of the time where rows come from
-// memory. Where arithmetic is the limit, load48() takes less of it: see FromMemory.
+// Vectors of rows whose blocks are not made of lines of the cache: in one, many of the loads would
+// cross a line, which takes a twentieth of the time where rows come from memory. Where p is a
+// multiple of them, pieces of 32 or 16 bytes do not.
+LUM_INLINE __m512i pieces64(const uint8_t* p) {
+  const auto piece = [&](int at) {
+    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + at));
+  };
+  return _mm512_inserti64x4(_mm512_castsi256_si512(piece(0)), piece(32), 1);
+}
 LUM_INLINE __m512i pieces48(const uint8_t* p) {
   const auto piece = [&](int at) {
     return _mm_loadu_si128(reinterpret_cast<const __m128i*>(p + at));
@@ -298,31 +304,27 @@ LUM_INLINE __m512i pieces48(const uint8_t* p) {
   return _mm512_inserti32x4(lower, piece(32), 2);
 }
 
-// Two of every three bytes: byte i is Formula::byte(i) of the memory, 96 bytes of it. Loaded by 32,
-// so that no load crosses a line of the cache where p is a multiple of 32.
+// Two of every three bytes: byte i is Formula::byte(i) of the memory, 96 bytes of it.
 template <class Formula>
 constexpr LaneTable kBytesOf3 = lane_table([](int i) { return Formula::byte(i); });
 template <class Formula>
 LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
-  const auto piece = [&](int at) {
-    return _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + at));
-  };
-  const __m512i first = _mm512_inserti64x4(_mm512_castsi256_si512(piece(0)), piece(32), 1);
-  return u8(_mm512_permutex2var_epi8(first, m(load<U8>(kBytesOf3<Formula>.v)),
-                                     _mm512_castsi256_si512(piece(64))));
+  const __m256i last = _mm256_loadu_si256(reinterpret_cast<const __m256i*>(p + 64));
+  return u8(_mm512_permutex2var_epi8(pieces64(p), m(load<U8>(kBytesOf3<Formula>.v)),
+                                     _mm512_castsi256_si512(last)));
 }
 
-// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
-// negative number gives zero. The formulas repeat every 12 bytes.
-// Zero comes by the mask of the words' bytes that have a source.
+// The first or second kWords words of those at p, from 3/4 as many bytes: word i is made of bytes
+// low(i) and high(i) of the memory, a negative number gives zero. The formulas repeat every 12
+// bytes. Zero comes by the mask of the words' bytes that have a source.
 template <class Formula>
 constexpr int byte_of_word(int i) {
   return i % 2 ? Formula::high(i / 2) : Formula::low(i / 2);
 }
-template <class Formula>
+template <class Formula, int from = 0>
 constexpr LaneTable kWordsOf3 = lane_table([](int i) {
   const int byte = byte_of_word<Formula>(i);
-  return byte < 0 ? 0 : byte;
+  return byte < 0 ? 0 : from + byte;
 });
 template <class Formula>
 constexpr uint64_t words_of_3_mask() {
@@ -332,11 +334,11 @@ constexpr uint64_t words_of_3_mask() {
 }
 constexpr __mmask64 kThreeQuarters = 0x0000FFFFFFFFFFFFull;
 LUM_INLINE U8 load48(const uint8_t* p) { return u8(_mm512_maskz_loadu_epi8(kThreeQuarters, p)); }
-template <class Formula>
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
-  const __m512i v = __is_base_of(FromMemory, Formula) ? pieces48(p) : m(load48(p));
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
-                                           m(load<U8>(kWordsOf3<Formula>.v)), v));
+                                           m(load<U8>(kWordsOf3<Formula, 16 * half>.v)),
+                                           pieces64(p + 32 * half)));
 }
 // The same of bytes with their highest bits flipped, from Formula::kBytes of them.
 template <class Formula>
@@ -346,16 +348,12 @@ LUM_INLINE I16 load_flipped_words(const uint8_t* p, Formula) {
   return i16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
                                            m(load<U8>(kWordsOf3<Formula>.v)), m(bytes)));
 }
-// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
-// repeat every 10 bytes or fewer. The second are loaded from 8 bytes before their own.
-template <int half, class Formula>
-constexpr LaneTable kWordsOf5 = lane_table([](int i) {
-  return kWordsOf3<Formula>.v[i] + 8 * half;
-});
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer. The
+// second are loaded from 8 bytes before their own.
 template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula) {
   return u16(_mm512_maskz_permutexvar_epi8(words_of_3_mask<Formula>(),
-                                           m(load<U8>(kWordsOf5<half, Formula>.v)),
+                                           m(load<U8>(kWordsOf3<Formula, 8 * half>.v)),
                                            pieces48(p + 32 * half)));
 }
 

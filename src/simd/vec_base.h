@@ -250,20 +250,24 @@ LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
   return bytes_from([&](int i) LUM_FLAT { return p[Formula::byte(i)]; });
 }
 
-// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
-// negative number gives zero. The formulas repeat every 12 bytes.
+// The first or second kWords words of those at p, from 3/4 as many bytes: word i is made of bytes
+// low(i) and high(i) of the memory, a negative number gives zero. The formulas repeat every 12
+// bytes.
 template <class Formula>
-LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
+LUM_INLINE U16 words_of_bytes(const uint8_t* p, Formula) {
   return lanes<U16>([&](int i) LUM_FLAT {
     const int low = Formula::low(i), high = Formula::high(i);
     return (low < 0 ? 0 : p[low]) | (high < 0 ? 0 : p[high]) << 8;
   });
 }
-// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
-// repeat every 10 bytes or fewer.
+template <int half, class Formula>
+LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula f) {
+  return words_of_bytes(p + half * kWords * 3 / 2, f);
+}
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
 template <int half, class Formula>
 LUM_INLINE U16 load_words_of_5(const uint8_t* p, Formula f) {
-  return load_words_of_3(p + half * kWords * 5 / 4, f);
+  return words_of_bytes(p + half * kWords * 5 / 4, f);
 }
 // Bytes c0 c1 c2 c0 c1 c2 ... apart.
 LUM_INLINE Bytes3 load3(const uint8_t* p) {

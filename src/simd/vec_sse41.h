@@ -172,8 +172,9 @@ LUM_INLINE U8 load_bytes_of_3(const uint8_t* p, Formula) {
          shuffle(load<U8>(p + 8), kBytesOf3Rest<Formula>);
 }
 
-// kWords words from 3/4 as many bytes: word i is made of bytes low(i) and high(i) of the memory, a
-// negative number gives zero. The formulas repeat every 12 bytes.
+// The first or second kWords words of those at p, from 3/4 as many bytes: word i is made of bytes
+// low(i) and high(i) of the memory, a negative number gives zero. The formulas repeat every 12
+// bytes.
 constexpr int or_none(int byte) { return byte < 0 ? kNone : byte; }
 template <class Formula>
 constexpr LaneTable kWordsOf3 = lane_table([](int i) {
@@ -186,12 +187,11 @@ LUM_INLINE U8 load12(const uint8_t* p) {
   const __m128i first = _mm_loadl_epi64(reinterpret_cast<const __m128i*>(p));
   return u8(_mm_insert_epi32(first, static_cast<int>(last), 2));
 }
-template <class Formula>
+template <int half, class Formula>
 LUM_INLINE U16 load_words_of_3(const uint8_t* p, Formula) {
-  return U16(shuffle(load12(p), kWordsOf3<Formula>));
+  return U16(shuffle(load12(p + 12 * half), kWordsOf3<Formula>));
 }
-// The same from 5/8 as many bytes, the first or second kWords words of those at p; the formulas
-// repeat every 10 bytes or fewer.
+// The same from 5/8 as many bytes; the formulas repeat every 10 bytes or fewer.
 LUM_INLINE U8 load10(const uint8_t* p) {
   uint16_t last;
   memcpy(&last, p + 8, sizeof last);

@@ -154,9 +154,6 @@ LUM_INLINE void prefetch_write(const uint8_t* p, ptrdiff_t ahead = kPrefetchDist
   __builtin_prefetch(p + ahead, 1, 3);
 }
 
-// What formulas of load_words_of_3() derive from where rows wait for memory rather than arithmetic.
-struct FromMemory {};
-
 // A table of one byte for each lane, from a formula.
 struct LaneTable {
   alignas(64) uint8_t v[64];
