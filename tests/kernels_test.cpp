@@ -639,7 +639,7 @@ TEST(KernelProof, EveryMono16Word) {
   }
   for (const auto& [level, table] : test::tested_levels()) {
     if (table == nullptr) continue;
-    for (const Source source : {Source::mono16, Source::mono16_tinted}) {
+    for (const Source source : {Source::mono16, Source::mono16_tinted, Source::mono16_second}) {
       for (const Sink sink : {Sink::mono8_rec601, Sink::mono8_rec709, Sink::mono16_rec601}) {
         const RowKernel kernel = table->at(source, sink);
         if (kernel == nullptr) continue;

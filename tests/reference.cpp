@@ -248,6 +248,9 @@ bool row(Source source, Sink sink, uint8_t* dst, const uint8_t* a, const uint8_t
     case Source::mono16_tinted:
       pixels = mono16_tinted(a, n, false);
       break;
+    case Source::mono16_second:
+      pixels = mono16(a, n, 0, false, false);
+      break;
     case Source::mono16:
       pixels = mono16(a, n, args.shift, args.big_endian != 0, deep);
       break;

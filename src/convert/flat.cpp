@@ -50,6 +50,11 @@ void mono8_to_uyvy(const Kernels& kernels, uint8_t* dst, const uint8_t* src, uin
 
 void mono16_little_endian_tinted(const Kernels& kernels, Sink sink, uint8_t* dst,
                                  const uint8_t* src, uint32_t count) {
+  // No tint reaches grey bytes.
+  if (sink == Sink::mono8_rec601 || sink == Sink::mono8_rec709) {
+    convert_flat(kernels, Source::mono16_second, sink, dst, src, count);
+    return;
+  }
   // Kept: a pixel's high byte is tinted by the byte that follows it, the next pixel's low byte.
   // That is the big-endian conversion of the source from its second byte on; the last pixel has no
   // follower and is not tinted.

@@ -74,14 +74,21 @@ struct Mono16Tinted {
 };
 
 // Either luminance of a tinted pixel is H again: the tint adds at most 77 + 29 of 256 to the
-// truncated one and 54 + 18 + 128 to the rounded one.
+// truncated one and 54 + 18 + 128 to the rounded one. In little-endian words H is the second byte.
+template <bool second>
 struct Mono16High {
   static constexpr size_t kGroupPixels = 1, kGroupBytes = 2;
   static constexpr int kRows = 1;
   static constexpr bool kEdge = false, kPadded = false;
   explicit Mono16High(const RowArgs&) {}
   LUM_INLINE Gray8 block(const uint8_t* a, const uint8_t*) const {
-    return {narrow(I16(load<U16>(a) & 255), I16(load<U16>(a + kLanes) & 255))};
+    return {narrow(byte_of(a), byte_of(a + kLanes))};
+  }
+
+ private:
+  static LUM_INLINE I16 byte_of(const uint8_t* p) {
+    const U16 v = load<U16>(p);
+    return I16(second ? v >> 8 : v & 255);
   }
 };
 

@@ -43,8 +43,8 @@ template <>
 constexpr bool kFewInstructions<Mono8Source> = true;
 template <>
 constexpr bool kFewInstructions<Mono12Packed> = true;
-template <>
-constexpr bool kFewInstructions<Mono16High> = true;
+template <bool second>
+constexpr bool kFewInstructions<Mono16High<second>> = true;
 template <>
 constexpr bool kFewInstructions<Mono16To8> = true;
 template <>
@@ -180,7 +180,8 @@ constexpr Kernels make_kernels() {
   add_packed<Source::mono12_packed, Mono12Packed, false>(k);
   add_mono16<Source::mono12_packed, Mono12PackedTo16, Rec601>(k);
 
-  add_mono8<Source::mono16_tinted, Mono16High, Rec601>(k);
+  add_mono8<Source::mono16_tinted, Mono16High<false>, Rec601>(k);
+  add_mono8<Source::mono16_second, Mono16High<true>, Rec601>(k);
   add_packed<Source::mono16_tinted, Mono16Tinted>(k);
 
   add_mono8<Source::mono16, Mono16To8, Rec601>(k);

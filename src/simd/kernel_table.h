@@ -18,6 +18,7 @@ enum class Source : unsigned {
   mono12_packed,      // two pixels in three bytes; 8-bit sinks do not use the middle one, the low
                       // nibbles
   mono16_tinted,      // big-endian words; the two bits below the high byte tint red and blue
+  mono16_second,      // words whose second byte is grey
   mono16,             // words of either byte order, shifted up by RowArgs::shift
   rgb24,              // R, G, B in memory
   bgr24,              // B, G, R in memory
@@ -47,7 +48,7 @@ enum class Source : unsigned {
   mosaic8_beside_words,
   mosaic16_beside_words,
 };
-constexpr size_t kSourceCount = 30;
+constexpr size_t kSourceCount = 31;
 
 // What a row kernel writes; the values are those of LumSimpleImageFormat.
 enum class Sink : unsigned {
@@ -83,6 +84,7 @@ constexpr SourceTraits kSources[kSourceCount] = {
     {"mono8", 1, 1, 1, 1, Bound::memory},
     {"mono12_packed", 2, 3, 1, 2, Bound::memory},
     {"mono16_tinted", 1, 2, 1, 1, Bound::memory},
+    {"mono16_second", 1, 2, 1, 1, Bound::memory},
     {"mono16", 1, 2, 1, 1, Bound::memory},
     {"rgb24", 1, 3, 1, 1, Bound::memory},
     {"bgr24", 1, 3, 1, 1, Bound::memory},
